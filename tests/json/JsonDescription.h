@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef JSONDESCRIPTION_H
+#define JSONDESCRIPTION_H
+
+#include <QVariant>
+
+#include <string>
+
+inline std::string description(const QVariant& value);
+
+inline std::string description(const QVariantList& list)
+{
+    std::string text;
+    for (const QVariant& element : list) {
+        text += (text.empty() ? "" : ", ") + description(element);
+    }
+    return "[" + text + "]";
+}
+
+inline std::string description(const QVariantMap& map)
+{
+    std::string text;
+    for (auto entry = map.constBegin(); entry != map.constEnd(); ++entry) {
+        text += (text.empty() ? "" : ", ") + entry.key().toStdString() + ": " +
+            description(entry.value());
+    }
+    return "{" + text + "}";
+}
+
+/**
+ * What a parsed JSON value holds, types included: "{a: qulonglong 1, b: [string x]}". Comparing
+ * variants would not do, as it converts: the text "1" equals the number 1.
+ */
+inline std::string description(const QVariant& value)
+{
+    switch (static_cast<int>(value.type())) {
+    case QVariant::Invalid:
+        return "invalid";
+    case QVariant::Bool:
+        return value.toBool() ? "true" : "false";
+    case QVariant::LongLong:
+        return "qlonglong " + std::to_string(value.toLongLong());
+    case QVariant::ULongLong:
+        return "qulonglong " + std::to_string(value.toULongLong());
+    case QVariant::Double:
+        return "double " + QByteArray::number(value.toDouble(), 'g', 17).toStdString();
+    case QVariant::String:
+        return (value.toString().isNull() ? "null string " : "string ") +
+            value.toString().toStdString();
+    case QVariant::List:
+        return description(value.toList());
+    case QVariant::Map:
+        return description(value.toMap());
+    default:
+        return std::string("unexpected type ") + value.typeName();
+    }
+}
+
+#endif
