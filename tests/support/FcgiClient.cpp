@@ -49,17 +49,27 @@ bool waitFor(int descriptor, short events, Clock::time_point deadline)
     return result == 1;
 }
 
-int connectedTo(const sockaddr* address, socklen_t size, int family)
+bool nobodyListensYet(int error)
 {
-    const int descriptor = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (descriptor < 0 || connect(descriptor, address, size) != 0) {
-        ADD_FAILURE() << "cannot connect: " << std::strerror(errno);
-        if (descriptor >= 0) {
-            close(descriptor);
+    return error == ENOENT || error == ECONNREFUSED;
+}
+
+int connectedTo(const sockaddr* address, socklen_t size)
+{
+    const auto deadline = Clock::now() + patience;
+    for (;;) {
+        const int descriptor = socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (connect(descriptor, address, size) == 0) {
+            return descriptor;
         }
-        return -1;
+        const int error = errno;
+        close(descriptor);
+        if (!nobodyListensYet(error) || Clock::now() > deadline) {
+            ADD_FAILURE() << "cannot connect: " << std::strerror(error);
+            return -1;
+        }
+        poll(nullptr, 0, 1); // until the next look, 1 ms
     }
-    return descriptor;
 }
 
 int connectedToUnixSocket(const QByteArray& path)
@@ -71,7 +81,7 @@ int connectedToUnixSocket(const QByteArray& path)
         return -1;
     }
     std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()));
-    return connectedTo(reinterpret_cast<const sockaddr*>(&address), sizeof(address), AF_UNIX);
+    return connectedTo(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
 int connectedToLoopback(quint16 port)
@@ -80,7 +90,7 @@ int connectedToLoopback(quint16 port)
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return connectedTo(reinterpret_cast<const sockaddr*>(&address), sizeof(address), AF_INET);
+    return connectedTo(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
 }
 
 // Lengths up to 127 take one byte, others four with the highest bit set.

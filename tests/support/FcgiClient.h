@@ -31,14 +31,14 @@ struct FcgiReply {
 class FcgiClient
 {
 public:
-    /** Connects to the Unix socket at @a path. */
+    /** Connects to the Unix socket at @a path, once somebody listens there. */
     explicit FcgiClient(const QByteArray& path);
     /** Takes over the connected socket @a descriptor. */
     explicit FcgiClient(int descriptor);
     FcgiClient(const FcgiClient&) = delete;
     FcgiClient& operator=(const FcgiClient&) = delete;
     ~FcgiClient();
-    /** Connects to @a port on 127.0.0.1. */
+    /** Connects to @a port on 127.0.0.1, once somebody listens there. */
     static std::unique_ptr<FcgiClient> onPort(quint16 port);
 
     int descriptor() const { return m_descriptor; }

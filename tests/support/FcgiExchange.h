@@ -26,12 +26,11 @@ public:
     explicit FcgiExchange(const FcgiParameters& parameters = FcgiParameters(),
                           const QByteArray& body = QByteArray());
     ~FcgiExchange();
-    /** The exchange that starts with @a bytes as they stand; they must hold a request that can be
-     * accepted. */
+    /** Sends @a bytes as they stand; they must hold a request that can be accepted. */
     static FcgiExchange ofBytes(const QByteArray& bytes);
 
-    /** The accepted raw request, made by plain new; the caller owns it. At most one of the two take
-     * functions, once. */
+    /** The accepted raw request, made by plain new; the caller owns it. Only one of the two, once.
+     */
     FCGX_Request* takeFcgxRequest();
     /** The accepted request as the library wraps it; the caller owns it. */
     BwaFcgiRequest* takeRequest();
