@@ -48,7 +48,7 @@ struct ValueCase {
 
 void PrintTo(const ValueCase& valueCase, std::ostream* stream)
 {
-    *stream << valueCase.text;
+    *stream << valueCase.name;
 }
 
 class ParseAccepted : public testing::TestWithParam<ValueCase>
@@ -62,7 +62,7 @@ struct RefusedCase {
 
 void PrintTo(const RefusedCase& refusedCase, std::ostream* stream)
 {
-    *stream << refusedCase.text;
+    *stream << refusedCase.name;
 }
 
 class ParseRefused : public testing::TestWithParam<RefusedCase>

@@ -55,7 +55,7 @@ struct TransformCase {
 
 void PrintTo(const TransformCase& transformCase, std::ostream* stream)
 {
-    *stream << transformCase.file;
+    *stream << transformCase.name;
 }
 
 class JsonTransform : public testing::TestWithParam<TransformCase>
