@@ -1,0 +1,89 @@
+# SPDX-FileCopyrightText: The Brindo Web API authors
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash disable=SC2034
+
+# What the scripts share: messages, packages of Debian 12, builds. Sourced, never run.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
+demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
+test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light)
+ci_packages=("${test_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck)
+
+say()
+{
+    printf '%s: %s\n' "${0##*/}" "$*"
+}
+
+fail()
+{
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# usage_error TEXT
+usage_error()
+{
+    printf '%s\n' "$1" >&2
+    exit 2
+}
+
+missing_packages()
+{
+    local package
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || echo "$package"
+    done
+}
+
+# Prints the command that runs another one as root; nothing when this is root already.
+as_root()
+{
+    [ "$(id -u)" != 0 ] || return 0
+    command -v sudo >/dev/null || return 1
+    if [ -t 0 ]; then sudo -v && echo sudo; else sudo -n true 2>/dev/null && echo "sudo -n"; fi
+}
+
+# Installs those of the given packages that are missing.
+install_packages()
+{
+    local missing elevate
+    mapfile -t missing < <(missing_packages "$@")
+    [ ${#missing[@]} -gt 0 ] || return 0
+    command -v apt-get >/dev/null || fail "this needs the Debian packages ${missing[*]}"
+    if ! elevate=$(as_root); then
+        fail "no right to install ${missing[*]}: run this as root or with sudo at hand"
+    fi
+    say "installing ${missing[*]}"
+    # shellcheck disable=SC2086 # no word or two words
+    $elevate env DEBIAN_FRONTEND=noninteractive sh -ec '
+        apt-get -q update
+        apt-get -q install -y --no-install-recommends "$@"' sh "${missing[@]}" ||
+        fail "apt-get could not install ${missing[*]}"
+    keep_idle "$elevate" "${missing[@]}"
+}
+
+# A front server that was installed just now is ours to start; its system service stays off.
+keep_idle()
+{
+    local elevate=$1 package
+    [ -d /run/systemd/system ] || return 0
+    for package in "${@:2}"; do
+        case $package in
+        lighttpd | nginx-light) $elevate systemctl disable --now "${package%-light}" || true ;;
+        esac
+    done
+}
+
+# build PRESET [TARGET...]
+build()
+{
+    local preset=$1 targets=()
+    [ $# -eq 1 ] || targets=(--target "${@:2}")
+    (
+        cd "$root" &&
+            { [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset"; } &&
+            cmake --build --preset "$preset" "${targets[@]}"
+    ) || fail "the $preset build failed"
+}
