@@ -17,7 +17,8 @@ namespace {
 
 const FcgiParameters someRequest = {{"REQUEST_METHOD", "POST"}, {"SCRIPT_NAME", "/api.fcgi"},
                                     {"PATH_INFO", "/users/3"},  {"QUERY_STRING", "name=J%2E&x"},
-                                    {"CONTENT_LENGTH", "4"},    {"HTTP_COOKIE", "a=1"}};
+                                    {"CONTENT_LENGTH", "4"},    {"CONTENT_TYPE", "text/plain"},
+                                    {"HTTP_COOKIE", "a=1"}};
 
 struct PathCase {
     const char* name;
@@ -84,9 +85,7 @@ TEST(BwaFcgiRequest, LeavesTheBodyToBeReadOnDemand)
 
 TEST(BwaFcgiRequest, WhenAskedProcessesTheBody)
 {
-    FcgiParameters parameters = someRequest;
-    parameters.append({"CONTENT_TYPE", "text/plain"});
-    FcgiExchange exchange(parameters, "body");
+    FcgiExchange exchange(someRequest, "body");
     const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
     EXPECT_TRUE(request->cgiRequest()->processBodyContent());
