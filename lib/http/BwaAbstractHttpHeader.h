@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAABSTRACTHTTPHEADER_H
+#define BWAABSTRACTHTTPHEADER_H
+
+#include "http/BwaHttpCookie.h"
+
+#include <QList>
+
+/**
+ * A complete header block: its own lines, the cookies, and the empty line before the body.
+ *
+ * Lines end in a single line feed and a flush. Texts are written as they stand; one that comes
+ * from outside must not hold CR or LF.
+ */
+class BWA_EXPORT BwaAbstractHttpHeader : public BwaAbstractCgiStreamableElement
+{
+public:
+    ~BwaAbstractHttpHeader() override;
+
+    void render(std::ostream& stream) const override = 0;
+
+    /** @a text as a quoted-string (RFC 9110, section 5.6.4): backslashes and quotes escaped. */
+    static QString quotedString(const QString& text);
+
+    QList<BwaHttpCookie> cookies; /**< Written in this order; empty at first. */
+
+protected:
+    /** Writes one ended line a cookie. */
+    void renderCookies(std::ostream& stream) const;
+};
+
+#endif

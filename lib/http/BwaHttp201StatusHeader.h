@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTTP201STATUSHEADER_H
+#define BWAHTTP201STATUSHEADER_H
+
+#include "http/BwaHttpStatusContentHeader.h"
+
+/** The header block of a reply to the creation of something: 201 Created. */
+class BWA_EXPORT BwaHttp201StatusHeader : public BwaHttpStatusContentHeader
+{
+public:
+    /** A null @a location writes no location, an empty one writes an empty one. */
+    explicit BwaHttp201StatusHeader(const QString& contentType,
+                                    const QString& location = QString());
+
+    void render(std::ostream& stream) const override;
+    ~BwaHttp201StatusHeader() override;
+
+    QString location() const { return m_location; }
+
+private:
+    QString m_location;
+};
+
+#endif

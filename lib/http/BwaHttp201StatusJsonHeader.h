@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTTP201STATUSJSONHEADER_H
+#define BWAHTTP201STATUSJSONHEADER_H
+
+#include "http/BwaHttp201StatusHeader.h"
+
+/** The header block of a 201 reply with a body of the type application/json. */
+class BWA_EXPORT BwaHttp201StatusJsonHeader : public BwaHttp201StatusHeader
+{
+public:
+    /** Null texts write no charset and no location, empty ones write empty ones. */
+    explicit BwaHttp201StatusJsonHeader(const QString& charset = QString(),
+                                        const QString& location = QString());
+    ~BwaHttp201StatusJsonHeader() override;
+};
+
+#endif

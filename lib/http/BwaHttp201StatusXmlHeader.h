@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTTP201STATUSXMLHEADER_H
+#define BWAHTTP201STATUSXMLHEADER_H
+
+#include "http/BwaHttp201StatusHeader.h"
+
+/** The header block of a 201 reply with a body of the type application/xml. */
+class BWA_EXPORT BwaHttp201StatusXmlHeader : public BwaHttp201StatusHeader
+{
+public:
+    /** Null texts write no charset and no location, empty ones write empty ones. */
+    explicit BwaHttp201StatusXmlHeader(const QString& charset = QString(),
+                                       const QString& location = QString());
+    ~BwaHttp201StatusXmlHeader() override;
+};
+
+#endif

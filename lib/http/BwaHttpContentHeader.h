@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTTPCONTENTHEADER_H
+#define BWAHTTPCONTENTHEADER_H
+
+#include "http/BwaAbstractHttpHeader.h"
+
+#include <QString>
+
+/** A header block that announces the type of the body. */
+class BWA_EXPORT BwaHttpContentHeader : public virtual BwaAbstractHttpHeader
+{
+public:
+    explicit BwaHttpContentHeader(const QString& contentType);
+
+    void render(std::ostream& stream) const override;
+    ~BwaHttpContentHeader() override;
+
+    /** The whole value, parameters included. */
+    QString contentType() const { return m_contentType; }
+
+protected:
+    /** Writes the content type line only. */
+    void renderContentType(std::ostream& stream) const;
+    /** @a mediaType with @a charset as its parameter; null writes none, empty an empty one. */
+    static QString withCharset(const char* mediaType, const QString& charset);
+
+private:
+    QString m_contentType;
+};
+
+#endif

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTTPSTATUSCONTENTHEADER_H
+#define BWAHTTPSTATUSCONTENTHEADER_H
+
+#include "http/BwaHttpContentHeader.h"
+#include "http/BwaHttpStatusHeader.h"
+
+/** A header block with a status and the type of the body. */
+class BWA_EXPORT BwaHttpStatusContentHeader
+    : public BwaHttpStatusHeader
+    , public BwaHttpContentHeader
+{
+public:
+    BwaHttpStatusContentHeader(unsigned short statusCode, const QString& reasonPhrase,
+                               const QString& contentType);
+
+    void render(std::ostream& stream) const override;
+    ~BwaHttpStatusContentHeader() override;
+};
+
+#endif
