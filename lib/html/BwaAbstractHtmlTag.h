@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAABSTRACTHTMLTAG_H
+#define BWAABSTRACTHTMLTAG_H
+
+#include "http/BwaAbstractCgiStreamableElement.h"
+
+#include <QString>
+
+/** A tag: the opening or closing one of a pair, or one that stands alone. */
+class BWA_EXPORT BwaAbstractHtmlTag : public BwaAbstractCgiStreamableElement
+{
+public:
+    explicit BwaAbstractHtmlTag(const QString& tagName);
+    ~BwaAbstractHtmlTag() override;
+
+    BwaAbstractHtmlTag(const BwaAbstractHtmlTag&) = default;
+    BwaAbstractHtmlTag& operator=(const BwaAbstractHtmlTag&) = default;
+
+    void render(std::ostream& stream) const override = 0;
+
+    /** Written as it stands, in the case given. */
+    QString tagName() const { return m_tagName; }
+
+private:
+    QString m_tagName;
+};
+
+#endif

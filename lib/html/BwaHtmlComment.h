@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTMLCOMMENT_H
+#define BWAHTMLCOMMENT_H
+
+#include "html/BwaAbstractHtmlNode.h"
+
+#include <QString>
+
+/** A comment. The text must not hold "--", which nothing checks. */
+class BWA_EXPORT BwaHtmlComment : public BwaAbstractHtmlNode
+{
+public:
+    explicit BwaHtmlComment(const QString& text);
+    ~BwaHtmlComment() override;
+
+    void render(std::ostream& stream) const override;
+    BwaAbstractHtmlNode* clone() const override;
+
+    QString text() const { return m_text; }
+
+private:
+    QString m_text;
+};
+
+#endif

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHTMLELEMENT_H
+#define BWAHTMLELEMENT_H
+
+#include "html/BwaHtmlAttributeList.h"
+#include "html/BwaHtmlNodeList.h"
+
+#include <QString>
+
+/** An element: tag name, attributes and children. */
+class BWA_EXPORT BwaHtmlElement : public BwaAbstractHtmlNode
+{
+    Q_DISABLE_COPY(BwaHtmlElement)
+
+public:
+    explicit BwaHtmlElement(const QString& tagName);
+    BwaHtmlElement(const QString& tagName, const BwaHtmlAttributeList& attributes);
+    /** The children are clones of those of @a children. */
+    BwaHtmlElement(const QString& tagName, const BwaHtmlNodeList& children);
+    /** One child: a text node, also for an empty @a text. */
+    BwaHtmlElement(const QString& tagName, const QString& text);
+    BwaHtmlElement(const QString& tagName, const BwaHtmlAttributeList& attributes,
+                   const BwaHtmlNodeList& children);
+    BwaHtmlElement(const QString& tagName, const BwaHtmlAttributeList& attributes,
+                   const QString& text);
+    ~BwaHtmlElement() override;
+
+    /** Writes a single unpaired tag when there are no children, whatever the tag's name. */
+    void render(std::ostream& stream) const override;
+    /**
+     * A new element of the same name. Settled: it has neither attributes nor children, so a
+     * filled element goes into a tree by pointer.
+     */
+    BwaAbstractHtmlNode* clone() const override;
+
+    /** Appends a boolean attribute; never replaces one. */
+    BwaHtmlElement& setAttribute(const QString& name);
+    /** Appends an attribute; never replaces one. */
+    BwaHtmlElement& setAttribute(const QString& name, const QString& value);
+    /** Appends a clone of @a node: an empty element if it is an element. */
+    BwaHtmlElement& append(const BwaAbstractHtmlNode& node);
+    /** Appends @a node itself and takes it over; it must be on the heap and not null. */
+    BwaHtmlElement& append(BwaAbstractHtmlNode* node);
+    /** Appends a text node. */
+    BwaHtmlElement& append(const QString& text);
+
+    QString tagName() const { return m_tagName; }
+    BwaHtmlAttributeList attributes() const { return m_attributes; }
+    const BwaHtmlNodeList& children() const { return m_children; }
+
+private:
+    QString m_tagName;
+    BwaHtmlAttributeList m_attributes;
+    BwaHtmlNodeList m_children;
+};
+
+#endif

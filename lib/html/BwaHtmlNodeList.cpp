@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "html/BwaHtmlNodeList.h"
+
+#include <ostream>
+
+BwaHtmlNodeList::BwaHtmlNodeList() = default;
+
+BwaHtmlNodeList::BwaHtmlNodeList(const BwaAbstractHtmlNode& node)
+{
+    append(node);
+}
+
+BwaHtmlNodeList::BwaHtmlNodeList(const BwaHtmlNodeList& other)
+    : BwaAbstractCgiStreamableElement(other)
+{
+    for (const BwaAbstractHtmlNode* node : other.m_nodes) {
+        append(*node);
+    }
+}
+
+BwaHtmlNodeList::~BwaHtmlNodeList()
+{
+    while (!m_nodes.isEmpty()) {
+        delete m_nodes.takeFirst();
+    }
+}
+
+void BwaHtmlNodeList::render(std::ostream& stream) const
+{
+    for (const BwaAbstractHtmlNode* node : m_nodes) {
+        stream << *node;
+    }
+}
+
+BwaHtmlNodeList& BwaHtmlNodeList::append(const BwaAbstractHtmlNode& node)
+{
+    return append(node.clone());
+}
+
+BwaHtmlNodeList& BwaHtmlNodeList::append(BwaAbstractHtmlNode* node)
+{
+    m_nodes.append(node);
+    return *this;
+}
