@@ -1,0 +1,317 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// How the reader stays linear: consumed bytes stay at the front of the lookahead until they are
+// half of it, so that consuming moves no bytes; and each pattern has a Search that remembers where
+// it was found or up to where it is known to be absent. As the reader only moves forward, a match
+// ahead stays the first one, and a failed search resumes where more bytes have been appended.
+
+#include "cgi/BwaCgiMultipartFormDataReader.h"
+
+#include "cgi/BwaCgiRequest.h"
+
+#include <QString>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+const unsigned int chunkSize = 4096; // bytes
+
+const QByteArray& emptyLine()
+{
+    static const QByteArray text("\r\n\r\n");
+    return text;
+}
+
+const QByteArray& dispositionName()
+{
+    static const QByteArray text("Content-Disposition: ");
+    return text;
+}
+
+int indexIn(const QByteArray& data, const QByteArray& pattern, int from)
+{
+    const char* const begin = data.constData();
+    const void* const match =
+        ::memmem(begin + from, static_cast<std::size_t>(data.size() - from), pattern.constData(),
+                 static_cast<std::size_t>(pattern.size()));
+    return match ? static_cast<int>(static_cast<const char*>(match) - begin) : -1;
+}
+
+// The value of a header line that starts at @a begin, up to the line's end.
+QByteArray lineFrom(const QByteArray& header, int begin)
+{
+    const int end = header.indexOf("\r\n", begin);
+    return header.mid(begin, end < 0 ? -1 : end - begin);
+}
+
+QByteArray boundaryOf(const BwaCgiRequest* request)
+{
+    if (!request) {
+        return QByteArray();
+    }
+    const auto contentType =
+        BwaCgiEnvironment::parseContentType(request->environment().contentType());
+    return contentType.second.value(QString::fromLatin1("boundary")).toLatin1();
+}
+
+} // namespace
+
+BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* request)
+    : m_request(request)
+    , m_delimiter("\r\n--" + boundaryOf(request) + "\r\n")
+    , m_closeDelimiter(m_delimiter)
+    , m_lookahead("\r\n") // stands for the line break in front of the first delimiter
+    , m_failed(false)
+    , m_consumed(0)
+    , m_removed(0)
+    , m_refusedDisposition(-1)
+{
+    m_closeDelimiter.insert(m_closeDelimiter.size() - 2, "--");
+}
+
+BwaCgiMultipartFormDataReader::~BwaCgiMultipartFormDataReader() = default;
+
+bool BwaCgiMultipartFormDataReader::nextPart(QString& name, QString& filename, QString& contentType)
+{
+    if (!isUsable()) {
+        return false;
+    }
+    while (true) {
+        skipEndOfPart();
+        if (m_failed || lookaheadStartsWith(m_closeDelimiter)) {
+            return false;
+        }
+        consume(m_delimiter.size());
+        if (!completePartHeader()) {
+            m_failed = true;
+            return false;
+        }
+        if (takePartHeader(name, filename, contentType)) {
+            return true;
+        }
+    }
+}
+
+QByteArray BwaCgiMultipartFormDataReader::readFromPart(unsigned int size)
+{
+    QByteArray content;
+    if (isUsable() && !isAtEndOfPart()) {
+        const auto most = static_cast<unsigned int>(std::numeric_limits<int>::max());
+        appendFromPart(content, static_cast<int>(std::min(size, most)));
+    }
+    return content;
+}
+
+QByteArray BwaCgiMultipartFormDataReader::readAllFromPart()
+{
+    QByteArray content;
+    while (isUsable() && !isAtEndOfPart()) {
+        appendFromPart(content, chunkSize);
+    }
+    return content;
+}
+
+bool BwaCgiMultipartFormDataReader::isAtEndOfPart()
+{
+    if (!isUsable()) {
+        return false;
+    }
+    const int missing = m_closeDelimiter.size() - lookaheadSize();
+    if (missing > 0) {
+        refill(static_cast<unsigned int>(missing));
+        m_failed = lookaheadSize() < m_delimiter.size();
+    }
+    return lookaheadStartsWith(m_delimiter) || lookaheadStartsWith(m_closeDelimiter);
+}
+
+void BwaCgiMultipartFormDataReader::skipEndOfPart()
+{
+    do {
+        const int delimiter = indexOfDelimiter();
+        if (delimiter >= 0) {
+            consume(delimiter);
+            return;
+        }
+        // The tail may be the start of a delimiter that the next refill completes.
+        consume(std::max(0, lookaheadSize() - (m_closeDelimiter.size() - 1)));
+    } while (refill(chunkSize));
+    m_failed = true;
+}
+
+int BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArray& data)
+{
+    const int delimiter = indexIn(data, m_delimiter, 0);
+    const int closeDelimiter = indexIn(data, m_closeDelimiter, 0);
+    if (delimiter < 0 || closeDelimiter < 0) {
+        return std::max(delimiter, closeDelimiter);
+    }
+    return std::min(delimiter, closeDelimiter);
+}
+
+bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, QString& name,
+                                                      QString& filename, QString& contentType)
+{
+    const int disposition = header.indexOf(dispositionName());
+    if (disposition < 0) {
+        return false;
+    }
+    const QByteArray value = lineFrom(header, disposition + dispositionName().size());
+    const auto element =
+        BwaCgiRequest::parseGenericHeader(QString::fromUtf8(value.constData(), value.size()))
+            .first();
+    const auto nameParameter = element.second.constFind(QString::fromLatin1("name"));
+    if (element.first != QLatin1String("form-data") || nameParameter == element.second.constEnd()) {
+        return false;
+    }
+    name = nameParameter.value();
+    // Settled: only the file name is URL-decoded; that also makes an empty one null.
+    filename = BwaCgiRequest::urlDecode(element.second.value(QString::fromLatin1("filename")));
+
+    const QByteArray typeName("Content-Type: ");
+    const int type = header.indexOf(typeName);
+    contentType =
+        QString::fromLatin1(type < 0 ? "" : lineFrom(header, type + typeName.size()).constData());
+    return true;
+}
+
+bool BwaCgiMultipartFormDataReader::lookaheadStartsWith(const QByteArray& pattern) const
+{
+    return lookaheadSize() >= pattern.size() &&
+        std::memcmp(m_lookahead.constData() + m_consumed, pattern.constData(),
+                    static_cast<std::size_t>(pattern.size())) == 0;
+}
+
+// The position in the lookahead of the first match, or -1.
+int BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search& search) const
+{
+    const qint64 front = m_removed + m_consumed;
+    if (!search.found || search.position < front) {
+        const qint64 from = std::max(search.position, front);
+        const int match = indexIn(m_lookahead, pattern, static_cast<int>(from - m_removed));
+        const qint64 firstUnknown = m_removed + m_lookahead.size() - (pattern.size() - 1);
+        search.found = match >= 0;
+        search.position = search.found ? m_removed + match : std::max(from, firstUnknown);
+    }
+    return search.found ? static_cast<int>(search.position - front) : -1;
+}
+
+int BwaCgiMultipartFormDataReader::indexOfDelimiter()
+{
+    const int delimiter = indexOf(m_delimiter, m_delimiterSearch);
+    const int closeDelimiter = indexOf(m_closeDelimiter, m_closeDelimiterSearch);
+    if (delimiter < 0 || closeDelimiter < 0) {
+        return std::max(delimiter, closeDelimiter);
+    }
+    return std::min(delimiter, closeDelimiter);
+}
+
+void BwaCgiMultipartFormDataReader::consume(int size)
+{
+    m_consumed += size;
+}
+
+// Appends up to @a size bytes of the body to the lookahead; false when none are left.
+bool BwaCgiMultipartFormDataReader::refill(unsigned int size)
+{
+    const QByteArray bytes = m_request ? m_request->readFromBody(size) : QByteArray();
+    if (m_consumed > m_lookahead.size() / 2) {
+        m_lookahead.remove(0, m_consumed);
+        m_removed += m_consumed;
+        m_consumed = 0;
+    }
+    m_lookahead.append(bytes);
+    return !bytes.isEmpty();
+}
+
+// Appends the next @a size bytes of the part to @a content; fewer at the part's end or on failure.
+void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, int size)
+{
+    int missing = size;
+    while (true) {
+        const int delimiter = indexOfDelimiter();
+        // Without a delimiter, its start may be among the last bytes.
+        const int safe = delimiter >= 0 ? delimiter : lookaheadSize() - m_closeDelimiter.size();
+        const int taken = std::min(std::max(safe, 0), missing);
+        content.append(m_lookahead.constData() + m_consumed, taken);
+        consume(taken);
+        missing -= taken;
+        if (isAtEndOfPart() || missing == 0) {
+            return;
+        }
+        if (!refill(chunkSize)) {
+            m_failed = true;
+            return;
+        }
+    }
+}
+
+// Reads on until the lookahead holds the empty line that ends the part's header.
+bool BwaCgiMultipartFormDataReader::completePartHeader()
+{
+    while (indexOf(emptyLine(), m_emptyLineSearch) < 0) {
+        if (!refill(chunkSize)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Consumes the header in front if it is one of form data. A header without an empty line of its
+// own reaches over many delimiters, each of which asks again: hence the two early answers.
+bool BwaCgiMultipartFormDataReader::takePartHeader(QString& name, QString& filename,
+                                                   QString& contentType)
+{
+    const int size = indexOf(emptyLine(), m_emptyLineSearch) + 2;
+    const int disposition = indexOf(dispositionName(), m_dispositionSearch);
+    const qint64 dispositionPosition = m_dispositionSearch.position;
+    if (disposition < 0 || disposition + dispositionName().size() > size ||
+        dispositionPosition == m_refusedDisposition) {
+        return false;
+    }
+    const QByteArray header = QByteArray::fromRawData(m_lookahead.constData() + m_consumed, size);
+    if (!processPartHeader(header, name, filename, contentType)) {
+        m_refusedDisposition = dispositionPosition;
+        return false;
+    }
+    consume(size + 2);
+    return true;
+}
+
+BwaCgiMultipartFormDataReader::StreamBuffer::StreamBuffer(BwaCgiMultipartFormDataReader* reader)
+    : m_reader(reader)
+{
+    setg(m_chunk.data(), m_chunk.data(), m_chunk.data());
+}
+
+BwaCgiMultipartFormDataReader::StreamBuffer::~StreamBuffer() = default;
+
+bool BwaCgiMultipartFormDataReader::StreamBuffer::loadInternalBuffer()
+{
+    m_chunk = m_reader->readFromPart(chunkSize);
+    setg(m_chunk.data(), m_chunk.data(), m_chunk.data() + m_chunk.size());
+    return !m_chunk.isEmpty();
+}
+
+std::streamsize BwaCgiMultipartFormDataReader::StreamBuffer::xsgetn(char* s, std::streamsize n)
+{
+    std::streamsize copied = 0;
+    while (copied < n && (gptr() < egptr() || loadInternalBuffer())) {
+        const std::streamsize piece = std::min<std::streamsize>(n - copied, egptr() - gptr());
+        std::memcpy(s + copied, gptr(), static_cast<std::size_t>(piece));
+        gbump(static_cast<int>(piece));
+        copied += piece;
+    }
+    return copied;
+}
+
+std::streambuf::int_type BwaCgiMultipartFormDataReader::StreamBuffer::underflow()
+{
+    if (gptr() == egptr() && !loadInternalBuffer()) {
+        return traits_type::eof();
+    }
+    return traits_type::to_int_type(*gptr());
+}

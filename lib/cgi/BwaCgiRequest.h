@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWACGIREQUEST_H
+#define BWACGIREQUEST_H
+
+#include "cgi/BwaCgiEnvironment.h"
+#include "cgi/BwaCgiFile.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QPair>
+#include <QString>
+
+class BwaAbstractCgiInput;
+
+/**
+ * One request as an application sees it: environment and query variables at once, form variables,
+ * files or the raw body after processBodyContent() has returned true.
+ *
+ * Variables have several values a name: value(name) is the last one sent, values(name) all of them,
+ * last first.
+ */
+class BWA_EXPORT BwaCgiRequest
+{
+    Q_DISABLE_COPY(BwaCgiRequest)
+
+public:
+    /** Reads the variables from @a input, which must outlive this; reads nothing of the body. */
+    explicit BwaCgiRequest(BwaAbstractCgiInput* input);
+
+    /**
+     * Reads and decodes the body; at most once with success, later calls return true at once. A
+     * request without CONTENT_LENGTH has no body, which is a success.
+     *
+     * @return false when the body ends early. The bytes read are then lost, and neither variables
+     *         nor files nor body are kept.
+     */
+    bool processBodyContent();
+    /** The next @a size bytes of the body at most, never beyond CONTENT_LENGTH. */
+    QByteArray readFromBody(unsigned int size);
+
+    /**
+     * Decodes "+" and "%XX" (application/x-www-form-urlencoded). Each escape becomes the one
+     * character of that code, so UTF-8 sequences stay apart; an escape that is none stays as it is.
+     * The result of an empty text is null.
+     */
+    static QString urlDecode(const QString& text);
+    /**
+     * The variables of a query string or form body: pairs are separated by "&" or ";". A name
+     * without "=" has an empty value; empty names count, so an empty text gives one variable.
+     */
+    static QMultiHash<QString, QString> parseUrlEncodedVariables(const QString& text);
+    /**
+     * The elements, separated by ",", of a header value: a main value and its parameters, which
+     * ";" introduces. Values may be quoted strings. A parameter without "=" has a null value, one
+     * with nothing after it an empty one; of a repeated name the last value counts. Nothing is
+     * lower-cased; the list is never empty.
+     */
+    static QList<QPair<QString, QHash<QString, QString>>> parseGenericHeader(const QString& text);
+
+    BwaAbstractCgiInput* input() const { return m_input; }
+    const BwaCgiEnvironment& environment() const { return m_environment; }
+    QMultiHash<QString, QString> queryVariables() const { return m_queryVariables; }
+    QMultiHash<QString, QString> formVariables() const { return m_formVariables; }
+    /** By field name; of two files in the same field the last one counts. */
+    QHash<QString, BwaCgiFile> files() const { return m_files; }
+    /** The raw body of any media type but the two of forms. */
+    QByteArray body() const { return m_body; }
+    /** Body bytes taken from the input so far. */
+    unsigned int bodyBytesRead() const { return m_bodyBytesRead; }
+
+private:
+    bool processUrlEncodedBody();
+    bool processMultipartBody();
+    bool processOtherBody();
+    QByteArray readWholeBody(bool* complete);
+
+    BwaAbstractCgiInput* m_input; // not owned
+    BwaCgiEnvironment m_environment;
+    QMultiHash<QString, QString> m_queryVariables;
+    QMultiHash<QString, QString> m_formVariables;
+    QHash<QString, BwaCgiFile> m_files;
+    QByteArray m_body;
+    bool m_bodyProcessed;
+    unsigned int m_bodyBytesRead;
+};
+
+#endif

@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "cgi/BwaHeaderValueParser_p.h"
+#include "cgi/BwaTextScanning_p.h"
+
+BwaHeaderValueParser::BwaHeaderValueParser(const QString& text)
+    : m_text(text)
+    , m_position(0)
+{
+}
+
+QList<QPair<QString, BwaHeaderValueParser::Parameters>> BwaHeaderValueParser::elements()
+{
+    QList<QPair<QString, Parameters>> elements;
+    do {
+        const QString mainValue = takeUntil(";,").trimmed();
+        elements.append(qMakePair(mainValue, takeParameters()));
+    } while (m_separator == QLatin1Char(','));
+    return elements;
+}
+
+// The text up to the next separator or the end; both are left behind.
+QString BwaHeaderValueParser::takeUntil(const char* separators)
+{
+    const int begin = m_position;
+    const int end = indexOfAny(m_text, separators, begin);
+    m_separator = end < m_text.size() ? m_text.at(end) : QChar();
+    m_position = end + 1;
+    return textBetween(m_text, begin, end);
+}
+
+BwaHeaderValueParser::Parameters BwaHeaderValueParser::takeParameters()
+{
+    Parameters parameters;
+    while (m_separator == QLatin1Char(';')) {
+        const QString name = takeUntil("=;,").trimmed();
+        const bool hasValue = m_separator == QLatin1Char('=');
+        parameters.insert(name, hasValue ? takeParameterValue() : QString());
+    }
+    return parameters;
+}
+
+QString BwaHeaderValueParser::takeParameterValue()
+{
+    if (m_position < m_text.size() && m_text.at(m_position) == QLatin1Char('"')) {
+        ++m_position;
+        const QString value = takeQuotedString();
+        takeUntil(";,"); // whatever stands behind the closing quote is ignored
+        return value;
+    }
+    return takeUntil(";,").trimmed();
+}
+
+QString BwaHeaderValueParser::takeQuotedString()
+{
+    QString value = QString::fromLatin1("");
+    value += takeUntil("\\\"");
+    while (m_separator == QLatin1Char('\\')) {
+        // Settled: a backslash at the end of the text escapes U+0000.
+        value += m_position < m_text.size() ? m_text.at(m_position) : QChar();
+        ++m_position;
+        value += takeUntil("\\\"");
+    }
+    return value;
+}

@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAHEADERVALUEPARSER_P_H
+#define BWAHEADERVALUEPARSER_P_H
+
+#include <QHash>
+#include <QList>
+#include <QPair>
+#include <QString>
+
+/**
+ * Parses a header value such as "text/html; charset="utf\-8"; q=1, text/plain" into its elements.
+ *
+ * One scan from left to right: m_position stands behind the separator that was met last, and
+ * m_separator says which one that was.
+ */
+class BwaHeaderValueParser
+{
+public:
+    using Parameters = QHash<QString, QString>;
+
+    /** @a text must outlive the parser. */
+    explicit BwaHeaderValueParser(const QString& text);
+
+    /** Never empty; to be called once. */
+    QList<QPair<QString, Parameters>> elements();
+
+private:
+    QString takeUntil(const char* separators);
+    Parameters takeParameters();
+    QString takeParameterValue();
+    QString takeQuotedString();
+
+    const QString& m_text; // not owned
+    int m_position;
+    QChar m_separator; // null at the end of the text
+};
+
+#endif
