@@ -1,0 +1,161 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "fcgi/BwaFcgiListener.h"
+
+#include "BwaStringStreaming.h"
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "services/BwaAbstractFcgiService.h"
+
+#include <QCoreApplication>
+#include <QMetaType>
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+const unsigned long stopInterval = 20; // milliseconds between two attempts to stop the thread
+
+/** Keeps what the application has set for a signal. */
+class SignalDisposition
+{
+public:
+    explicit SignalDisposition(int signal)
+        : m_signal(signal)
+    {
+        ::sigaction(m_signal, nullptr, &m_action);
+    }
+    ~SignalDisposition() { ::sigaction(m_signal, &m_action, nullptr); }
+    Q_DISABLE_COPY(SignalDisposition)
+
+private:
+    int m_signal;
+    struct sigaction m_action = {};
+};
+
+// libfcgi takes SIGTERM and SIGUSR1 for itself, and a process would then outlive its SIGTERM.
+bool initializeLibfcgi()
+{
+    const SignalDisposition terminate(SIGTERM);
+    const SignalDisposition user(SIGUSR1);
+    // In milliseconds: how long a finished connection may stay open on the web server's side.
+    ::setenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT", "200", 0);
+    FCGX_Init();
+    qRegisterMetaType<FCGX_Request*>("FCGX_Request*");
+    return true;
+}
+
+void logException(const std::exception& exception)
+{
+    qDebug("An exception occurs while processing a FastCGI request: %s", exception.what());
+}
+
+void finishAndDelete(FCGX_Request* request)
+{
+    request->keepConnection = 0;
+    FCGX_Finish_r(request);
+    delete request;
+}
+
+} // namespace
+
+BwaFcgiListener::BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*> services, QObject* parent)
+    : QObject(parent)
+    , m_services(services)
+    , m_stopping(false)
+{
+    m_thread.setObjectName(QString::fromLatin1("BwaFcgiListener's thread"));
+    m_worker.moveToThread(&m_thread);
+    connect(this, SIGNAL(startListening(quint16)), &m_worker, SLOT(listen(quint16)));
+    connect(this, SIGNAL(startListening(QString)), &m_worker, SLOT(listen(QString)));
+    connect(&m_worker, SIGNAL(newRequest(FCGX_Request*)), this, SLOT(newRequest(FCGX_Request*)));
+    connect(&m_worker, SIGNAL(listeningError()), this, SIGNAL(listeningError()));
+    connect(&m_worker, SIGNAL(listeningError()), &m_thread, SLOT(quit()));
+}
+
+BwaFcgiListener::~BwaFcgiListener()
+{
+    m_stopping = true;
+    m_thread.quit();
+    // Again and again: the thread may be about to open its socket, or to read from a silent peer.
+    do {
+        m_worker.stopListening();
+    } while (!m_thread.wait(stopInterval));
+    dropUndeliveredRequests();
+}
+
+void BwaFcgiListener::listen(quint16 listeningPort)
+{
+    if (startThread()) {
+        Q_EMIT startListening(listeningPort);
+    }
+}
+
+void BwaFcgiListener::listen(QString unixSocket)
+{
+    if (startThread()) {
+        Q_EMIT startListening(unixSocket);
+    }
+}
+
+bool BwaFcgiListener::startThread()
+{
+    static const bool initialized = initializeLibfcgi();
+    if (!initialized || m_stopping || m_thread.isRunning()) {
+        return false;
+    }
+    m_thread.start(QThread::InheritPriority);
+    return true;
+}
+
+void BwaFcgiListener::newRequest(FCGX_Request* request)
+{
+    if (m_stopping) {
+        finishAndDelete(request);
+        return;
+    }
+    BwaFcgiRequest* wrapper = nullptr;
+    try {
+        wrapper = new BwaFcgiRequest(request);
+    } catch (const std::exception& exception) {
+        logException(exception);
+        finishAndDelete(request);
+        return;
+    }
+    const BwaFcgiRequest::Watch watch(wrapper);
+    try {
+        handOver(wrapper);
+    } catch (const std::exception& exception) {
+        logException(exception);
+        if (watch.requestLives()) {
+            wrapper->finish(); // not deleted: the service may still hold it
+        }
+    }
+}
+
+void BwaFcgiListener::handOver(BwaFcgiRequest* request)
+{
+    const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
+    BwaAbstractFcgiService* const service = m_services.value(environment.scriptName());
+    if (service) {
+        service->processRequest(request);
+        return;
+    }
+    request->err() << QString::fromLatin1(
+                          "Error in the FastCGI listener: Cannot find a Web service "
+                          "to handle a request to script \"%1\" with path info "
+                          "\"%2\"")
+                          .arg(environment.scriptName(), environment.pathInfo());
+    request->sendHttpError(BwaFcgiRequest::NotFound);
+    delete request;
+}
+
+// The events of the accepting thread that are still queued; newRequest() drops what they bring.
+void BwaFcgiListener::dropUndeliveredRequests()
+{
+    blockSignals(true);
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+}

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAFCGILISTENER_H
+#define BWAFCGILISTENER_H
+
+#include "fcgi/BwaFcgiListenerThread.h"
+
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QThread>
+
+class BwaAbstractFcgiService;
+class BwaFcgiRequest;
+
+/**
+ * Serves a web API: accepts FastCGI requests on a thread of its own and hands each, in the thread
+ * of the listener, to the service of its script name.
+ *
+ * The listener's thread must run an event loop. Requests are served one after another, in the order
+ * in which they were accepted.
+ */
+class BWA_EXPORT BwaFcgiListener : public QObject
+{
+    Q_OBJECT
+
+public:
+    /**
+     * @param services the root service of each script name (SCRIPT_NAME, compared exactly); not
+     *        owned, they must outlive the listener
+     */
+    explicit BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*> services,
+                             QObject* parent = nullptr);
+    /**
+     * Ends listening, waits for the accepting thread, and drops the requests that have been
+     * accepted and not yet handed out. With the last listener that accepts, libfcgi is shut down
+     * for the whole process: no listener can accept any more.
+     */
+    ~BwaFcgiListener() override;
+
+Q_SIGNALS:
+    /** For the accepting thread only. */
+    void startListening(quint16 listeningPort = 0);
+    /** For the accepting thread only. */
+    void startListening(QString unixSocket);
+    /**
+     * Listening could not start or has ended by itself. The thread is about to end; listen() may be
+     * called again once it has, for example from a timer.
+     */
+    void listeningError();
+
+public Q_SLOTS:
+    /**
+     * Listens on descriptor 0, the socket that the web server or the service manager hands over.
+     * Settled: with a port other than 0, on a Unix socket named ":%d" in the working directory. For
+     * TCP, call listen() with "address:port".
+     *
+     * Ignored while listening already. SIGTERM and SIGUSR1 keep their dispositions.
+     */
+    void listen(quint16 listeningPort = 0);
+    /**
+     * Listens on the Unix socket of that path, which is replaced if it exists, or on the TCP
+     * address "host:port". A null text means descriptor 0.
+     */
+    void listen(QString unixSocket);
+
+private Q_SLOTS:
+    void newRequest(FCGX_Request* request);
+
+private:
+    bool startThread();
+    void handOver(BwaFcgiRequest* request);
+    void dropUndeliveredRequests();
+
+    QMap<QString, BwaAbstractFcgiService*> m_services; // not owned
+    BwaFcgiListenerThread m_worker;                    // lives in m_thread
+    QThread m_thread;
+    bool m_stopping;
+};
+
+#endif

@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "fcgi/BwaFcgiListenerThread.h"
+
+#include "fcgi/BwaFcgiSocket_p.h"
+
+#include <QMutexLocker>
+#include <QString>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+const int backlog = 50; // connections that wait to be accepted
+
+// libfcgi shuts down for the whole process and for good, and a thread that is in accept at that
+// moment may never leave it. So the last accepting thread does it on its way out.
+QMutex shutDownMutex;
+int acceptingThreads = 0;
+bool shutDownWanted = false;
+
+void enterAccepting()
+{
+    QMutexLocker locker(&shutDownMutex);
+    ++acceptingThreads;
+}
+
+void leaveAccepting(bool shutDown)
+{
+    QMutexLocker locker(&shutDownMutex);
+    --acceptingThreads;
+    shutDownWanted = shutDownWanted || shutDown;
+    if (acceptingThreads == 0 && shutDownWanted) {
+        FCGX_ShutdownPending();
+    }
+}
+
+} // namespace
+
+BwaFcgiListenerThread::BwaFcgiListenerThread(QObject* parent)
+    : QObject(parent)
+    , m_stopRequested(false)
+    , m_descriptor(-1)
+    , m_awaited(nullptr)
+{
+}
+
+BwaFcgiListenerThread::~BwaFcgiListenerThread()
+{
+    delete m_awaited;
+}
+
+void BwaFcgiListenerThread::stopListening()
+{
+    QMutexLocker locker(&m_closing);
+    if (m_descriptor < 0) {
+        return;
+    }
+    m_stopRequested = true;
+    ::shutdown(m_descriptor, SHUT_RD); // ends a blocked accept
+    const FCGX_Request* const awaited = m_awaited;
+    const int connection = awaited ? awaited->ipcFd : -1;
+    if (connection >= 0) {
+        ::shutdown(connection, SHUT_RDWR); // ends a blocked read of a request
+    }
+}
+
+void BwaFcgiListenerThread::listen(quint16 listeningPort)
+{
+    if (listeningPort == 0) {
+        internalListen(QString());
+        return;
+    }
+    // Settled: the text has no place for the port and stays as it is, which Qt warns of.
+    internalListen(QString::fromLatin1(":%d").arg(listeningPort));
+}
+
+void BwaFcgiListenerThread::listen(QString unixSocket)
+{
+    internalListen(unixSocket);
+}
+
+void BwaFcgiListenerThread::internalListen(const QString& address)
+{
+    if (m_descriptor >= 0) {
+        return;
+    }
+    if (address.isNull()) {
+        m_descriptor = isListeningSocket(STDIN_FILENO) ? STDIN_FILENO : -1;
+    } else {
+        m_descriptor = openFcgiSocket(address.toLatin1(), backlog);
+    }
+    if (m_descriptor >= 0) {
+        enterAccepting();
+        acceptRequests(m_descriptor);
+        closeDescriptor();
+        leaveAccepting(m_stopRequested);
+    }
+    if (!m_stopRequested.exchange(false)) {
+        Q_EMIT listeningError();
+    }
+}
+
+void BwaFcgiListenerThread::acceptRequests(int descriptor)
+{
+    while (true) {
+        FCGX_Request* const request = new FCGX_Request;
+        FCGX_InitRequest(request, descriptor, 0);
+        delete m_awaited.exchange(request);
+        if (m_stopRequested || FCGX_Accept_r(request) != 0) {
+            FCGX_Free(request, 1);
+            return;
+        }
+        m_awaited = nullptr;
+        Q_EMIT newRequest(request);
+    }
+}
+
+void BwaFcgiListenerThread::closeDescriptor()
+{
+    QMutexLocker locker(&m_closing);
+    ::close(m_descriptor.exchange(-1));
+}

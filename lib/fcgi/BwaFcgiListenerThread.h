@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAFCGILISTENERTHREAD_H
+#define BWAFCGILISTENERTHREAD_H
+
+#include "BwaGlobal.h"
+
+#include <QMutex>
+#include <QObject>
+
+#include <fcgiapp.h>
+
+#include <atomic>
+
+/**
+ * Accepts FastCGI requests; the worker of a BwaFcgiListener, whose thread it lives in.
+ *
+ * listen() blocks its thread until stopListening() is called or the listening socket fails.
+ */
+class BWA_EXPORT BwaFcgiListenerThread : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit BwaFcgiListenerThread(QObject* parent = nullptr);
+    ~BwaFcgiListenerThread() override;
+
+    /**
+     * Makes a running listen() return without listeningError(); does nothing when none runs. To be
+     * called from the thread that receives newRequest(). A request that is half received may hold
+     * listen() up: call again until the thread has ended.
+     */
+    void stopListening();
+
+Q_SIGNALS:
+    /** A request has been accepted; made by plain new, the receiver owns it. */
+    void newRequest(FCGX_Request* request);
+    /** Listening could not start or has ended by itself. */
+    void listeningError();
+
+public Q_SLOTS:
+    /** Settled: a port other than 0 listens on a Unix socket named ":%d". 0: on descriptor 0. */
+    void listen(quint16 listeningPort = 0);
+    /** An address as FCGX_OpenSocket() takes it; null: descriptor 0. */
+    void listen(QString unixSocket);
+
+private:
+    void internalListen(const QString& address);
+    void acceptRequests(int descriptor);
+    void closeDescriptor();
+
+    std::atomic<bool> m_stopRequested;
+    std::atomic<int> m_descriptor; // -1: not listening
+    QMutex m_closing; // the descriptor is not closed while stopListening() shuts it down
+    // The request that is waited for. Its memory stays until this object or the next listen() needs
+    // it no more, so that stopListening() may look at its connection.
+    std::atomic<FCGX_Request*> m_awaited; // owned
+};
+
+#endif

@@ -1,0 +1,166 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAFCGIREQUEST_H
+#define BWAFCGIREQUEST_H
+
+#include "cgi/BwaAbstractCgiInput.h"
+#include "http/BwaHttpCookie.h"
+
+#include <QList>
+#include <QMap>
+#include <QPair>
+#include <QString>
+
+#include <fcgio.h>
+
+#include <memory>
+#include <ostream>
+
+class BwaCgiRequest;
+
+/**
+ * One FastCGI request: what was asked, the stream of the reply, and the stream of error messages
+ * that the web server writes to its log.
+ *
+ * Whoever receives a request owns it and deletes it exactly once, as the last act: deleting it
+ * completes the reply. It lives in the listener's thread, and must not outlive it.
+ */
+class BWA_EXPORT BwaFcgiRequest
+{
+    Q_DISABLE_COPY(BwaFcgiRequest)
+
+public:
+    class BwaFcgiInput;
+
+    /** The errors that have a standard reply; each value is the status code. */
+    enum StandardHttpError : int {
+        BadRequest = 400,
+        Unauthorized = 401,
+        PaymentRequired = 402,
+        Forbidden = 403,
+        NotFound = 404,
+        MethodNotAllowed = 405,
+        NotAcceptable = 406,
+        ProxyAuthenticationRequired = 407,
+        RequestTimeout = 408,
+        Conflict = 409,
+        Gone = 410,
+        LengthRequired = 411,
+        PreconditionFailed = 412,
+        PayloadTooLarge = 413,
+        UriTooLong = 414,
+        UnsupportedMediaType = 415,
+        RequestedRangeNotSatisfiable = 416,
+        ExpectationFailed = 417,
+        ImATeapot = 418,
+        MisdirectedRequest = 421,
+        UnprocessableEntity = 422,
+        Locked = 423,
+        MethodFailure = 424,
+        UpgradeRequired = 426,
+        PreconditionRequired = 428,
+        TooManyRequests = 429,
+        RequestHeaderFieldsTooLarge = 431,
+        UnavailableForLegalReasons = 451,
+        InternalServerError = 500,
+        NotImplemented = 501,
+        BadGateway = 502,
+        ServiceUnavailable = 503,
+        GatewayTimeout = 504,
+        HttpVersionNotSupported = 505,
+        VariantAlsoNegotiates = 506,
+        InsufficientStorage = 507,
+        LoopDetected = 508,
+        NotExtended = 510,
+        NetworkAuthenticationRequired = 511
+    };
+
+    /**
+     * Takes over @a request, which must come from plain new and have been accepted. When this
+     * throws, the caller still owns it.
+     */
+    explicit BwaFcgiRequest(FCGX_Request* request);
+    /** Completes the exchange with the web server and closes the connection. */
+    ~BwaFcgiRequest();
+
+    /** The status code and reason phrase of @a error; those of 500 for a value that is no member.
+     */
+    static QPair<unsigned short, QString> standardHttpErrorParameters(StandardHttpError error);
+    /** Replies with the page of @a error. The request stays the caller's. */
+    void sendHttpError(StandardHttpError error);
+    /**
+     * Replies with a status and a small page that shows it. The request stays the caller's.
+     * @a reasonPhrase is not escaped. A std::exception is logged on err() and goes no further.
+     */
+    void sendHttpError(unsigned short statusCode, const QString& reasonPhrase);
+    /**
+     * Replies with a header that makes the web server send the file at @a filePath (X-Sendfile).
+     * Whether it exists is the web server's business. The request stays the caller's. A
+     * std::exception is logged on err() and answered with 500.
+     */
+    void sendStaticFile(const QString& filePath, const QString& contentType,
+                        const QList<BwaHttpCookie>& cookies);
+
+    /** The script name and, right behind it, the path info. */
+    QString fullPath() const;
+
+    FCGX_Request* fcgxRequest() { return m_request; }
+    BwaFcgiInput* input() { return m_input.get(); }
+    BwaCgiRequest* cgiRequest() { return m_cgiRequest.get(); }
+    /** The reply: a header block, then the body. */
+    std::ostream& out() { return m_out; }
+    /** Messages for the web server's log, without line ends. */
+    std::ostream& err() { return m_err; }
+
+private:
+    friend class BwaFcgiListener;
+
+    /** Knows, as long as it lives, whether a request has been deleted. */
+    class Watch
+    {
+        Q_DISABLE_COPY(Watch)
+
+    public:
+        explicit Watch(BwaFcgiRequest* request);
+        ~Watch();
+
+        bool requestLives() const { return m_request; }
+
+    private:
+        friend class BwaFcgiRequest;
+
+        BwaFcgiRequest* m_request; // not owned; null once deleted
+    };
+
+    void finish();
+
+    FCGX_Request* m_request; // owned; null once finished
+    std::unique_ptr<BwaFcgiInput> m_input;
+    std::unique_ptr<BwaCgiRequest> m_cgiRequest; // reads from m_input
+    // Unbuffered, so that they touch nothing when they are destroyed after the finish.
+    fcgi_streambuf m_outBuffer;
+    fcgi_streambuf m_errBuffer;
+    std::ostream m_out; // writes to m_outBuffer
+    std::ostream m_err; // writes to m_errBuffer
+    Watch* m_watch;     // not owned; may be null
+};
+
+/** The CGI variables and the body of a FastCGI request. */
+class BWA_EXPORT BwaFcgiRequest::BwaFcgiInput : public BwaAbstractCgiInput
+{
+public:
+    /** Copies the variables of @a request; of a repeated name the last value counts. */
+    explicit BwaFcgiInput(FCGX_Request* request);
+    ~BwaFcgiInput() override;
+
+    QByteArray read(unsigned int size) override;
+    /** Null when the variable is not set, empty when it is set to nothing. */
+    QString getenv(const QString& name) override;
+
+private:
+    FCGX_Request* m_request; // not owned
+    QMap<QString, QString> m_variables;
+};
+
+#endif
