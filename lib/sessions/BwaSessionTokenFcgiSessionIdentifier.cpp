@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
+
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "http/BwaHttp401StatusHeader.h"
+#include "sessions/BwaSessionCredentials_p.h"
+
+#include <QStringList>
+
+const QString BwaSessionTokenFcgiSessionIdentifier::S_AUTHENTICATION_SCHEME_NAME =
+    QString::fromLatin1("SESSION-TOKEN");
+
+BwaSessionTokenFcgiSessionIdentifier::BwaSessionTokenFcgiSessionIdentifier(
+    const BwaWebSessionManager* manager, const QString& realm)
+    : m_sessionManager(manager)
+    , m_realm(realm)
+{
+}
+
+BwaSessionTokenFcgiSessionIdentifier::~BwaSessionTokenFcgiSessionIdentifier() = default;
+
+BwaWebSession* BwaSessionTokenFcgiSessionIdentifier::session(BwaFcgiRequest* request)
+{
+    const QString authorization = request->cgiRequest()->environment().httpAuthorization();
+    const QStringList schemeAndCredentials = authorization.split(QLatin1Char(' '));
+    if (schemeAndCredentials.size() != 2 ||
+        schemeAndCredentials.first() != S_AUTHENTICATION_SCHEME_NAME) {
+        return nullptr;
+    }
+    const QStringList credentials = schemeAndCredentials.last().split(QLatin1Char(':'));
+    if (credentials.size() != 2) {
+        return nullptr;
+    }
+    return sessionOf(m_sessionManager, credentials.first(), credentials.last());
+}
+
+void BwaSessionTokenFcgiSessionIdentifier::sendUnauthorizedReply(BwaFcgiRequest* request)
+{
+    QMap<QString, QMap<QString, QString>> challenges;
+    challenges[S_AUTHENTICATION_SCHEME_NAME].insert(QString::fromLatin1("realm"), m_realm);
+    request->out() << BwaHttp401StatusHeader(challenges);
+}

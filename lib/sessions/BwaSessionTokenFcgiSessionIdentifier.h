@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWASESSIONTOKENFCGISESSIONIDENTIFIER_H
+#define BWASESSIONTOKENFCGISESSIONIDENTIFIER_H
+
+#include "sessions/BwaAbstractFcgiSessionIdentifier.h"
+
+#include <QString>
+
+class BwaWebSessionManager;
+
+/**
+ * Finds a session by the Authorization header: "SESSION-TOKEN", one blank, the session's id, ":"
+ * and its token. A request without is refused with a 401 challenge.
+ */
+class BWA_EXPORT BwaSessionTokenFcgiSessionIdentifier : public BwaAbstractFcgiSessionIdentifier
+{
+public:
+    static const QString S_AUTHENTICATION_SCHEME_NAME; /**< "SESSION-TOKEN". */
+
+    /** @a manager must outlive this; @a realm is announced in the challenge. */
+    BwaSessionTokenFcgiSessionIdentifier(const BwaWebSessionManager* manager, const QString& realm);
+    ~BwaSessionTokenFcgiSessionIdentifier() override;
+
+    BwaWebSession* session(BwaFcgiRequest* request) override;
+    void sendUnauthorizedReply(BwaFcgiRequest* request) override;
+
+    const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
+    QString realm() const { return m_realm; }
+
+private:
+    const BwaWebSessionManager* m_sessionManager; // not owned
+    QString m_realm;
+};
+
+#endif

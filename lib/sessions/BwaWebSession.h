@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAWEBSESSION_H
+#define BWAWEBSESSION_H
+
+#include "BwaGlobal.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <QUuid>
+
+/**
+ * What the server knows of one authenticated user: an id, and a token that the client presents with
+ * each request.
+ *
+ * The token expires a while after it was generated; the session is removed a while after that,
+ * unless a new token has been generated. A session lives in the thread of its manager, and ends
+ * through remove(): a manager does not notice a plain delete.
+ */
+class BWA_EXPORT BwaWebSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    /**
+     * A session with an id and a token of its own, both 122 random bits of the system's generator.
+     *
+     * @param tokenLifetime milliseconds until a token expires; negative: never
+     * @param removalDelay milliseconds from then to the removal; negative: never
+     */
+    BwaWebSession(const QString& username, int tokenLifetime, int removalDelay,
+                  QObject* parent = nullptr);
+    /** A session that never expires, which is warned of. Id and token must not be guessable. */
+    BwaWebSession(const QString& username, const QUuid& sessionId, const QUuid& token,
+                  QObject* parent = nullptr);
+    ~BwaWebSession() override;
+
+    /** Expires the token if it is valid, replaces it, and calls a due removal off. */
+    QUuid generateNewToken();
+
+    QUuid sessionId() const { return m_sessionId; }
+    QUuid token() const { return m_token; }
+    QString username() const { return m_username; }
+    bool isTokenExpired() const { return m_tokenExpired; }
+
+Q_SIGNALS:
+    void aboutToRemove();
+    /** The token has expired, or is about to be replaced while valid. */
+    void tokenExpired();
+
+public Q_SLOTS:
+    /** Announces the end of the session, and deletes it from the event loop. */
+    void remove();
+
+private Q_SLOTS:
+    void expireToken();
+
+private:
+    void setUpTimers(int tokenLifetime, int removalDelay);
+
+    QUuid m_sessionId;
+    QUuid m_token;
+    bool m_tokenExpired;
+    QTimer m_removalTimer;
+    QTimer m_tokenTimer;
+    QString m_username;
+};
+
+#endif
