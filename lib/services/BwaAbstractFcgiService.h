@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAABSTRACTFCGISERVICE_H
+#define BWAABSTRACTFCGISERVICE_H
+
+#include "BwaGlobal.h"
+
+#include <QObject>
+#include <QString>
+
+class BwaDispatcherFcgiService;
+class BwaFcgiRequest;
+
+/** A node of the tree that answers requests. */
+class BWA_EXPORT BwaAbstractFcgiService : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit BwaAbstractFcgiService(QObject* parent = nullptr);
+    ~BwaAbstractFcgiService() override;
+
+    /** Takes @a request over: it is answered and deleted, now or later. */
+    virtual void processRequest(BwaFcgiRequest* request) = 0;
+
+    /**
+     * The names of this service and of those above it, each behind a "/": "/api/users". The script
+     * name is no part of it. Empty, not null, for a root service.
+     */
+    QString servicePath() const;
+    /** The dispatcher that holds this service, or null. */
+    BwaDispatcherFcgiService* parentService() const { return m_parentService; }
+    /**
+     * For dispatchers only, which call it when they adopt or release a service: leaves the old
+     * dispatcher and becomes a child, also as a QObject, of @a parent, which may be null.
+     */
+    void setParentService(BwaDispatcherFcgiService* parent);
+
+private:
+    BwaDispatcherFcgiService* m_parentService; // not owned
+};
+
+#endif

@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "services/BwaDispatcherFcgiService.h"
+
+#include "BwaStringStreaming.h"
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiRequest.h"
+
+#include <QList>
+
+#include <algorithm>
+#include <exception>
+
+BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
+    : BwaAbstractFcgiService(parent)
+{
+    connect(&m_destroyedMapper, SIGNAL(mapped(QString)), this, SLOT(serviceDestroyed(QString)));
+}
+
+BwaDispatcherFcgiService::~BwaDispatcherFcgiService() = default;
+
+void BwaDispatcherFcgiService::processRequest(BwaFcgiRequest* request)
+{
+    try {
+        dispatch(request);
+    } catch (const std::exception& exception) {
+        const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
+        request->err() << QString::fromLatin1("Error in dispatcher service \"%1\" for script "
+                                              "\"%2\" while handling request with path info "
+                                              "\"%3\": %4")
+                              .arg(servicePath(), environment.scriptName(), environment.pathInfo(),
+                                   QString::fromLatin1(exception.what()));
+        request->sendHttpError(BwaFcgiRequest::InternalServerError);
+        delete request;
+    }
+}
+
+void BwaDispatcherFcgiService::dispatch(BwaFcgiRequest* request)
+{
+    const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
+    const QString path = servicePath();
+    const QString pathInfo = environment.pathInfo();
+    const QString childrenPath = path + QLatin1Char('/');
+    if (pathInfo == path || pathInfo == childrenPath) {
+        processThisService(request);
+        return;
+    }
+    BwaAbstractFcgiService* const child = pathInfo.startsWith(childrenPath)
+        ? childForPath(pathInfo.mid(childrenPath.size()))
+        : nullptr;
+    if (child) {
+        child->processRequest(request);
+        return;
+    }
+    request->err() << QString::fromLatin1("Error in dispatcher service \"%1\" for script \"%2\": "
+                                          "Cannot find a child service to handle a request with "
+                                          "path info \"%3\"")
+                          .arg(path, environment.scriptName(), pathInfo);
+    request->sendHttpError(BwaFcgiRequest::NotFound);
+    delete request;
+}
+
+// The names that begin the rest of the path come first in the map when they are shorter. So they
+// are looked up from the shortest on, instead of walking over all children.
+BwaAbstractFcgiService* BwaDispatcherFcgiService::childForPath(const QString& rest) const
+{
+    if (BwaAbstractFcgiService* const child = m_children.value(rest)) {
+        return child;
+    }
+    for (int slash = rest.indexOf(QLatin1Char('/')); slash >= 0;
+         slash = rest.indexOf(QLatin1Char('/'), slash + 1)) {
+        const QString name = QString::fromRawData(rest.constData(), slash);
+        BwaAbstractFcgiService* const child = m_children.value(name);
+        if (qobject_cast<BwaDispatcherFcgiService*>(child)) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+void BwaDispatcherFcgiService::processThisService(BwaFcgiRequest* request)
+{
+    request->sendHttpError(BwaFcgiRequest::Forbidden);
+    delete request;
+}
+
+void BwaDispatcherFcgiService::addService(const QString& name, BwaAbstractFcgiService* service)
+{
+    if (BwaAbstractFcgiService* const replaced = removeService(name)) {
+        replaced->deleteLater();
+    }
+    m_children.insert(name, service);
+    m_names.insert(service, name);
+    // In this order: the mapping brings a connection of its own, which forgets it on destroyed().
+    connect(service, SIGNAL(destroyed()), &m_destroyedMapper, SLOT(map()));
+    m_destroyedMapper.setMapping(service, name);
+    service->setParentService(this);
+}
+
+BwaDispatcherFcgiService* BwaDispatcherFcgiService::addDispatcherService(const QString& name)
+{
+    auto* const service = new BwaDispatcherFcgiService(this);
+    addService(name, service);
+    return service;
+}
+
+BwaAbstractFcgiService* BwaDispatcherFcgiService::removeService(const QString& name)
+{
+    BwaAbstractFcgiService* const service = m_children.value(name);
+    if (!service) {
+        return nullptr;
+    }
+    forgetName(name);
+    service->setParentService(nullptr);
+    // All slots of the mapper, its own for the mapping included, so that adding the service again
+    // finds it as new.
+    disconnect(service, SIGNAL(destroyed()), &m_destroyedMapper, nullptr);
+    m_destroyedMapper.removeMappings(service);
+    return service;
+}
+
+QString BwaDispatcherFcgiService::childServiceName(const BwaAbstractFcgiService* service) const
+{
+    const QList<QString> names = m_names.values(service);
+    return names.isEmpty() ? QString() : *std::min_element(names.constBegin(), names.constEnd());
+}
+
+void BwaDispatcherFcgiService::serviceDestroyed(const QString& name)
+{
+    forgetName(name);
+}
+
+void BwaDispatcherFcgiService::forgetName(const QString& name)
+{
+    m_names.remove(m_children.take(name), name);
+}

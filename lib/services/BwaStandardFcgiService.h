@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWASTANDARDFCGISERVICE_H
+#define BWASTANDARDFCGISERVICE_H
+
+#include "services/BwaAbstractFcgiService.h"
+
+class BwaAbstractFcgiRequestProcessor;
+
+/** A leaf of the service tree: hands every request to its processor. */
+class BWA_EXPORT BwaStandardFcgiService : public BwaAbstractFcgiService
+{
+    Q_OBJECT
+
+public:
+    /** Takes @a processor over, which may be null as long as no request comes. */
+    explicit BwaStandardFcgiService(BwaAbstractFcgiRequestProcessor* processor,
+                                    QObject* parent = nullptr);
+    ~BwaStandardFcgiService() override;
+
+    void processRequest(BwaFcgiRequest* request) override;
+
+private:
+    BwaAbstractFcgiRequestProcessor* m_processor; // owned
+};
+
+#endif
