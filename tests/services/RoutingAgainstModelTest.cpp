@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// Random service trees and paths, routed by the library and by a literal model of the rule:
+// itself, else the child of exactly that name, else the first dispatcher whose name is a prefix.
+
+#include "services/ErrorPage.h"
+#include "services/ServiceReplies.h"
+#include "services/ServiceTree.h"
+#include "support/QtPrinters.h"
+
+#include <QByteArray>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <set>
+#include <vector>
+
+namespace {
+
+using Random = std::mt19937;
+
+const std::vector<QByteArray> names = {"a", "b", "ab", "a/b", "a/b/a", "", "/", "a/", "A", "\xe9"};
+const std::vector<QByteArray> pieces = {"/", "/", "/a", "/b", "/ab", "a", "/A", "/\xe9"};
+
+// BWA_TEST_SEED repeats a failed run.
+unsigned int seed()
+{
+    const QByteArray chosen = qgetenv("BWA_TEST_SEED");
+    return chosen.isEmpty() ? std::random_device()() : chosen.toUInt();
+}
+
+const QByteArray& oneOf(const std::vector<QByteArray>& texts, Random& random)
+{
+    return texts[std::uniform_int_distribution<size_t>(0, texts.size() - 1)(random)];
+}
+
+int upTo(int largest, Random& random)
+{
+    return std::uniform_int_distribution<int>(0, largest)(random);
+}
+
+// Children in the order of their names, as the model walks them.
+std::vector<TreeNode> randomChildren(int levels, Random& random)
+{
+    std::set<QByteArray> chosen;
+    for (int count = upTo(5, random); count > 0; --count) {
+        chosen.insert(oneOf(names, random));
+    }
+
+    std::vector<TreeNode> children;
+    for (const QByteArray& name : chosen) {
+        const bool isDispatcher = levels > 0 && upTo(2, random) > 0;
+        children.push_back(
+            {isDispatcher ? TreeNode::Dispatcher : TreeNode::Service, name,
+             isDispatcher ? randomChildren(levels - 1, random) : std::vector<TreeNode>()});
+    }
+    return children;
+}
+
+QByteArray randomPath(Random& random)
+{
+    QByteArray path;
+    for (int count = upTo(6, random); count > 0; --count) {
+        path += oneOf(pieces, random);
+    }
+    return path;
+}
+
+// The label of the service that answers, or "not found by" and the path of the last dispatcher.
+QByteArray modelRoute(const std::vector<TreeNode>& children, const QByteArray& label,
+                      const QByteArray& path, const QByteArray& pathInfo)
+{
+    if (pathInfo == path || pathInfo == path + '/') {
+        return label;
+    }
+    if (pathInfo.startsWith(path + '/')) {
+        const QByteArray rest = pathInfo.mid(path.size() + 1);
+        auto child = std::find_if(children.begin(), children.end(),
+                                  [&](const TreeNode& node) { return node.name == rest; });
+        if (child == children.end()) {
+            child = std::find_if(children.begin(), children.end(), [&](const TreeNode& node) {
+                return node.kind == TreeNode::Dispatcher && rest.startsWith(node.name + '/');
+            });
+        }
+        if (child != children.end()) {
+            const QByteArray answer = childLabel(label, child->name);
+            return child->kind == TreeNode::Service
+                ? answer
+                : modelRoute(child->children, answer, path + '/' + child->name, pathInfo);
+        }
+    }
+    return "not found by " + path;
+}
+
+QByteArray libraryRoute(BwaAbstractFcgiService& root, const QByteArray& pathInfo)
+{
+    const FcgiReply reply = replyOf(root, requestTo(pathInfo));
+    if (reply.out != errorPage(404, "Not Found")) {
+        return reply.out;
+    }
+    // Error in dispatcher service "<path>" for script ...
+    const int start = reply.err.indexOf('"') + 1;
+    return "not found by " + reply.err.mid(start, reply.err.indexOf('"', start) - start);
+}
+
+} // namespace
+
+TEST(Routing, EqualsTheModelForRandomTreesAndPaths)
+{
+    const unsigned int thisSeed = seed();
+    SCOPED_TRACE("BWA_TEST_SEED=" + std::to_string(thisSeed));
+    Random random(thisSeed);
+
+    for (int tree = 0; tree < 100; ++tree) {
+        const std::vector<TreeNode> children = randomChildren(3, random);
+        LabelledDispatcher root("root");
+        addChildren(&root, "root", children);
+        for (int request = 0; request < 10; ++request) {
+            const QByteArray path = randomPath(random);
+
+            ASSERT_EQ(libraryRoute(root, path), modelRoute(children, "root", "", path))
+                << "path info " << path.constData() << " in tree " << tree;
+        }
+    }
+}
