@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "EchoProcessor.h"
+
+#include "Replies.h"
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiRequest.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace {
+
+QJsonArray cookiesToJson(const QList<BwaHttpCookie>& cookies)
+{
+    QJsonArray array;
+    for (const BwaHttpCookie& cookie : cookies) {
+        array.append(QJsonObject{{QStringLiteral("name"), fromUtf8Wire(cookie.name)},
+                                 {QStringLiteral("value"), fromUtf8Wire(cookie.value)}});
+    }
+    return array;
+}
+
+} // namespace
+
+void EchoProcessor::processGetMethod(BwaFcgiRequest* request)
+{
+    const BwaCgiRequest* received = request->cgiRequest();
+    sendJson(
+        request,
+        QJsonObject{{QStringLiteral("cookies"), cookiesToJson(received->environment().cookies())},
+                    {QStringLiteral("query"), variablesToJson(received->queryVariables())}});
+    delete request;
+}

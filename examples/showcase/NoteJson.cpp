@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "NoteJson.h"
+
+#include "NoteStore.h"
+#include "Replies.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "json/BwaJsonUtilities.h"
+
+#include <QJsonObject>
+
+QJsonObject noteToJson(const Note& note)
+{
+    return QJsonObject{{QStringLiteral("id"), note.id},
+                       {QStringLiteral("text"), note.text},
+                       {QStringLiteral("title"), note.title}};
+}
+
+bool readNote(BwaFcgiRequest* request, Note& note)
+{
+    QVariantMap object;
+    if (!readJsonObject(request, object)) {
+        return false;
+    }
+    if (!BwaJsonUtilities::stringValue(object, QStringLiteral("title"), note.title) ||
+        !BwaJsonUtilities::stringValue(object, QStringLiteral("text"), note.text,
+                                       QStringLiteral(""))) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return false;
+    }
+    return true;
+}

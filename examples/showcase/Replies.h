@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef REPLIES_H
+#define REPLIES_H
+
+#include <QHash>
+#include <QString>
+#include <QVariantMap>
+
+class BwaFcgiRequest;
+class QJsonObject;
+class QJsonValue;
+
+/*
+ * What the processors share. None of these deletes the request.
+ */
+
+/** Decodes the UTF-8 that browsers put into variables, names and cookies. */
+QString fromUtf8Wire(const QString& text);
+
+/** Multipart forms bring their names as text; everywhere else they are UTF-8 still. */
+enum class VariableNames { Utf8, Text };
+
+/** An array of values for each name, in the order of their arrival. */
+QJsonObject variablesToJson(const QMultiHash<QString, QString>& variables,
+                            VariableNames encoding = VariableNames::Utf8);
+
+/** Answers 200 with @a value, an object or an array. */
+void sendJson(BwaFcgiRequest* request, const QJsonValue& value);
+/** Writes @a value alone, for replies with a header of their own. */
+void writeJson(BwaFcgiRequest* request, const QJsonValue& value);
+
+/** Reads a body that must be a JSON object; false when a refusal was sent instead. */
+bool readJsonObject(BwaFcgiRequest* request, QVariantMap& object);
+
+#endif

@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "Accounts.h"
+#include "Database.h"
+#include "EchoProcessor.h"
+#include "FailingProcessor.h"
+#include "FileProcessor.h"
+#include "FormProcessor.h"
+#include "NoteStore.h"
+#include "NotesService.h"
+#include "OrderProcessor.h"
+#include "PageProcessor.h"
+#include "SessionIdentifier.h"
+#include "SessionProcessor.h"
+#include "StopSignals.h"
+#include "UploadProcessor.h"
+#include "fcgi/BwaFcgiListener.h"
+#include "services/BwaDispatcherFcgiService.h"
+#include "services/BwaStandardFcgiService.h"
+#include "sessions/BwaWebSessionManager.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <iostream>
+#include <stdexcept>
+
+#include <sys/stat.h>
+
+namespace {
+
+struct Options {
+    QString socket;
+    QString database;
+    QString files;
+    SessionLifetimes lifetimes;
+};
+
+Options parseCommandLine(const QCoreApplication& application)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Serves the API of the demonstration, under the script name /api, over FastCGI."));
+    parser.addHelpOption();
+    const QCommandLineOption socket(QStringLiteral("socket"),
+                                    QStringLiteral("The Unix socket for the front server."),
+                                    QStringLiteral("path"));
+    const QCommandLineOption database(QStringLiteral("database"),
+                                      QStringLiteral("The file that keeps accounts and notes."),
+                                      QStringLiteral("path"));
+    const QCommandLineOption files(
+        QStringLiteral("files"), QStringLiteral("The folder that the front server may send from."),
+        QStringLiteral("path"));
+    const QCommandLineOption tokenLifetime(QStringLiteral("token-lifetime"),
+                                           QStringLiteral("Until a token expires; 10 minutes."),
+                                           QStringLiteral("ms"), QStringLiteral("600000"));
+    const QCommandLineOption removalDelay(
+        QStringLiteral("removal-delay"),
+        QStringLiteral("From then to the session's end; 1 minute."), QStringLiteral("ms"),
+        QStringLiteral("60000"));
+    parser.addOptions({socket, database, files, tokenLifetime, removalDelay});
+    parser.process(application);
+    if (!parser.isSet(socket) || !parser.isSet(database) || !parser.isSet(files)) {
+        parser.showHelp(2);
+    }
+    return {parser.value(socket),
+            parser.value(database),
+            parser.value(files),
+            {parser.value(tokenLifetime).toInt(), parser.value(removalDelay).toInt()}};
+}
+
+// The tree of the API; the root owns what is added to it.
+void addOpenServices(BwaDispatcherFcgiService& root, const QString& files)
+{
+    const auto add = [&root](const char* name, BwaAbstractFcgiRequestProcessor* processor) {
+        root.addService(QString::fromLatin1(name), new BwaStandardFcgiService(processor));
+    };
+    add("echo", new EchoProcessor(nullptr));
+    add("form", new FormProcessor(nullptr));
+    add("upload", new UploadProcessor(nullptr));
+    add("order", new OrderProcessor(nullptr));
+    add("file", new FileProcessor(files));
+    add("page", new PageProcessor(nullptr));
+    add("failure", new FailingProcessor(nullptr));
+}
+
+int serve(QCoreApplication& application, const Options& options)
+{
+    StopSignals stopSignals;
+    umask(
+        0117); // socket and database are for the user and the group, which the front server shares
+
+    Database database(options.database);
+    const Accounts accounts(database);
+    NoteStore notes(database);
+    BwaWebSessionManager sessions;
+    SessionIdentifier identifier(&sessions);
+
+    BwaDispatcherFcgiService root;
+    addOpenServices(root, options.files);
+    root.addService(QStringLiteral("session"),
+                    new BwaStandardFcgiService(new SessionProcessor(&identifier, &sessions,
+                                                                    &accounts, options.lifetimes)));
+    root.addService(QStringLiteral("notes"), new NotesService(&identifier, &notes));
+
+    BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
+    QObject::connect(&listener, &BwaFcgiListener::listeningError, &application, [&options] {
+        std::cerr << "cannot listen on " << qPrintable(options.socket) << std::endl;
+        QCoreApplication::exit(1);
+    });
+    listener.listen(options.socket);
+    return application.exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    const Options options = parseCommandLine(application);
+    try {
+        return serve(application, options);
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << std::endl;
+        return 1;
+    }
+}
