@@ -76,7 +76,7 @@ bool BwaCgiRequest::processBodyContent()
 QByteArray BwaCgiRequest::readFromBody(unsigned int size)
 {
     const unsigned int remaining = m_environment.contentLength() - m_bodyBytesRead;
-    const QByteArray bytes = m_input->read(std::min(size, remaining));
+    QByteArray bytes = m_input->read(std::min(size, remaining));
     m_bodyBytesRead += static_cast<unsigned int>(bytes.size());
     return bytes;
 }
@@ -84,7 +84,7 @@ QByteArray BwaCgiRequest::readFromBody(unsigned int size)
 QByteArray BwaCgiRequest::readWholeBody(bool* complete)
 {
     const unsigned int length = m_environment.contentLength();
-    const QByteArray bytes = readFromBody(length - m_bodyBytesRead);
+    QByteArray bytes = readFromBody(length - m_bodyBytesRead);
     *complete = static_cast<unsigned int>(bytes.size()) == length;
     return bytes;
 }

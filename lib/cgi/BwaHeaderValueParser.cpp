@@ -45,7 +45,7 @@ QString BwaHeaderValueParser::takeParameterValue()
 {
     if (m_position < m_text.size() && m_text.at(m_position) == QLatin1Char('"')) {
         ++m_position;
-        const QString value = takeQuotedString();
+        QString value = takeQuotedString();
         takeUntil(";,"); // whatever stands behind the closing quote is ignored
         return value;
     }

@@ -62,7 +62,8 @@ void finishAndDelete(FCGX_Request* request)
 
 } // namespace
 
-BwaFcgiListener::BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*> services, QObject* parent)
+BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& services,
+                                 QObject* parent)
     : QObject(parent)
     , m_services(services)
     , m_stopping(false)
@@ -94,7 +95,7 @@ void BwaFcgiListener::listen(quint16 listeningPort)
     }
 }
 
-void BwaFcgiListener::listen(QString unixSocket)
+void BwaFcgiListener::listen(const QString& unixSocket)
 {
     if (startThread()) {
         Q_EMIT startListening(unixSocket);

@@ -30,7 +30,7 @@ public:
      * @param services the root service of each script name (SCRIPT_NAME, compared exactly); not
      *        owned, they must outlive the listener
      */
-    explicit BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*> services,
+    explicit BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& services,
                              QObject* parent = nullptr);
     /**
      * Ends listening, waits for the accepting thread, and drops the requests that have been
@@ -43,7 +43,7 @@ Q_SIGNALS:
     /** For the accepting thread only. */
     void startListening(quint16 listeningPort = 0);
     /** For the accepting thread only. */
-    void startListening(QString unixSocket);
+    void startListening(const QString& unixSocket);
     /**
      * Listening could not start or has ended by itself. The thread is about to end; listen() may be
      * called again once it has, for example from a timer.
@@ -63,7 +63,7 @@ public Q_SLOTS:
      * Listens on the Unix socket of that path, which is replaced if it exists, or on the TCP
      * address "host:port". A null text means descriptor 0.
      */
-    void listen(QString unixSocket);
+    void listen(const QString& unixSocket);
 
 private Q_SLOTS:
     void newRequest(FCGX_Request* request);

@@ -77,7 +77,7 @@ void BwaFcgiListenerThread::listen(quint16 listeningPort)
     internalListen(QString::fromLatin1(":%d").arg(listeningPort));
 }
 
-void BwaFcgiListenerThread::listen(QString unixSocket)
+void BwaFcgiListenerThread::listen(const QString& unixSocket)
 {
     internalListen(unixSocket);
 }

@@ -43,7 +43,7 @@ public Q_SLOTS:
     /** Settled: a port other than 0 listens on a Unix socket named ":%d". 0: on descriptor 0. */
     void listen(quint16 listeningPort = 0);
     /** An address as FCGX_OpenSocket() takes it; null: descriptor 0. */
-    void listen(QString unixSocket);
+    void listen(const QString& unixSocket);
 
 private:
     void internalListen(const QString& address);

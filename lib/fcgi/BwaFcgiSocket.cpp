@@ -85,8 +85,9 @@ int openFcgiSocket(const QByteArray& address, int backlog)
     // The address ends at a NUL for libfcgi, so it does here.
     const QByteArray text(address.constData());
     const int colon = text.indexOf(':');
-    const int port = colon < 0 ? 0 : std::atoi(text.constData() + colon + 1);
-    const bool isPort = static_cast<short>(port) != 0;
+    const int port =
+        colon < 0 ? 0 : std::atoi(text.constData() + colon + 1); // NOLINT(cert-err34-c)
+    const bool isPort = static_cast<short>(port) != 0;           // decided as libfcgi does
     const bool canOpen = text.size() <= longestAddress &&
         (isPort ? canListenOnPort(text.left(colon), port) : canListenOnPath(text));
     return canOpen ? FCGX_OpenSocket(text.constData(), backlog) : -1;

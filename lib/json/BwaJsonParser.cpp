@@ -11,7 +11,7 @@
 
 namespace {
 
-const std::size_t largestKeptCapacity = 1024 * 1024; // bytes of text that a kept parser can take
+const std::size_t largestKeptCapacity = 1 << 20; // bytes of text that a kept parser can take
 
 // QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
 QString stringOf(std::string_view text)
@@ -24,36 +24,49 @@ QString stringOf(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
-// As deep as the parser lets a text be nested.
-QVariant variantOf(simdjson::dom::element element) // NOLINT(misc-no-recursion)
+QVariant variantOf(simdjson::dom::element element);
+
+QVariantMap mapOf(simdjson::dom::object object)
+{
+    QVariantMap map;
+    for (const simdjson::dom::key_value_pair field : object) {
+        map.insert(stringOf(field.key), variantOf(field.value));
+    }
+    return map;
+}
+
+QVariantList listOf(simdjson::dom::array array)
+{
+    QVariantList list;
+    for (const simdjson::dom::element item : array) {
+        list.append(variantOf(item));
+    }
+    return list;
+}
+
+QVariant integerOf(qlonglong number)
+{
+    return number < 0 ? QVariant(number) : QVariant(static_cast<qulonglong>(number));
+}
+
+// Calls itself as deep as the parser lets a text be nested.
+QVariant variantOf(simdjson::dom::element element)
 {
     switch (element.type()) {
-    case simdjson::dom::element_type::OBJECT: {
-        QVariantMap map;
-        for (const auto& field : simdjson::dom::object(element)) {
-            map.insert(stringOf(field.key), variantOf(field.value));
-        }
-        return map;
-    }
-    case simdjson::dom::element_type::ARRAY: {
-        QVariantList list;
-        for (const simdjson::dom::element item : simdjson::dom::array(element)) {
-            list.append(variantOf(item));
-        }
-        return list;
-    }
+    case simdjson::dom::element_type::OBJECT:
+        return mapOf(element.get_object().value_unsafe());
+    case simdjson::dom::element_type::ARRAY:
+        return listOf(element.get_array().value_unsafe());
     case simdjson::dom::element_type::STRING:
-        return stringOf(element);
-    case simdjson::dom::element_type::INT64: {
-        const qlonglong number = std::int64_t(element);
-        return number < 0 ? QVariant(number) : QVariant(static_cast<qulonglong>(number));
-    }
+        return stringOf(element.get_string().value_unsafe());
+    case simdjson::dom::element_type::INT64:
+        return integerOf(element.get_int64().value_unsafe());
     case simdjson::dom::element_type::UINT64:
-        return static_cast<qulonglong>(std::uint64_t(element));
+        return static_cast<qulonglong>(element.get_uint64().value_unsafe());
     case simdjson::dom::element_type::DOUBLE:
-        return double(element);
+        return element.get_double().value_unsafe();
     case simdjson::dom::element_type::BOOL:
-        return bool(element);
+        return element.get_bool().value_unsafe();
     case simdjson::dom::element_type::NULL_VALUE:
         break;
     }
@@ -71,7 +84,7 @@ QVariant BwaJsonParser::parse(const QByteArray& text, bool* ok)
     const auto error =
         parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
     *ok = !error;
-    const QVariant value = error ? QVariant() : variantOf(root);
+    QVariant value = error ? QVariant() : variantOf(root);
     if (parser.capacity() > largestKeptCapacity) {
         parser = simdjson::dom::parser();
     }

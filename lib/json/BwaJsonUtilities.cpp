@@ -188,6 +188,7 @@ bool BwaJsonUtilities::isNullValue(const QVariantMap& object, const QString& key
     return member != object.constEnd() && member.value().isNull();
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type takes no parentheses
 #define BWA_JSON_EXTRACTOR(name, Type, extract)                                                    \
     bool BwaJsonUtilities::name(const QVariant& value, Type& out)                                  \
     {                                                                                              \
@@ -202,6 +203,7 @@ bool BwaJsonUtilities::isNullValue(const QVariantMap& object, const QString& key
     {                                                                                              \
         return extractMember<Type>(extract, object, key, out, &defaultValue);                      \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 BWA_JSON_EXTRACTOR(integerValue, unsigned char, extractInteger)
 BWA_JSON_EXTRACTOR(integerValue, signed char, extractInteger)

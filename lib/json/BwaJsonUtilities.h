@@ -11,11 +11,13 @@
 #include <QVariant>
 
 // The three forms of an extractor for one target type.
+// NOLINTBEGIN(bugprone-macro-parentheses): a type takes no parentheses
 #define BWA_JSON_EXTRACTOR(name, Type)                                                             \
     static bool name(const QVariant& value, Type& out);                                            \
     static bool name(const QVariantMap& object, const QString& key, Type& out);                    \
     static bool name(const QVariantMap& object, const QString& key, Type& out,                     \
                      const Type& defaultValue);
+// NOLINTEND(bugprone-macro-parentheses)
 
 /**
  * Reads typed, range-checked values from a JSON body.

@@ -17,7 +17,8 @@ class BwaWebSessionManager;
 class BWA_EXPORT BwaSessionTokenFcgiSessionIdentifier : public BwaAbstractFcgiSessionIdentifier
 {
 public:
-    static const QString S_AUTHENTICATION_SCHEME_NAME; /**< "SESSION-TOKEN". */
+    /** "SESSION-TOKEN". */
+    static const QString S_AUTHENTICATION_SCHEME_NAME; // NOLINT(readability-identifier-naming)
 
     /** @a manager must outlive this; @a realm is announced in the challenge. */
     BwaSessionTokenFcgiSessionIdentifier(const BwaWebSessionManager* manager, const QString& realm);

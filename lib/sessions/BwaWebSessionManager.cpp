@@ -53,7 +53,7 @@ void BwaWebSessionManager::removeSession(QUuid sessionId)
     }
 }
 
-void BwaWebSessionManager::removeSessions(QString username)
+void BwaWebSessionManager::removeSessions(const QString& username)
 {
     removeAll(sessions(username));
 }

@@ -51,7 +51,7 @@ public Q_SLOTS:
     /** Removes a session; an unknown id is ignored. */
     void removeSession(QUuid sessionId);
     /** Removes all sessions of a user. */
-    void removeSessions(QString username);
+    void removeSessions(const QString& username);
     /** Removes all sessions. */
     void removeSessions();
 
