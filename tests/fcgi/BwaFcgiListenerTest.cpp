@@ -1,0 +1,480 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "fcgi/BwaFcgiListener.h"
+
+#include "BwaStringStreaming.h"
+#include "ErrorPage.h"
+#include "ListenerFixture.h"
+#include "cgi/BwaCgiRequest.h"
+#include "support/QtPrinters.h"
+
+#include <QFile>
+#include <QMetaMethod>
+#include <QPointer>
+#include <QThread>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+class BwaFcgiListenerServing : public ListenerFixture
+{
+};
+
+struct UnknownScript {
+    const char* name;
+    const char* scriptName;
+    const char* pathInfo;
+};
+
+class BwaFcgiListenerUnknownScript
+    : public ListenerFixture
+    , public testing::WithParamInterface<UnknownScript>
+{
+};
+
+QList<QByteArray> signaturesOf(const QMetaObject& metaObject)
+{
+    QList<QByteArray> signatures;
+    for (int index = metaObject.methodOffset(); index < metaObject.methodCount(); ++index) {
+        signatures.append(metaObject.method(index).methodSignature());
+    }
+    return signatures;
+}
+
+} // namespace
+
+// To Qt, quint16 is ushort.
+TEST(BwaFcgiListenerMetaObject, DeclaresSignalsAndSlotsInOrder)
+{
+    EXPECT_THAT(signaturesOf(BwaFcgiListener::staticMetaObject),
+                ElementsAre("startListening(ushort)", "startListening()", "startListening(QString)",
+                            "listeningError()", "listen(ushort)", "listen()", "listen(QString)",
+                            "newRequest(FCGX_Request*)"));
+}
+
+TEST_F(BwaFcgiListenerServing, HandsARequestToTheServiceOfItsScript)
+{
+    serve("/other", [](BwaFcgiRequest* request) { delete request; });
+    serve("/api", answerPathInfo);
+    start();
+
+    const FcgiReply reply = replyTo(apiRequest("/users/3"));
+
+    EXPECT_EQ(reply.out, QByteArray("/users/3"));
+    EXPECT_EQ(reply.err, QByteArray());
+    EXPECT_TRUE(reply.ended);
+    EXPECT_EQ(reply.protocolStatus, 0);
+}
+
+TEST_F(BwaFcgiListenerServing, GivenNoScriptNameFindsTheServiceOfTheEmptyName)
+{
+    serve("", answerPathInfo);
+    start();
+
+    EXPECT_EQ(replyTo({{"PATH_INFO", "/x"}, {"A", "b"}}).out, QByteArray("/x"));
+}
+
+TEST_F(BwaFcgiListenerServing, GivesTheServiceTheBody)
+{
+    serve("/api", [](BwaFcgiRequest* request) {
+        request->cgiRequest()->processBodyContent();
+        request->out() << request->cgiRequest()->body().constData();
+        delete request;
+    });
+    start();
+
+    const FcgiReply reply = replyTo(
+        {{"SCRIPT_NAME", "/api"}, {"CONTENT_TYPE", "text/plain"}, {"CONTENT_LENGTH", "4"}}, "body");
+
+    EXPECT_EQ(reply.out, QByteArray("body"));
+}
+
+TEST_F(BwaFcgiListenerServing, AnswersInTheOrderOfAcceptance)
+{
+    QByteArray order;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        order += request->cgiRequest()->environment().pathInfo().toLatin1();
+        answerPathInfo(request);
+    });
+    start();
+    std::vector<std::unique_ptr<FcgiClient>> clients;
+
+    for (int number = 0; number < 20; ++number) {
+        clients.push_back(std::make_unique<FcgiClient>(path()));
+        clients.back()->sendRequest(apiRequest(QByteArray(1, static_cast<char>('a' + number))));
+        clients.back()->shutDownSending();
+    }
+
+    for (int number = 0; number < 20; ++number) {
+        EXPECT_EQ(replyTo(*clients[static_cast<size_t>(number)]).out,
+                  QByteArray(1, static_cast<char>('a' + number)));
+    }
+    EXPECT_EQ(order, QByteArray("abcdefghijklmnopqrst"));
+}
+
+TEST_F(BwaFcgiListenerServing, RunsServicesInItsOwnThread)
+{
+    QThread* thread = nullptr;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        thread = QThread::currentThread();
+        delete request;
+    });
+    start();
+
+    replyTo(apiRequest());
+
+    EXPECT_EQ(thread, QThread::currentThread());
+}
+
+TEST_F(BwaFcgiListenerServing, WhileAServiceRunsAcceptsTheNextConnection)
+{
+    std::unique_ptr<FcgiClient> second;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        if (!second) {
+            const int before = openDescriptors();
+            second = std::make_unique<FcgiClient>(path());
+            second->sendRequest(apiRequest("/second"));
+            second->shutDownSending();
+            waitUntil([&] { return openDescriptors() == before + 2; });
+        }
+        answerPathInfo(request);
+    });
+    start();
+
+    EXPECT_EQ(replyTo(apiRequest("/first")).out, QByteArray("/first"));
+    EXPECT_EQ(replyTo(*second).out, QByteArray("/second"));
+}
+
+TEST_F(BwaFcgiListenerServing, WhenTheServiceAnswersLaterTouchesTheRequestNoMore)
+{
+    serve("/api", [](BwaFcgiRequest* request) {
+        QTimer::singleShot(1, [request] { answerPathInfo(request); });
+    });
+    start();
+
+    EXPECT_EQ(replyTo(apiRequest("/later")).out, QByteArray("/later"));
+}
+
+TEST_F(BwaFcgiListenerServing, WhenListeningAlreadyIgnoresOtherAddresses)
+{
+    const QByteArray other = folder().toLatin1() + "/other";
+    serve("/api", answerPathInfo);
+    start();
+
+    listener().listen(QString::fromLatin1(other));
+    listener().listen(9000);
+    listener().listen();
+
+    EXPECT_EQ(replyTo(apiRequest("/x")).out, QByteArray("/x"));
+    EXPECT_FALSE(QFile::exists(QString::fromLatin1(other)));
+    EXPECT_EQ(listeningErrors, 0);
+}
+
+TEST_F(BwaFcgiListenerServing, NamesItsThread)
+{
+    serve("/api", answerPathInfo);
+    EXPECT_THAT(threadNames(), Not(Contains("BwaFcgiListener")));
+
+    start();
+    replyTo(apiRequest());
+
+    // The system keeps 15 characters of "BwaFcgiListener's thread".
+    EXPECT_THAT(threadNames(), Contains("BwaFcgiListener"));
+}
+
+TEST_F(BwaFcgiListenerServing, WhenDestroyedLeavesTheServicesAlone)
+{
+    const QPointer<FunctionService> service(serve("/api", answerPathInfo));
+    start();
+    replyTo(apiRequest());
+
+    destroyListener();
+
+    EXPECT_FALSE(service.isNull());
+}
+
+TEST_F(BwaFcgiListenerServing, WhenTheFrontServerKeepsConnectionsClosesEachAfterTheReply)
+{
+    serve("/api", answerPathInfo);
+    start();
+    replyTo(apiRequest());
+    const int before = openDescriptors();
+
+    for (const char* pathInfo : {"/first", "/second"}) {
+        FcgiClient client(path());
+        client.send(FcgiClient::requestBytes(apiRequest(pathInfo), QByteArray(), true));
+
+        EXPECT_EQ(replyTo(client).out, QByteArray(pathInfo));
+        EXPECT_TRUE(client.isClosedByPeer());
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(BwaFcgiListenerServing, WhenTheClientGoesBeforeTheReplyServesTheNextOne)
+{
+    serve("/api", [](BwaFcgiRequest* request) {
+        for (int line = 0; line < 100; ++line) {
+            request->out() << "a long reply" << std::endl;
+        }
+        answerPathInfo(request);
+    });
+    start();
+    FcgiClient client(path());
+    client.sendRequest(apiRequest("/gone"), QByteArray(5000, 'x'));
+    client.abort();
+
+    const FcgiReply reply = replyTo(apiRequest("/next"));
+
+    EXPECT_TRUE(reply.out.endsWith("a long reply\n/next"));
+}
+
+// Unknown scripts
+
+TEST_P(BwaFcgiListenerUnknownScript, IsLoggedAndAnsweredWithNotFound)
+{
+    serve("/api", answerPathInfo);
+    start();
+    FcgiClient client(path());
+    client.sendRequest(
+        {{"SCRIPT_NAME", GetParam().scriptName}, {"PATH_INFO", GetParam().pathInfo}});
+    client.shutDownSending();
+
+    const FcgiReply reply = replyTo(client);
+
+    EXPECT_EQ(reply.err,
+              QByteArray("Error in the FastCGI listener: Cannot find a Web service to handle a "
+                         "request to script \"") +
+                  GetParam().scriptName + "\" with path info \"" + GetParam().pathInfo + "\"");
+    EXPECT_EQ(reply.out, errorPage("404 Not Found"));
+    EXPECT_TRUE(reply.ended);
+    EXPECT_EQ(reply.protocolStatus, 0);
+    EXPECT_TRUE(client.isClosedByPeer());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BwaFcgiListenerUnknownScript,
+                         testing::Values(UnknownScript{"Other", "/other", "/users/3"},
+                                         UnknownScript{"OtherCase", "/API", "/users/3"},
+                                         UnknownScript{"Prefix", "/ap", "i"},
+                                         UnknownScript{"Longer", "/api/", ""},
+                                         UnknownScript{"Empty", "", "/api"},
+                                         UnknownScript{"Markers", "/%2%1", "/%1%2%3"},
+                                         UnknownScript{"Latin1", "/caf\xe9", "/\xff"}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(BwaFcgiListenerServing, GivenNoServicesAtAllAnswersNotFound)
+{
+    start();
+
+    EXPECT_EQ(replyTo(apiRequest()).out, errorPage("404 Not Found"));
+}
+
+// Exceptions
+
+namespace {
+
+QList<QByteArray>* debugMessages = nullptr;
+QList<BwaFcgiRequest*> leftByServices; // never deleted: only a service could, and it has thrown
+
+void collectDebugMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtDebugMsg && debugMessages) {
+        debugMessages->append(message.toLatin1());
+    }
+}
+
+class BwaFcgiListenerException : public ListenerFixture
+{
+protected:
+    BwaFcgiListenerException()
+    {
+        debugMessages = &messages;
+        qInstallMessageHandler(collectDebugMessage);
+    }
+
+    ~BwaFcgiListenerException() override
+    {
+        qInstallMessageHandler(nullptr);
+        debugMessages = nullptr;
+    }
+
+    // Serves a request with a service that throws that text, without and after deleting it.
+    FcgiReply replyOfServiceThatLeaves(const std::string& what)
+    {
+        serve("/api", [what](BwaFcgiRequest* request) {
+            leftByServices.append(request);
+            request->out() << "so far";
+            throw std::runtime_error(what);
+        });
+        start();
+        return replyTo(apiRequest());
+    }
+
+    FcgiReply replyOfServiceThatDeletes(const std::string& what)
+    {
+        serve("/api", [what](BwaFcgiRequest* request) {
+            request->out() << "all";
+            delete request;
+            throw std::runtime_error(what);
+        });
+        start();
+        return replyTo(apiRequest());
+    }
+
+    QList<QByteArray> messages;
+};
+
+} // namespace
+
+TEST_F(BwaFcgiListenerException, IsLoggedAndFinishesTheRequest)
+{
+    const FcgiReply reply = replyOfServiceThatLeaves("out of paper");
+
+    EXPECT_THAT(messages,
+                ElementsAre("An exception occurs while processing a FastCGI request: "
+                            "out of paper"));
+    EXPECT_EQ(reply.out, QByteArray("so far"));
+    EXPECT_EQ(reply.err, QByteArray());
+    EXPECT_TRUE(reply.ended);
+}
+
+TEST_F(BwaFcgiListenerException, GivenRequestWasDeletedIsLoggedOnly)
+{
+    const FcgiReply reply = replyOfServiceThatDeletes("out of paper");
+
+    EXPECT_THAT(messages,
+                ElementsAre("An exception occurs while processing a FastCGI request: "
+                            "out of paper"));
+    EXPECT_EQ(reply.out, QByteArray("all"));
+    EXPECT_TRUE(reply.ended);
+}
+
+TEST_F(BwaFcgiListenerException, GivenRequestWasDeletedServesTheNextOne)
+{
+    replyOfServiceThatDeletes("out of paper");
+
+    EXPECT_EQ(replyTo(apiRequest()).out, QByteArray("all"));
+}
+
+TEST_F(BwaFcgiListenerException, ServesTheNextRequest)
+{
+    replyOfServiceThatLeaves("out of paper");
+
+    EXPECT_EQ(replyTo(apiRequest()).out, QByteArray("so far"));
+    EXPECT_EQ(messages.size(), 2);
+}
+
+TEST_F(BwaFcgiListenerException, LogsMarkersAndLatin1TextAsTheyStand)
+{
+    replyOfServiceThatDeletes("100 %s %1 caf\xe9");
+
+    EXPECT_THAT(messages,
+                ElementsAre("An exception occurs while processing a FastCGI request: "
+                            "100 %s %1 caf\xe9"));
+}
+
+TEST_F(BwaFcgiListenerException, WhenTheFrontServerKeepsConnectionsClosesTheConnection)
+{
+    serve("/api", [](BwaFcgiRequest* request) {
+        leftByServices.append(request);
+        throw std::runtime_error("out of paper");
+    });
+    start();
+    FcgiClient client(path());
+    client.send(FcgiClient::requestBytes(apiRequest(), QByteArray(), true));
+
+    const FcgiReply reply = replyTo(client);
+
+    EXPECT_TRUE(reply.ended);
+    EXPECT_TRUE(client.isClosedByPeer());
+}
+
+// Lingering close
+
+TEST_F(BwaFcgiListenerServing, WhenAClientStaysConnectedWaitsForItNoLongerThanAMoment)
+{
+    qint64 milliseconds = -1;
+    unsetenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT");
+    serve("/api",
+          [&](BwaFcgiRequest* request) { milliseconds = millisecondsOf([&] { delete request; }); });
+    start();
+    FcgiClient client(path());
+    client.sendRequest(apiRequest());
+
+    EXPECT_TRUE(replyTo(client).ended);
+    EXPECT_GE(milliseconds, 150);  // 200 are meant
+    EXPECT_LT(milliseconds, 1000); // libfcgi itself waits 2000
+}
+
+TEST_F(BwaFcgiListenerServing, WhenTheEnvironmentSaysHowLongWaitsAsLong)
+{
+    qint64 milliseconds = -1;
+    setenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT", "1200", 1);
+    serve("/api",
+          [&](BwaFcgiRequest* request) { milliseconds = millisecondsOf([&] { delete request; }); });
+    start();
+    FcgiClient client(path());
+    client.sendRequest(apiRequest());
+
+    EXPECT_TRUE(replyTo(client).ended);
+    EXPECT_GE(milliseconds, 1100);
+    EXPECT_LT(milliseconds, 1800);
+}
+
+// Signals of the process
+
+namespace {
+
+void ignoreSignal(int)
+{
+}
+
+struct Disposition {
+    const char* name;
+    int signal;
+    void (*handler)(int);
+};
+
+class BwaFcgiListenerSignalDisposition
+    : public ListenerFixture
+    , public testing::WithParamInterface<Disposition>
+{
+};
+
+} // namespace
+
+TEST_P(BwaFcgiListenerSignalDisposition, StaysAsItWas)
+{
+    struct sigaction before = {};
+    before.sa_handler = GetParam().handler;
+    before.sa_flags = SA_RESTART;
+    sigaction(GetParam().signal, &before, nullptr);
+    serve("/api", answerPathInfo);
+
+    start();
+    replyTo(apiRequest());
+
+    struct sigaction after = {};
+    sigaction(GetParam().signal, nullptr, &after);
+    EXPECT_EQ(after.sa_handler, GetParam().handler);
+    EXPECT_EQ(after.sa_flags & SA_RESTART, SA_RESTART);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BwaFcgiListenerSignalDisposition,
+                         testing::Values(Disposition{"TermDefault", SIGTERM, SIG_DFL},
+                                         Disposition{"TermIgnored", SIGTERM, SIG_IGN},
+                                         Disposition{"TermHandled", SIGTERM, ignoreSignal},
+                                         Disposition{"User1Default", SIGUSR1, SIG_DFL},
+                                         Disposition{"User1Ignored", SIGUSR1, SIG_IGN},
+                                         Disposition{"User1Handled", SIGUSR1, ignoreSignal}),
+                         [](const auto& info) { return std::string(info.param.name); });

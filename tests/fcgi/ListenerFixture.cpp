@@ -1,0 +1,191 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "ListenerFixture.h"
+
+#include "BwaStringStreaming.h"
+#include "cgi/BwaCgiRequest.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QTimer>
+
+#include <csignal>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+const int patience = 10000; // milliseconds
+
+bool hasInput(int descriptor)
+{
+    pollfd entry = {descriptor, POLLIN, 0};
+    return poll(&entry, 1, 0) == 1;
+}
+
+extern "C" void endProcess(int)
+{
+    static const char text[] = "An operation did not return in time.\n";
+    const ssize_t written = write(STDERR_FILENO, text, sizeof(text) - 1);
+    _exit(written < 0 ? 3 : 2);
+}
+
+} // namespace
+
+Watchdog::Watchdog(unsigned int seconds)
+{
+    signal(SIGALRM, endProcess);
+    alarm(seconds);
+}
+
+Watchdog::~Watchdog()
+{
+    alarm(0);
+}
+
+void runEventLoopUntil(const std::function<bool()>& condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    QTimer tick;
+    tick.start(1);
+    while (!condition()) {
+        if (timer.elapsed() > patience) {
+            ADD_FAILURE() << "what was waited for in the event loop has not come";
+            return;
+        }
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+void waitUntil(const std::function<bool()>& condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > patience) {
+            ADD_FAILURE() << "what was waited for has not come";
+            return;
+        }
+        poll(nullptr, 0, 1); // until the next look, 1 ms
+    }
+}
+
+int openDescriptors()
+{
+    const QDir folder(QStringLiteral("/proc/self/fd"));
+    return folder.entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+QList<QByteArray> threadNames()
+{
+    QList<QByteArray> names;
+    const QDir folder(QStringLiteral("/proc/self/task"));
+    const QStringList tasks = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& task : tasks) {
+        QFile name(folder.filePath(task + QLatin1String("/comm")));
+        if (name.open(QIODevice::ReadOnly)) {
+            names.append(name.readAll().trimmed());
+        }
+    }
+    return names;
+}
+
+quint16 freePort()
+{
+    const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    close(descriptor);
+    return ntohs(address.sin_port);
+}
+
+QString loopbackAddress(quint16 port)
+{
+    return QLatin1String("127.0.0.1:") + QString::number(port);
+}
+
+qint64 millisecondsOf(const std::function<void()>& work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return timer.elapsed();
+}
+
+ListenerFixture::ListenerFixture()
+    : m_application(m_argumentCount, m_arguments)
+{
+}
+
+ListenerFixture::~ListenerFixture()
+{
+    const Watchdog watchdog(10);
+    destroyListener();
+}
+
+FunctionService* ListenerFixture::serve(const char* scriptName,
+                                        const FunctionService::Answer& answer)
+{
+    m_ownedServices.push_back(std::make_unique<FunctionService>(answer));
+    m_services.insert(QString::fromLatin1(scriptName), m_ownedServices.back().get());
+    return m_ownedServices.back().get();
+}
+
+BwaFcgiListener& ListenerFixture::listener()
+{
+    if (!m_listener) {
+        m_listener = std::make_unique<BwaFcgiListener>(m_services);
+        QObject::connect(m_listener.get(), &BwaFcgiListener::listeningError,
+                         [this] { ++listeningErrors; });
+    }
+    return *m_listener;
+}
+
+void ListenerFixture::start()
+{
+    listener().listen(QString::fromLatin1(path()));
+}
+
+quint16 ListenerFixture::startOnPort()
+{
+    const quint16 port = freePort();
+    listener().listen(loopbackAddress(port));
+    return port;
+}
+
+FcgiReply ListenerFixture::replyTo(FcgiClient& client)
+{
+    runEventLoopUntil([&] { return hasInput(client.descriptor()); });
+    return client.readReply();
+}
+
+FcgiReply ListenerFixture::replyTo(const FcgiParameters& parameters, const QByteArray& body)
+{
+    FcgiClient client(path());
+    client.sendRequest(parameters, body);
+    client.shutDownSending();
+    return replyTo(client);
+}
+
+void answerPathInfo(BwaFcgiRequest* request)
+{
+    request->out() << request->cgiRequest()->environment().pathInfo();
+    delete request;
+}
+
+FcgiParameters apiRequest(const QByteArray& pathInfo)
+{
+    return {{"SCRIPT_NAME", "/api"}, {"PATH_INFO", pathInfo}};
+}

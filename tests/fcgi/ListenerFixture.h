@@ -1,0 +1,116 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef LISTENERFIXTURE_H
+#define LISTENERFIXTURE_H
+
+#include "fcgi/BwaFcgiListener.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "services/BwaAbstractFcgiService.h"
+#include "support/FcgiClient.h"
+
+#include <QCoreApplication>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+/** A service that a function of the test answers for. */
+class FunctionService : public BwaAbstractFcgiService
+{
+public:
+    using Answer = std::function<void(BwaFcgiRequest*)>;
+
+    explicit FunctionService(Answer answer)
+        : m_answer(std::move(answer))
+    {
+    }
+
+    void processRequest(BwaFcgiRequest* request) override { m_answer(request); }
+
+private:
+    Answer m_answer;
+};
+
+/**
+ * Ends the process when it is not destroyed in time: what is watched would else block for ever.
+ */
+class Watchdog
+{
+public:
+    explicit Watchdog(unsigned int seconds);
+    Watchdog(const Watchdog&) = delete;
+    Watchdog& operator=(const Watchdog&) = delete;
+    ~Watchdog();
+};
+
+/** Runs the event loop of this thread until @a condition holds; a failure after 10 s. */
+void runEventLoopUntil(const std::function<bool()>& condition);
+/** Waits, without an event loop, until @a condition holds; a failure after 10 s. */
+void waitUntil(const std::function<bool()>& condition);
+/** How many descriptors the process has open. */
+int openDescriptors();
+/** The names that the system shows for the threads of this process. */
+QList<QByteArray> threadNames();
+/** A TCP port of 127.0.0.1 that nobody listens on. */
+quint16 freePort();
+/** The address of 127.0.0.1 at @a port. */
+QString loopbackAddress(quint16 port);
+/** Milliseconds that @a work takes. */
+qint64 millisecondsOf(const std::function<void()>& work);
+
+/**
+ * A listener on a Unix socket of its own, in the thread of the test.
+ *
+ * Stopping a listener shuts the FastCGI library of the process down for good, so these tests need
+ * a process each, which CTest gives them.
+ */
+class ListenerFixture : public testing::Test
+{
+protected:
+    ListenerFixture();
+    ~ListenerFixture() override;
+
+    /** Adds a service, before the listener is first used. */
+    FunctionService* serve(const char* scriptName, const FunctionService::Answer& answer);
+    BwaFcgiListener& listener();
+    /** Listens on path(). */
+    void start();
+    /** Listens on a port of 127.0.0.1, which it returns. */
+    quint16 startOnPort();
+    void destroyListener() { m_listener.reset(); }
+    QByteArray path() const { return m_folder.path().toLatin1() + "/socket"; }
+    QString folder() const { return m_folder.path(); }
+
+    /** Serves until the reply to the whole request that @a client has sent can be read. */
+    FcgiReply replyTo(FcgiClient& client);
+    /** Sends a request to path() and serves until its reply has come. */
+    FcgiReply replyTo(const FcgiParameters& parameters, const QByteArray& body = QByteArray());
+
+    int listeningErrors = 0;
+
+private:
+    int m_argumentCount = 1;
+    char m_programName[6] = "tests";
+    char* m_arguments[2] = {m_programName, nullptr};
+    QCoreApplication m_application;
+    QTemporaryDir m_folder;
+    std::vector<std::unique_ptr<FunctionService>> m_ownedServices;
+    QMap<QString, BwaAbstractFcgiService*> m_services;
+    std::unique_ptr<BwaFcgiListener> m_listener;
+};
+
+/** Answers with the path info. */
+void answerPathInfo(BwaFcgiRequest* request);
+/** A request to /api with that path info. */
+FcgiParameters apiRequest(const QByteArray& pathInfo = QByteArray());
+
+#endif
