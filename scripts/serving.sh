@@ -61,7 +61,7 @@ start_application()
 application_listens()
 {
     kill -0 "$application_pid" 2>/dev/null || return 2
-    [ -S "$work/api.sock" ]
+    grep -q " 00010000 .* $work/api.sock\$" /proc/net/unix # the flag says: listening
 }
 
 front_answers()
@@ -102,8 +102,8 @@ pick_free_port()
 # start_front lighttpd|nginx: on $port, or on a free one when that is empty
 start_front()
 {
-    local attempt given=$port
-    for attempt in 1 2 3 4 5; do
+    local given=$port
+    for _ in 1 2 3 4 5; do
         [ -n "$given" ] || pick_free_port
         "start_$1"
         if await front_answers; then
@@ -144,7 +144,7 @@ start_nginx()
     cat >"$work/nginx.conf" <<CONF
 daemon off;
 master_process off;
-error_log $work/front.log;
+error_log stderr;
 pid $work/nginx/pid;
 events {}
 http {
@@ -178,6 +178,6 @@ http {
     }
 }
 CONF
-    setpriv --pdeathsig TERM nginx -c "$work/nginx.conf" -e "$work/front.log" >>"$work/front.log" 2>&1 &
+    setpriv --pdeathsig TERM nginx -c "$work/nginx.conf" -e stderr >"$work/front.log" 2>&1 &
     front_pid=$!
 }

@@ -36,7 +36,7 @@ check_transcript()
         esac
     done < <(cat "$1" && echo)
     [ $checked -gt 0 ] || fail "$1 holds no command for $server"
-    say "$checked requests behind $server gave the expected answers"
+    say "$checked commands behind $server gave the expected answers"
 }
 
 # Runs $command, compares what it printed with the lines read since, and forgets both.
@@ -45,6 +45,7 @@ replay_command()
     if [ -n "$command" ] && heading_applies; then
         eval "$command" >"$work/printed" 2>&1 </dev/null || true
         # The end of the last line is not compared: most answers have none.
+        # shellcheck disable=SC1003 # sed's way to end the last line
         [ ! -s "$work/printed" ] || sed -i -e '$a\' "$work/printed"
         if ! diff -u --label expected --label answered "$work/expected" "$work/printed" >"$work/difference"; then
             printf '%s\n$ %s\n' "$heading" "$command" | cat - "$work/difference" >&2
