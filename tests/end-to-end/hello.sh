@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: The Brindo Web API authors
+# SPDX-License-Identifier: MIT
+
+# hello.sh HELLO: the example of the README, behind its own lighttpd.conf.
+
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+start_lighttpd()
+{
+    sed "s/^server.port = 8080$/server.port = $port/" "$root/examples/hello/lighttpd.conf" >"$work/lighttpd.conf"
+    grep -q "^server.port = $port$" "$work/lighttpd.conf" || fail "lighttpd.conf has another port"
+    (cd "$work" && exec setpriv --pdeathsig TERM lighttpd -D -f lighttpd.conf) >"$work/front.log" 2>&1 &
+    front_pid=$!
+}
+
+begin_serving
+start_application "$1" "$work/api.sock"
+start_front lighttpd
+api=http://127.0.0.1:$port/api
+
+expect_equal "greeting" '{"greeting":"Hello"} application/json' \
+    "$(curl -s -w '%{content_type}' "$api/greeting" | tr '\n' ' ')"
+expect_equal "sum" '{"sum":3}' "$(curl -s --json '{"a": 1, "b": 2}' "$api/sum")"
+expect_equal "largest sum" '{"sum":4294967294}' \
+    "$(curl -s --json '{"a": 2147483647, "b": 2147483647}' "$api/sum")"
+expect_equal "missing field" 400 "$(status_of --json '{"a": 1}' "$api/sum")"
+expect_equal "no JSON" 400 "$(status_of --json '{"a": 1' "$api/sum")"
+expect_equal "empty body" 400 "$(status_of --json '' "$api/sum")"
+expect_equal "other media type" 415 "$(status_of -d 'a=1' "$api/sum")"
+expect_equal "other method" 405 "$(status_of "$api/sum")"
+expect_equal "unknown path" 404 "$(status_of "$api/other")"
+
+# SIGTERM ends an application that does nothing about it.
+stop_application && status=0 || status=$?
+expect_equal "status after SIGTERM" 143 "$status"

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: The Brindo Web API authors
+# SPDX-License-Identifier: MIT
+
+# transcript.sh SHOWCASE SERVER: every request of the showcase's transcript, behind that server.
+
+# shellcheck source-path=SCRIPTDIR source=common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+begin_serving
+start_showcase "$1"
+start_front "$2"
+
+check_transcript "$root/examples/showcase/transcript.txt" "http://127.0.0.1:$port/api" "$2"
+
+stop_application || fail "the application ended with status $?"
