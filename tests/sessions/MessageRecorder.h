@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef MESSAGERECORDER_H
+#define MESSAGERECORDER_H
+
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QtGlobal>
+
+/** Keeps what Qt would print while it lives. One at a time. */
+class MessageRecorder
+{
+public:
+    MessageRecorder()
+        : m_previous(qInstallMessageHandler(&MessageRecorder::record))
+    {
+        recorded().clear();
+    }
+    MessageRecorder(const MessageRecorder&) = delete;
+    MessageRecorder& operator=(const MessageRecorder&) = delete;
+    ~MessageRecorder() { qInstallMessageHandler(m_previous); }
+
+    QList<QPair<QtMsgType, QString>> messages() const { return recorded(); }
+
+private:
+    static QList<QPair<QtMsgType, QString>>& recorded()
+    {
+        static QList<QPair<QtMsgType, QString>> messages;
+        return messages;
+    }
+
+    static void record(QtMsgType type, const QMessageLogContext& /*context*/,
+                       const QString& message)
+    {
+        recorded().append(qMakePair(type, message));
+    }
+
+    QtMessageHandler m_previous;
+};
+
+#endif
