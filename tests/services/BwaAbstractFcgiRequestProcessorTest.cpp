@@ -3,6 +3,7 @@
 
 #include "services/BwaAbstractFcgiRequestProcessor.h"
 
+#include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "json/JsonDescription.h"
 #include "services/ErrorPage.h"
@@ -83,7 +84,7 @@ const QByteArray mediaTypeMessage =
 
 TEST(ParseServerProtocol, ReadsTheProtocolOfTheRequest)
 {
-    FcgiExchange exchange({{"SERVER_PROTOCOL", "HTTP/1.0"}});
+    FcgiExchange exchange(FcgiParameters{{"SERVER_PROTOCOL", "HTTP/1.0"}});
     const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
     const auto protocol = BwaAbstractFcgiRequestProcessor::parseServerProtocol(request.get());
@@ -107,7 +108,7 @@ TEST(ParseServerProtocol, GivenNoProtocolIsEmpty)
 
 TEST(ParseContentType, ReadsMediaTypeAndParametersAsWritten)
 {
-    FcgiExchange exchange({{"CONTENT_TYPE", "Text/HTML; CharSet=\"UTF-8\"; x = y"}});
+    FcgiExchange exchange(FcgiParameters{{"CONTENT_TYPE", "Text/HTML; CharSet=\"UTF-8\"; x = y"}});
     const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
     const auto contentType = BwaAbstractFcgiRequestProcessor::parseContentType(request.get());

@@ -29,9 +29,14 @@ namespace {
 const QString a = QStringLiteral("a");
 const QString b = QStringLiteral("b");
 
-// Does what the event loop does with objects whose deletion was deferred.
+// Does what the event loop does with objects whose deletion was deferred. Qt delivers nothing
+// without an application.
 void deleteDeferred()
 {
+    char name[] = "test";
+    char* arguments[] = {name, nullptr};
+    int argumentCount = 1;
+    const QCoreApplication application(argumentCount, arguments);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
