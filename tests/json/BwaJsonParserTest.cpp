@@ -216,19 +216,21 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedCase{"OpenArrays100000", std::string(100000, '[')}),
     nameOf);
 
+// Compared outside the expectations, which would print thousands of brackets.
+
 TEST(Parse, Accepts1024NestedArrays)
 {
-    EXPECT_EQ(parsed(nestedArrays(1024, "")), nestedArrays(1024, ""));
+    EXPECT_TRUE(parsed(nestedArrays(1024, "")) == nestedArrays(1024, ""));
 }
 
 TEST(Parse, AcceptsNumberIn1024NestedArrays)
 {
-    EXPECT_EQ(parsed(nestedArrays(1024, "1")), nestedArrays(1024, "qulonglong 1"));
+    EXPECT_TRUE(parsed(nestedArrays(1024, "1")) == nestedArrays(1024, "qulonglong 1"));
 }
 
 TEST(Parse, AcceptsNumberIn1024NestedObjects)
 {
-    EXPECT_NE(parsed(nestedObjects(1024, "1")), "refused");
+    EXPECT_TRUE(parsed(nestedObjects(1024, "1")) != "refused");
 }
 
 TEST(Parse, WhenPreviousTextWasRefusedAcceptsNextOne)

@@ -6,9 +6,18 @@
 
 #include <QVariant>
 
+#include <cstdio>
 #include <string>
 
 inline std::string description(const QVariant& value);
+
+// Tells -0 from 0.
+inline std::string doubleText(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), "%.17g", number);
+    return text;
+}
 
 inline std::string description(const QVariantList& list)
 {
@@ -45,7 +54,7 @@ inline std::string description(const QVariant& value)
     case QVariant::ULongLong:
         return "qulonglong " + std::to_string(value.toULongLong());
     case QVariant::Double:
-        return "double " + QByteArray::number(value.toDouble(), 'g', 17).toStdString();
+        return "double " + doubleText(value.toDouble());
     case QVariant::String:
         return (value.toString().isNull() ? "null string " : "string ") +
             value.toString().toStdString();
