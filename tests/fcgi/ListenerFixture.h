@@ -58,6 +58,10 @@ void runEventLoopUntil(const std::function<bool()>& condition);
 void waitUntil(const std::function<bool()>& condition);
 /** How many descriptors the process has open. */
 int openDescriptors();
+/** How many of them are connections; one between two sockets of the process counts twice. */
+int connectedSockets();
+/** The descriptor of a listening socket of this process; -1 when there is none. */
+int listeningSocket();
 /** The names that the system shows for the threads of this process. */
 QList<QByteArray> threadNames();
 /** A TCP port of 127.0.0.1 that nobody listens on. */

@@ -1,0 +1,316 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "ListenerFixture.h"
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <thread>
+
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// A request that stops in the middle of its parameters.
+QByteArray halfRequest()
+{
+    const QByteArray whole =
+        FcgiClient::requestBytes({{"SCRIPT_NAME", "/api"}, {"A", "0123456789"}});
+    return whole.left(8 + 8 + 8 + 20); // the first record, the header of the second and 20 bytes
+}
+
+class BwaFcgiListenerStopping : public ListenerFixture
+{
+protected:
+    // The descriptors that are open before anything listens are those after it, too.
+    void SetUp() override { m_before = openDescriptors(); }
+
+    // Destroys the listener, which must not take long, and checks that nothing is left of it.
+    void destroyWithin(qint64 milliseconds)
+    {
+        const Watchdog watchdog(20);
+
+        EXPECT_LT(millisecondsOf([this] { destroyListener(); }), milliseconds);
+        // The system shows a thread for a moment after it has ended.
+        waitUntil([] { return !threadNames().contains("BwaFcgiListener"); });
+        QCoreApplication::processEvents();
+        EXPECT_EQ(listeningErrors, 0);
+    }
+
+    int openedDescriptors() const { return openDescriptors() - m_before; }
+
+private:
+    int m_before = 0;
+};
+
+const qint64 atOnce = 1000;   // milliseconds; 100 are promised, the machine may be busy
+const qint64 promised = 3000; // milliseconds, with connections that are stuck
+
+// The wait status of a child process that runs body.
+int statusOfChild(const std::function<int()>& body)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(20);
+        _exit(body());
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+// In a child: listens and hands the listener to work.
+int listenAndThen(const QString& address,
+                  const std::function<int(std::unique_ptr<BwaFcgiListener>)>& work)
+{
+    int argumentCount = 1;
+    char name[] = "tests";
+    char* arguments[] = {name, nullptr};
+    QCoreApplication application(argumentCount, arguments);
+    auto listener = std::make_unique<BwaFcgiListener>(QMap<QString, BwaAbstractFcgiService*>());
+    listener->listen(address);
+    return work(std::move(listener));
+}
+
+// The bytes that the client has sent and nobody has read yet; on a port, that have not arrived yet.
+int unreadBytes(const FcgiClient& client)
+{
+    int bytes = -1;
+    ioctl(client.descriptor(), SIOCOUTQ, &bytes);
+    return bytes;
+}
+
+struct Stuck {
+    const char* name;
+    bool onPort;
+    QByteArray sent;
+};
+
+class BwaFcgiListenerStuckPeer
+    : public BwaFcgiListenerStopping
+    , public testing::WithParamInterface<Stuck>
+{
+protected:
+    std::unique_ptr<FcgiClient> connectedClient(bool onPort)
+    {
+        if (onPort) {
+            return FcgiClient::onPort(startOnPort());
+        }
+        start();
+        return std::make_unique<FcgiClient>(path());
+    }
+};
+
+} // namespace
+
+TEST_F(BwaFcgiListenerStopping, WhenIdleIsDoneAtOnce)
+{
+    serve("/api", answerPathInfo);
+    start();
+    replyTo(apiRequest());
+
+    destroyWithin(atOnce);
+
+    EXPECT_EQ(openedDescriptors(), 0);
+}
+
+TEST_F(BwaFcgiListenerStopping, WhenIdleOnAPortIsDoneAtOnce)
+{
+    serve("/api", answerPathInfo);
+    const quint16 port = startOnPort();
+    const auto client = FcgiClient::onPort(port);
+    client->sendRequest(apiRequest());
+    client->shutDownSending();
+    replyTo(*client);
+
+    destroyWithin(atOnce);
+}
+
+TEST_F(BwaFcgiListenerStopping, WhenNothingWasEverListenedToIsDoneAtOnce)
+{
+    listener();
+
+    destroyWithin(atOnce);
+}
+
+TEST_F(BwaFcgiListenerStopping, WhenNothingWasEverListenedToLeavesOthersAlone)
+{
+    serve("/api", answerPathInfo);
+    delete new BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*>());
+
+    start();
+
+    EXPECT_EQ(replyTo(apiRequest("/x")).out, QByteArray("/x"));
+}
+
+TEST_F(BwaFcgiListenerStopping, AfterAListeningErrorIsDoneAtOnce)
+{
+    listener().listen(QStringLiteral("/proc/missing/socket"));
+    runEventLoopUntil([this] { return listeningErrors == 1; });
+    listeningErrors = 0;
+
+    destroyWithin(atOnce);
+}
+
+TEST_F(BwaFcgiListenerStopping, DuringAListeningErrorIsDoneAtOnce)
+{
+    listener().listen(QStringLiteral("/proc/missing/socket"));
+
+    destroyWithin(atOnce);
+}
+
+TEST_F(BwaFcgiListenerStopping, WhenAnotherListensAfterwardsThatIsAnErrorAtOnce)
+{
+    serve("/api", answerPathInfo);
+    start();
+    replyTo(apiRequest());
+    destroyListener();
+
+    start();
+    runEventLoopUntil([this] { return listeningErrors > 0; });
+
+    EXPECT_EQ(listeningErrors, 1);
+}
+
+TEST_F(BwaFcgiListenerStopping, WhenTwoListenDestroysOneAfterTheOther)
+{
+    serve("/api", answerPathInfo);
+    start();
+    replyTo(apiRequest());
+    auto other = std::make_unique<BwaFcgiListener>(QMap<QString, BwaAbstractFcgiService*>());
+    const QByteArray otherPath = folder().toLatin1() + "/other";
+    other->listen(QString::fromLatin1(otherPath));
+    FcgiClient client(otherPath);
+    client.sendRequest(apiRequest());
+    client.shutDownSending();
+    replyTo(client);
+
+    const Watchdog watchdog(20);
+    EXPECT_LT(millisecondsOf([&] { other.reset(); }), atOnce);
+    destroyWithin(atOnce);
+}
+
+// At any moment after listen(): the thread may not run yet, open its socket or accept already. Only
+// one listener of a process can be stopped for good, so each has a process of its own.
+TEST(BwaFcgiListenerStoppingAtAnyMoment, IsDoneAtOnce)
+{
+    const QTemporaryDir folder;
+    const QString address = folder.path() + QLatin1String("/socket");
+    const unsigned int seed = std::random_device()();
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<int> delays(0, 1000); // microseconds
+
+    for (int round = 0; round < 1000; ++round) {
+        const int delay = round % 4 == 0 ? 0 : delays(random);
+        const int status = statusOfChild([&] {
+            return listenAndThen(address, [&](std::unique_ptr<BwaFcgiListener> listener) {
+                std::this_thread::sleep_for(std::chrono::microseconds(delay));
+                return millisecondsOf([&] { listener.reset(); }) < atOnce ? 0 : 1;
+            });
+        });
+
+        ASSERT_EQ(status, 0) << "round " << round << ", after " << delay << " us";
+    }
+}
+
+TEST(BwaFcgiListenerSigterm, EndsTheProcess)
+{
+    const QTemporaryDir folder;
+
+    const int status = statusOfChild([&] {
+        return listenAndThen(
+            folder.path() + QLatin1String("/socket"),
+            [](const std::unique_ptr<BwaFcgiListener>&) { return raise(SIGTERM); });
+    });
+
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGTERM);
+}
+
+// Connections that are stuck
+
+TEST_P(BwaFcgiListenerStuckPeer, IsDropped)
+{
+    const std::unique_ptr<FcgiClient> client = connectedClient(GetParam().onPort);
+    waitUntil([] { return connectedSockets() == 2; });
+    client->send(GetParam().sent);
+    waitUntil([&] { return unreadBytes(*client) == 0; });
+
+    destroyWithin(promised);
+
+    EXPECT_TRUE(client->isClosedByPeer());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BwaFcgiListenerStuckPeer,
+                         testing::Values(Stuck{"SilentOnUnixSocket", false, QByteArray()},
+                                         Stuck{"SilentOnPort", true, QByteArray()},
+                                         Stuck{"OneByteOnUnixSocket", false, QByteArray("\1")},
+                                         Stuck{"OneByteOnPort", true, QByteArray("\1")},
+                                         Stuck{"HalfParametersOnUnixSocket", false, halfRequest()},
+                                         Stuck{"HalfParametersOnPort", true, halfRequest()}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(BwaFcgiListenerStopping, WhenASilentPeerHasJustGoneIsDone)
+{
+    start();
+    auto client = std::make_unique<FcgiClient>(path());
+    waitUntil([] { return connectedSockets() == 2; });
+    client.reset();
+
+    destroyWithin(promised);
+}
+
+TEST_F(BwaFcgiListenerStopping, WhenConnectionsWaitToBeAcceptedIsDone)
+{
+    start();
+    std::vector<std::unique_ptr<FcgiClient>> clients;
+    for (int number = 0; number < 20; ++number) {
+        clients.push_back(std::make_unique<FcgiClient>(path()));
+    }
+
+    destroyWithin(promised);
+
+    for (const auto& client : clients) {
+        EXPECT_TRUE(client->isClosedByPeer());
+    }
+}
+
+// Requests that were accepted and not handed out
+
+TEST_F(BwaFcgiListenerStopping, WhenRequestsAreUndeliveredFinishesThem)
+{
+    int served = 0;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        ++served;
+        delete request;
+    });
+    start();
+    std::vector<std::unique_ptr<FcgiClient>> clients;
+    for (int number = 0; number < 4; ++number) {
+        clients.push_back(std::make_unique<FcgiClient>(path()));
+        clients.back()->send(FcgiClient::requestBytes(apiRequest(), "body", number % 2 == 0));
+        waitUntil([&] { return connectedSockets() == 2 * static_cast<int>(clients.size()); });
+    }
+
+    destroyWithin(promised);
+
+    EXPECT_EQ(served, 0);
+    for (size_t number = 0; number < 3; ++number) { // the last one may be half read
+        const FcgiReply reply = clients[number]->readReply();
+        EXPECT_TRUE(reply.ended);
+        EXPECT_EQ(reply.out, QByteArray());
+        EXPECT_TRUE(clients[number]->isClosedByPeer());
+    }
+    clients.back()->readReply();
+    EXPECT_TRUE(clients.back()->isClosedByPeer());
+    clients.clear();
+    EXPECT_EQ(openedDescriptors(), 0);
+}
