@@ -1,0 +1,508 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "services/BwaStandardFcgiRequestProcessor.h"
+
+#include "BwaStringStreaming.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "services/ErrorPage.h"
+#include "sessions/BwaCookiesFcgiSessionIdentifier.h"
+#include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
+#include "sessions/TwoSessions.h"
+#include "support/FcgiExchange.h"
+#include "support/QtPrinters.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+using testing::Return;
+using testing::StrictMock;
+
+namespace {
+
+FcgiParameters requestWith(const QByteArray& method)
+{
+    return {{"SCRIPT_NAME", "/app"}, {"PATH_INFO", "/notes"}, {"REQUEST_METHOD", method}};
+}
+
+// What a processor, which must delete the request, answers to it.
+FcgiReply replyOf(BwaAbstractFcgiRequestProcessor& processor, const FcgiParameters& parameters)
+{
+    FcgiExchange exchange(parameters);
+
+    processor.processRequest(exchange.takeRequest());
+
+    const FcgiReply reply = exchange.reply();
+    EXPECT_TRUE(reply.ended) << "the request was not deleted";
+    return reply;
+}
+
+// Answers with the name of the hook that was called.
+class HookProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    HookProcessor()
+        : BwaStandardFcgiRequestProcessor(nullptr)
+    {
+    }
+
+protected:
+    void processGetMethod(BwaFcgiRequest* request) override { answer(request, "get"); }
+    void processPostMethod(BwaFcgiRequest* request) override { answer(request, "post"); }
+    void processPutMethod(BwaFcgiRequest* request) override { answer(request, "put"); }
+    void processDeleteMethod(BwaFcgiRequest* request) override { answer(request, "delete"); }
+    void processOtherMethod(BwaFcgiRequest* request, const QString& method) override
+    {
+        request->out() << "other " << method;
+        delete request;
+    }
+
+private:
+    static void answer(BwaFcgiRequest* request, const char* text)
+    {
+        request->out() << text;
+        delete request;
+    }
+};
+
+// Throws from every hook, with the request alive.
+template <typename Exception>
+class ThrowingProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    explicit ThrowingProcessor(const Exception& exception)
+        : BwaStandardFcgiRequestProcessor(nullptr)
+        , m_exception(exception)
+    {
+    }
+
+protected:
+    void processGetMethod(BwaFcgiRequest* request) override
+    {
+        request->out() << "begun";
+        throw m_exception;
+    }
+    void processPostMethod(BwaFcgiRequest*) override { throw m_exception; }
+    void processPutMethod(BwaFcgiRequest*) override { throw m_exception; }
+    void processDeleteMethod(BwaFcgiRequest*) override { throw m_exception; }
+    void processOtherMethod(BwaFcgiRequest*, const QString&) override { throw m_exception; }
+
+private:
+    Exception m_exception;
+};
+
+// Opens what is protected.
+class OpenProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    using BwaStandardFcgiRequestProcessor::authenticateRequest;
+    using BwaStandardFcgiRequestProcessor::BwaStandardFcgiRequestProcessor;
+    using BwaStandardFcgiRequestProcessor::processNotAllowedMethod;
+};
+
+// Greets users with a session.
+class GreetingProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    using BwaStandardFcgiRequestProcessor::BwaStandardFcgiRequestProcessor;
+
+protected:
+    void processGetMethod(BwaFcgiRequest* request) override
+    {
+        if (const BwaWebSession* session = authenticateRequest(request)) {
+            request->out() << "hello " << session->username();
+        }
+        delete request;
+    }
+};
+
+class MockIdentifier : public BwaAbstractFcgiSessionIdentifier
+{
+public:
+    ~MockIdentifier() override { die(); }
+
+    MOCK_METHOD(BwaWebSession*, session, (BwaFcgiRequest*), (override));
+    MOCK_METHOD(void, sendUnauthorizedReply, (BwaFcgiRequest*), (override));
+    MOCK_METHOD(void, die, ());
+};
+
+struct MethodCase {
+    std::string name;
+    QByteArray method;
+    QByteArray hook;
+};
+
+void PrintTo(const MethodCase& methodCase, std::ostream* stream)
+{
+    *stream << methodCase.name;
+}
+
+class Method : public testing::TestWithParam<MethodCase>
+{
+};
+
+class NotAllowedMethod : public testing::TestWithParam<MethodCase>
+{
+};
+
+const auto nameOf = [](const auto& info) { return info.param.name; };
+
+const QByteArray noSession =
+    "Error in request processor for request to script \"/app\" with path info \"/notes\": No "
+    "session can be used to authenticate the request";
+
+} // namespace
+
+// Methods
+
+TEST_P(Method, CallsItsHook)
+{
+    HookProcessor processor;
+
+    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+
+    EXPECT_EQ(reply.out, GetParam().hook);
+    EXPECT_EQ(reply.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Own, Method,
+                         testing::Values(MethodCase{"Get", "GET", "get"},
+                                         MethodCase{"Post", "POST", "post"},
+                                         MethodCase{"Put", "PUT", "put"},
+                                         MethodCase{"Delete", "DELETE", "delete"}),
+                         nameOf);
+
+INSTANTIATE_TEST_SUITE_P(Other, Method,
+                         testing::Values(MethodCase{"Head", "HEAD", "other HEAD"},
+                                         MethodCase{"Options", "OPTIONS", "other OPTIONS"},
+                                         MethodCase{"Patch", "PATCH", "other PATCH"},
+                                         MethodCase{"Empty", "", "other "},
+                                         MethodCase{"LowerCaseGet", "get", "other get"},
+                                         MethodCase{"MixedCasePost", "Post", "other Post"},
+                                         MethodCase{"LowerCaseDelete", "delete", "other delete"},
+                                         MethodCase{"BlankAfterGet", "GET ", "other GET "},
+                                         MethodCase{"LongerThanGet", "GETX", "other GETX"},
+                                         MethodCase{"BeyondAscii", "\xe9", "other \xe9"}),
+                         nameOf);
+
+TEST(BwaStandardFcgiRequestProcessor, GivenNoMethodCallsTheHookOfOthers)
+{
+    HookProcessor processor;
+
+    EXPECT_EQ(replyOf(processor, FcgiParameters()).out, "other ");
+}
+
+TEST_P(NotAllowedMethod, IsRefusedByDefault)
+{
+    BwaStandardFcgiRequestProcessor processor(nullptr);
+
+    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+
+    EXPECT_EQ(reply.out, errorPage(405, "Method Not Allowed"));
+    EXPECT_EQ(reply.err, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, NotAllowedMethod,
+    testing::Values(MethodCase{"Get", "GET", ""}, MethodCase{"Post", "POST", ""},
+                    MethodCase{"Put", "PUT", ""}, MethodCase{"Delete", "DELETE", ""},
+                    MethodCase{"LowerCase", "get", ""}, MethodCase{"Head", "HEAD", ""},
+                    MethodCase{"Empty", "", ""}),
+    nameOf);
+
+TEST(ProcessNotAllowedMethod, RefusesAndDeletesTheRequest)
+{
+    OpenProcessor processor(nullptr);
+    FcgiExchange exchange(requestWith("GET"));
+
+    processor.processNotAllowedMethod(exchange.takeRequest());
+
+    const FcgiReply reply = exchange.reply();
+    EXPECT_TRUE(reply.ended);
+    EXPECT_EQ(reply.out, errorPage(405, "Method Not Allowed"));
+    EXPECT_EQ(reply.err, "");
+}
+
+// Exceptions
+
+TEST_P(Method, WhenItsHookThrowsAnswersInternalServerError)
+{
+    ThrowingProcessor<std::runtime_error> processor(std::runtime_error("no more notes"));
+
+    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+
+    EXPECT_TRUE(reply.out.endsWith(errorPage(500, "Internal Server Error")));
+    EXPECT_EQ(reply.err,
+              "Error in request processor for request to script \"/app\" with path info "
+              "\"/notes\": no more notes");
+}
+
+TEST(BwaStandardFcgiRequestProcessor, WhenHookThrowsAfterOutputKeepsTheOutput)
+{
+    ThrowingProcessor<std::bad_alloc> processor{std::bad_alloc()};
+
+    EXPECT_EQ(replyOf(processor, requestWith("GET")).out,
+              "begun" + errorPage(500, "Internal Server Error"));
+}
+
+TEST(BwaStandardFcgiRequestProcessor, WhenHookThrowsNoStandardExceptionLetsItPassWithTheRequest)
+{
+    ThrowingProcessor<int> processor(42);
+    FcgiExchange exchange(requestWith("PUT"));
+    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+
+    EXPECT_THROW(processor.processRequest(request.get()), int);
+
+    request.reset();
+    const FcgiReply reply = exchange.reply();
+    EXPECT_EQ(reply.out, "");
+    EXPECT_EQ(reply.err, "");
+}
+
+namespace {
+
+struct LogCase {
+    std::string name;
+    std::string text;
+    QByteArray logged;
+};
+
+void PrintTo(const LogCase& logCase, std::ostream* stream)
+{
+    *stream << logCase.name;
+}
+
+class ProcessorExceptionText : public testing::TestWithParam<LogCase>
+{
+};
+
+} // namespace
+
+TEST_P(ProcessorExceptionText, IsLoggedAsTheBytesItHolds)
+{
+    ThrowingProcessor<std::logic_error> processor{std::logic_error(GetParam().text)};
+
+    const FcgiReply reply =
+        replyOf(processor,
+                {{"SCRIPT_NAME", "/%3%2"}, {"PATH_INFO", "/%1%3\xe9"}, {"REQUEST_METHOD", "POST"}});
+
+    EXPECT_EQ(reply.err,
+              "Error in request processor for request to script \"/%3%2\" with path info "
+              "\"/%1%3\xe9\": " +
+                  GetParam().logged);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, ProcessorExceptionText,
+                         testing::Values(LogCase{"Empty", "", ""},
+                                         LogCase{"Markers", "%1 %2 %3", "%1 %2 %3"},
+                                         LogCase{"Latin1", "\xe9\x80\xff", "\xe9\x80\xff"},
+                                         LogCase{"Utf8", "\xe2\x82\xac", "\xe2\x82\xac"}),
+                         nameOf);
+
+// Sessions
+
+TEST(BwaStandardFcgiRequestProcessor, KeepsItsIdentifierAndDoesNotOwnIt)
+{
+    StrictMock<MockIdentifier> identifier;
+
+    {
+        const BwaStandardFcgiRequestProcessor processor(&identifier);
+        EXPECT_EQ(processor.sessionIdentifier(), &identifier);
+    }
+
+    EXPECT_CALL(identifier, die());
+}
+
+TEST(AuthenticateRequest, GivenSessionReturnsItSilently)
+{
+    const TwoSessions sessions;
+    StrictMock<MockIdentifier> identifier;
+    OpenProcessor processor(&identifier);
+    FcgiExchange exchange(requestWith("GET"));
+    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    EXPECT_CALL(identifier, session(request.get())).WillOnce(Return(sessions.session));
+    EXPECT_CALL(identifier, die());
+
+    EXPECT_EQ(processor.authenticateRequest(request.get()), sessions.session);
+
+    request.reset();
+    const FcgiReply reply = exchange.reply();
+    EXPECT_EQ(reply.out, "");
+    EXPECT_EQ(reply.err, "");
+}
+
+TEST(AuthenticateRequest, GivenNoSessionLogsRefusesAndKeepsTheRequest)
+{
+    StrictMock<MockIdentifier> identifier;
+    OpenProcessor processor(&identifier);
+    FcgiExchange exchange(requestWith("GET"));
+    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    EXPECT_CALL(identifier, session(request.get())).WillOnce(Return(nullptr));
+    EXPECT_CALL(identifier, sendUnauthorizedReply(request.get()));
+    EXPECT_CALL(identifier, die());
+
+    EXPECT_EQ(processor.authenticateRequest(request.get(), true), nullptr);
+
+    request.reset();
+    const FcgiReply reply = exchange.reply();
+    EXPECT_EQ(reply.out, "");
+    EXPECT_EQ(reply.err, noSession);
+}
+
+namespace {
+
+// The session of a request whose good session has an expired token; and what was replied.
+struct ExpiredTokenTest : public testing::Test {
+    ExpiredTokenTest()
+        : identifier(&sessions.manager, QStringLiteral("api"))
+        , processor(&identifier)
+        , exchange({{"SCRIPT_NAME", "/app"},
+                    {"PATH_INFO", "/notes"},
+                    {"HTTP_AUTHORIZATION",
+                     "SESSION-TOKEN " + credentials::id + ":" + credentials::token}})
+        , request(exchange.takeRequest())
+    {
+        QMetaObject::invokeMethod(sessions.session, "expireToken");
+    }
+
+    FcgiReply reply()
+    {
+        request.reset();
+        return exchange.reply();
+    }
+
+    TwoSessions sessions;
+    BwaSessionTokenFcgiSessionIdentifier identifier;
+    OpenProcessor processor;
+    FcgiExchange exchange;
+    std::unique_ptr<BwaFcgiRequest> request;
+};
+
+const QByteArray challenge = "Status: 401 Unauthorized\n"
+                             "WWW-Authenticate: SESSION-TOKEN, realm=\"api\"\n"
+                             "\n";
+
+} // namespace
+
+TEST_F(ExpiredTokenTest, IsRefusedByDefault)
+{
+    EXPECT_EQ(processor.authenticateRequest(request.get()), nullptr);
+
+    const FcgiReply answer = reply();
+    EXPECT_EQ(answer.out, challenge);
+    EXPECT_EQ(answer.err, noSession);
+}
+
+TEST_F(ExpiredTokenTest, IsRefusedOnDemand)
+{
+    EXPECT_EQ(processor.authenticateRequest(request.get(), false), nullptr);
+
+    EXPECT_EQ(reply().out, challenge);
+}
+
+TEST_F(ExpiredTokenTest, IsAcceptedOnDemand)
+{
+    EXPECT_EQ(processor.authenticateRequest(request.get(), true), sessions.session);
+
+    const FcgiReply answer = reply();
+    EXPECT_EQ(answer.out, "");
+    EXPECT_EQ(answer.err, "");
+}
+
+TEST_F(ExpiredTokenTest, WhenSessionIsRemovedIsRefusedEvenOnDemand)
+{
+    sessions.manager.removeSession(sessions.session->sessionId());
+
+    EXPECT_EQ(processor.authenticateRequest(request.get(), true), nullptr);
+
+    EXPECT_EQ(reply().out, challenge);
+}
+
+// Whoever is refused learns nothing of the reason.
+
+namespace {
+
+struct RefusalCase {
+    std::string name;
+    QByteArray id;
+    QByteArray token;
+};
+
+void PrintTo(const RefusalCase& refusalCase, std::ostream* stream)
+{
+    *stream << refusalCase.name;
+}
+
+class Refusal : public testing::TestWithParam<RefusalCase>
+{
+protected:
+    Refusal() { QMetaObject::invokeMethod(m_sessions.otherSession, "expireToken"); }
+
+    const BwaWebSessionManager* manager() const { return &m_sessions.manager; }
+
+private:
+    TwoSessions m_sessions;
+};
+
+} // namespace
+
+TEST_P(Refusal, OfSessionTokenIsTheSameChallenge)
+{
+    BwaSessionTokenFcgiSessionIdentifier identifier(manager(), QStringLiteral("api"));
+    GreetingProcessor processor(&identifier);
+    FcgiParameters parameters = requestWith("GET");
+    if (!GetParam().id.isNull()) {
+        parameters.append(
+            {"HTTP_AUTHORIZATION", "SESSION-TOKEN " + GetParam().id + ":" + GetParam().token});
+    }
+
+    const FcgiReply reply = replyOf(processor, parameters);
+
+    EXPECT_EQ(reply.out, challenge);
+    EXPECT_EQ(reply.err, noSession);
+}
+
+TEST_P(Refusal, OfCookiesIsTheSamePage)
+{
+    BwaCookiesFcgiSessionIdentifier identifier(manager(), QStringLiteral("sid"),
+                                               QStringLiteral("tok"));
+    GreetingProcessor processor(&identifier);
+    FcgiParameters parameters = requestWith("GET");
+    if (!GetParam().id.isNull()) {
+        parameters.append({"HTTP_COOKIE", "sid=" + GetParam().id + "; tok=" + GetParam().token});
+    }
+
+    const FcgiReply reply = replyOf(processor, parameters);
+
+    EXPECT_EQ(reply.out, errorPage(403, "Forbidden"));
+    EXPECT_EQ(reply.err, noSession);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Causes, Refusal,
+    testing::Values(RefusalCase{"NoCredentials", QByteArray(), QByteArray()},
+                    RefusalCase{"UnknownId", credentials::unknownId, credentials::token},
+                    RefusalCase{"WrongToken", credentials::id, credentials::otherToken},
+                    RefusalCase{"Malformed", "x", "y"},
+                    RefusalCase{"ExpiredToken", credentials::otherId, credentials::otherToken}),
+    nameOf);
+
+TEST(BwaStandardFcgiRequestProcessor, GivenGoodCredentialsAnswersWithTheSession)
+{
+    const TwoSessions sessions;
+    BwaSessionTokenFcgiSessionIdentifier identifier(&sessions.manager, QStringLiteral("api"));
+    GreetingProcessor processor(&identifier);
+    FcgiParameters parameters = requestWith("GET");
+    parameters.append(
+        {"HTTP_AUTHORIZATION", "SESSION-TOKEN " + credentials::id + ":" + credentials::token});
+
+    const FcgiReply reply = replyOf(processor, parameters);
+
+    EXPECT_EQ(reply.out, "hello ann");
+    EXPECT_EQ(reply.err, "");
+}
