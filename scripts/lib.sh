@@ -76,14 +76,12 @@ keep_idle()
     done
 }
 
-# build PRESET [TARGET...]
+# build FOLDER CMAKE-ARGUMENT...: builds build/FOLDER, which is configured only when it is new
 build()
 {
-    local preset=$1 targets=()
-    [ $# -eq 1 ] || targets=(--target "${@:2}")
     (
         cd "$root" &&
-            { [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset"; } &&
-            cmake --build --preset "$preset" "${targets[@]}"
-    ) || fail "the $preset build failed"
+            { [ -f "build/$1/build.ninja" ] || cmake -B "build/$1" "${@:2}"; } &&
+            cmake --build "build/$1"
+    ) || fail "the $1 build failed"
 }
