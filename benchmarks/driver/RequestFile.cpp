@@ -118,7 +118,7 @@ void appendServer(std::string& params)
 
 } // namespace
 
-std::string fcgiRecordsOf(const std::string& requestFile)
+std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scriptFile)
 {
     const std::string text = contentsOf(requestFile);
     const std::size_t headEnd = text.find("\n\n");
@@ -147,6 +147,9 @@ std::string fcgiRecordsOf(const std::string& requestFile)
     std::string params;
     appendRequestLine(params, requestLine, contentType, body.size());
     appendServer(params);
+    if (!scriptFile.empty()) {
+        appendParam(params, "SCRIPT_FILENAME", scriptFile);
+    }
     std::string records;
     appendRecord(records, BeginRequest, std::string("\0\1\0\0\0\0\0\0", 8)); // a responder
     appendStream(records, Params, params + headers);

@@ -11,9 +11,10 @@
  *
  * The file holds the request line, the header lines, an empty line and the body, all with bare
  * line feeds. Content-Length is added. The script name is the first segment of the path.
+ * An application that is a script is told its @a scriptFile; otherwise it is empty.
  *
  * Throws std::runtime_error when there is no such file, or no request in it.
  */
-std::string fcgiRecordsOf(const std::string& requestFile);
+std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scriptFile);
 
 #endif

@@ -1,0 +1,231 @@
+# SPDX-FileCopyrightText: The Brindo Web API authors
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+
+# The applications that scripts/benchmark compares, the requests they are sent and what these cost.
+# Sourced after lib.sh and serving.sh.
+
+# shellcheck disable=SC2034 # for scripts/benchmark
+all_cases=(hello json form upload auth notfound)
+applications=(bwebapi libfcgi go php)
+benchmark_packages=("${library_packages[@]}" libbenchmark-dev strace valgrind curl nginx-light wrk
+    golang-go php-fpm gnuplot-nox)
+binary=$root/build/benchmark
+php_script=$root/benchmarks/applications/php/index.php
+declare -A pid_of # application to process id
+
+build_benchmarks()
+{
+    say "building into build/benchmark"
+    if ! {
+        [ -f "$binary/build.ninja" ] ||
+            cmake --preset release -S "$root" -B "$binary" -DBWA_BUILD_BENCHMARKS=ON \
+                -DBWA_BUILD_EXAMPLES=OFF -DBWA_BUILD_TESTS=OFF
+        cmake --build "$binary"
+    } >"$work/build.log"; then
+        cat "$work/build.log"
+        fail "the build failed"
+    fi
+}
+
+build_go_application()
+{
+    (
+        cd "$root/benchmarks/applications/go"
+        GO111MODULE=off GOCACHE=$binary/go go build -o "$binary/application-go" main.go
+    ) || fail "the build of the Go application failed"
+}
+
+# The requests, one file a case. A file of 10 MiB that looks like noise, and is the same in each
+# run, goes into the upload.
+write_requests()
+{
+    local boundary=------------------------d74496d66958873e
+    cp "$root"/benchmarks/requests/*.http "$work"
+    {
+        printf -- '--%s\r\nContent-Disposition: form-data; name="file"; filename="photo.jpg"\r\n' "$boundary"
+        printf 'Content-Type: image/jpeg\r\n\r\n'
+        (set +o pipefail && seq 10000000 | gzip -1n | head -c 10485760)
+        printf '\r\n--%s--\r\n' "$boundary"
+    } >>"$work/upload.http" 2>/dev/null
+}
+
+# start APPLICATION [OBSERVER...]: on the socket $work/APPLICATION/api.sock
+start()
+{
+    local name=$1 outer=$work
+    local work=$outer/$name # where start_application puts its files
+    mkdir -p "$work"
+    case $name in
+    go) start_application "${@:2}" "$binary/application-go" "$work/api.sock" ;;
+    php)
+        write_php_configuration
+        start_application "${@:2}" "$(php_fpm)" -R --nodaemonize -y "$work/php-fpm.conf"
+        ;;
+    *) start_application "${@:2}" "$binary/benchmarks/applications/$name/application-$name" "$work/api.sock" ;;
+    esac
+    pid_of[$name]=$application_pid
+}
+
+php_fpm()
+{
+    compgen -c php-fpm | sort -V | tail -n 1
+}
+
+# One worker, that lives on.
+write_php_configuration()
+{
+    cat >"$work/php-fpm.conf" <<CONF
+[global]
+error_log = $work/php.log
+[www]
+user = $(id -un)
+group = $(id -gn)
+listen = $work/api.sock
+pm = static
+pm.max_children = 1
+php_admin_value[post_max_size] = 16M
+php_admin_value[upload_max_filesize] = 16M
+CONF
+}
+
+# One worker in front of all applications, chosen by the name of the host.
+start_gateway()
+{
+    local name
+    mkdir -p "$work/nginx"
+    {
+        cat <<CONF
+daemon off;
+master_process off;
+error_log $work/nginx.log;
+pid $work/nginx/pid;
+events {}
+http {
+    access_log off;
+    client_body_temp_path $work/nginx/body;
+    fastcgi_temp_path $work/nginx/fastcgi;
+    proxy_temp_path $work/nginx/proxy;
+    uwsgi_temp_path $work/nginx/uwsgi;
+    scgi_temp_path $work/nginx/scgi;
+    client_max_body_size 16m;
+    client_body_buffer_size 16m;
+    server { listen 127.0.0.1:$port default_server; return 404; }
+CONF
+        for name in "${applications[@]}"; do
+            cat <<CONF
+    server {
+        listen 127.0.0.1:$port;
+        server_name $name;
+        location ~ ^(?<script>/api)(?<path>/.*)?\$ {
+            fastcgi_pass unix:$work/$name/api.sock;
+            fastcgi_param QUERY_STRING \$query_string;
+            fastcgi_param REQUEST_METHOD \$request_method;
+            fastcgi_param CONTENT_TYPE \$content_type;
+            fastcgi_param CONTENT_LENGTH \$content_length;
+            fastcgi_param SCRIPT_NAME \$script;
+            fastcgi_param PATH_INFO \$path;
+            fastcgi_param REQUEST_URI \$request_uri;
+            fastcgi_param DOCUMENT_URI \$document_uri;
+            fastcgi_param DOCUMENT_ROOT \$document_root;
+            fastcgi_param SERVER_PROTOCOL \$server_protocol;
+            fastcgi_param REQUEST_SCHEME \$scheme;
+            fastcgi_param GATEWAY_INTERFACE CGI/1.1;
+            fastcgi_param SERVER_SOFTWARE nginx/\$nginx_version;
+            fastcgi_param REMOTE_ADDR \$remote_addr;
+            fastcgi_param REMOTE_PORT \$remote_port;
+            fastcgi_param REMOTE_USER \$remote_user;
+            fastcgi_param SERVER_ADDR \$server_addr;
+            fastcgi_param SERVER_PORT \$server_port;
+            fastcgi_param SERVER_NAME \$server_name;
+$([ "$name" != php ] || echo "fastcgi_param SCRIPT_FILENAME $php_script;")
+        }
+    }
+CONF
+        done
+        echo "}"
+    } >"$work/nginx.conf"
+    setpriv --pdeathsig TERM nginx -c "$work/nginx.conf" -e "$work/nginx.log" >"$work/front.log" 2>&1 &
+    front_pid=$!
+}
+
+# send APPLICATION CASE COUNT [CONNECTIONS]: straight to the application
+send()
+{
+    local script=()
+    [ "$1" != php ] || script=("$php_script")
+    "$binary/benchmarks/driver/send-requests" "$work/$1/api.sock" "$work/$2.http" "$3" "${4-1}" \
+        "${script[@]}" >"$work/reply" ||
+        fail "$1 did not answer every $2"
+}
+
+# load APPLICATION CASE SECONDS: through nginx; prints the counts of requests.lua
+load()
+{
+    wrk -t1 -c4 -d"$3s" --timeout 20s -s "$root/benchmarks/driver/requests.lua" "http://127.0.0.1:$port" \
+        -- "$work/$2.http" "$1" | sed -n 's/^counts //p'
+}
+
+# The process and its children.
+processes_of()
+{
+    echo "$1" "$(cat "/proc/$1/task"/*/children)"
+}
+
+# The nanoseconds that a process, its threads and its children have been running.
+cpu_time()
+{
+    local process
+    for process in $(processes_of "$1"); do
+        cat "/proc/$process/task"/*/schedstat
+    done | awk '{ sum += $1 } END { printf "%.0f", sum }'
+}
+
+# memory PID FIELD: kilobytes of a process and its children
+memory()
+{
+    local process
+    for process in $(processes_of "$1"); do
+        cat "/proc/$process/status"
+    done | awk -v field="$2:" '$1 == field { sum += $2 } END { print sum }'
+}
+
+# The two run lengths of a case whose difference is taken, so that start and end do not count.
+run_lengths()
+{
+    case $1 in
+    upload) echo 1 6 ;;
+    *) echo 200 1200 ;;
+    esac
+}
+
+# per_request COUNTER APPLICATION CASE [CONNECTIONS]: COUNTER prints what a run of a length costs
+per_request()
+{
+    local short long of_short of_long
+    read -r short long < <(run_lengths "$3")
+    of_short=$("$1" "$2" "$3" "$short" "${4-1}")
+    of_long=$("$1" "$2" "$3" "$long" "${4-1}")
+    awk "BEGIN { printf \"%.1f\", ($of_long - $of_short) / ($long - $short) }"
+}
+
+# instructions APPLICATION CASE COUNT CONNECTIONS
+instructions()
+{
+    start "$1" valgrind --tool=callgrind --callgrind-out-file="$work/callgrind"
+    send "$1" "$2" "$3" "$4"
+    stop_application || true
+    sed -n 's/^totals: //p' "$work/callgrind"
+}
+
+# syscalls APPLICATION CASE COUNT CONNECTIONS
+syscalls()
+{
+    start "$1" strace -f -c -o "$work/strace"
+    send "$1" "$2" "$3" "$4"
+    # Strace ends, and writes, when the application does.
+    kill "$(cat "/proc/$application_pid/task/$application_pid/children")"
+    wait "$application_pid" || true
+    application_pid=
+    awk '$NF == "total" { print $4 }' "$work/strace"
+}
