@@ -106,11 +106,12 @@ TEST(QuotedString, GivenRandomTextsEscapesBackslashesFirstAndQuotesSecond)
     const unsigned int seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    const QString alphabet = QString::fromLatin1("\\\\\\\"\"ab \n\r\t\0", 13) + QChar(0x20ac);
+    const QString alphabet = QString::fromLatin1("\\\\\\\"\"ab \n\r\t\0", 12) + QChar(0x20ac);
+    std::uniform_int_distribution<int> anyCharacter(0, alphabet.size() - 1);
     for (int round = 0; round < 5000; ++round) {
         QString text;
-        for (auto left = random() % 12; left > 0; --left) {
-            text.append(alphabet.at(static_cast<int>(random() % unsigned(alphabet.size()))));
+        for (int left = std::uniform_int_distribution<int>(0, 11)(random); left > 0; --left) {
+            text.append(alphabet.at(anyCharacter(random)));
         }
 
         ASSERT_EQ(BwaAbstractHttpHeader::quotedString(text), quotedByReplacing(text));

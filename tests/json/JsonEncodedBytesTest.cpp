@@ -200,21 +200,32 @@ TEST(EncodedBytes, GivenEveryBmpCharacterInEveryPlaceAgreeWithThePatterns)
     EXPECT_TRUE(oracle.hasSeenBothVerdicts());
 }
 
+namespace {
+
+/** The texts of @a length characters of @a alphabet, counted like numbers. */
+QStringList textsOf(const QString& alphabet, int length)
+{
+    QStringList texts{QString()};
+    for (int i = 0; i < length; ++i) {
+        QStringList longer;
+        for (const QString& start : qAsConst(texts)) {
+            for (const QChar character : alphabet) {
+                longer.append(start + character);
+            }
+        }
+        texts = longer;
+    }
+    return texts;
+}
+
+} // namespace
+
 TEST(EncodedBytes, GivenEveryShortTextOfAFewCharactersAgreeWithThePatterns)
 {
-    const QString alphabet = QString::fromLatin1("Az=\n\0", 5);
     Oracle oracle;
     for (int length = 0; length <= 6; ++length) {
-        int count = 1;
-        for (int i = 0; i < length; ++i) {
-            count *= alphabet.size();
-        }
-        for (int number = 0; number < count; ++number) {
-            QString candidate;
-            for (int i = 0, rest = number; i < length; ++i, rest /= alphabet.size()) {
-                candidate.append(alphabet.at(rest % alphabet.size()));
-            }
-
+        const QStringList texts = textsOf(QString::fromLatin1("Az=\n\0", 5), length);
+        for (const QString& candidate : texts) {
             ASSERT_TRUE(oracle.agreesOn(candidate));
         }
     }
@@ -227,7 +238,7 @@ TEST(EncodedBytes, GivenRandomTextsAgreeWithThePatterns)
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const auto below = [&random](int bound) {
-        return static_cast<int>(random() % unsigned(bound));
+        return std::uniform_int_distribution<int>(0, bound - 1)(random);
     };
     const QString valid = text("ABCDEFabcdef0123456789");
     const QString foreign =

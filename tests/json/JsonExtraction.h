@@ -89,7 +89,7 @@ std::string extracted(const JsonExtractor<Target>& extractor, const QVariant& va
     Target second = before;
     Target third = before;
 
-    const std::string fromValue = outcomeText(extractor.fromValue(value, first), first, before);
+    std::string fromValue = outcomeText(extractor.fromValue(value, first), first, before);
     const std::string fromMember =
         outcomeText(extractor.fromMember(object, key, second), second, before);
     const std::string fromMemberOr =

@@ -157,9 +157,9 @@ TEST(CompilationDateTime, WhenTheSystemIsNotEnglishStillReadsEnglishMonths)
 
 TEST(CompilationDateTime, WhenFirstCalledBySeveralThreadsTellsAllTheSame)
 {
-    std::vector<std::future<QDateTime>> dateTimes;
-    for (int i = 0; i < 8; ++i) {
-        dateTimes.push_back(std::async(std::launch::async, &BuiltForThreads::libraryDateTime));
+    std::vector<std::future<QDateTime>> dateTimes(8);
+    for (auto& dateTime : dateTimes) {
+        dateTime = std::async(std::launch::async, &BuiltForThreads::libraryDateTime);
     }
 
     for (auto& dateTime : dateTimes) {
