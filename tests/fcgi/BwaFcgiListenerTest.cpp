@@ -17,9 +17,14 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
+
+#include <sys/socket.h>
 
 namespace {
 
@@ -284,7 +289,13 @@ TEST_F(BwaFcgiListenerServing, GivenNoServicesAtAllAnswersNotFound)
 namespace {
 
 QList<QByteArray>* debugMessages = nullptr;
-QList<BwaFcgiRequest*> leftByServices; // never deleted: only a service could, and it has thrown
+
+// Holds what a service had when it threw: nobody may delete it then, so it stays until the end.
+void keep(BwaFcgiRequest* request)
+{
+    static auto* const kept = new QList<BwaFcgiRequest*>;
+    kept->append(request);
+}
 
 void collectDebugMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
@@ -312,7 +323,7 @@ protected:
     FcgiReply replyOfServiceThatLeaves(const std::string& what)
     {
         serve("/api", [what](BwaFcgiRequest* request) {
-            leftByServices.append(request);
+            keep(request);
             request->out() << "so far";
             throw std::runtime_error(what);
         });
@@ -386,7 +397,7 @@ TEST_F(BwaFcgiListenerException, LogsMarkersAndLatin1TextAsTheyStand)
 TEST_F(BwaFcgiListenerException, WhenTheFrontServerKeepsConnectionsClosesTheConnection)
 {
     serve("/api", [](BwaFcgiRequest* request) {
-        leftByServices.append(request);
+        keep(request);
         throw std::runtime_error("out of paper");
     });
     start();
@@ -414,6 +425,31 @@ TEST_F(BwaFcgiListenerServing, WhenAClientStaysConnectedWaitsForItNoLongerThanAM
     EXPECT_TRUE(replyTo(client).ended);
     EXPECT_GE(milliseconds, 150);  // 200 are meant
     EXPECT_LT(milliseconds, 1000); // libfcgi itself waits 2000
+}
+
+TEST_F(BwaFcgiListenerServing, WhenAClientGoesOnSendingWaitsForItNoLongerThanAMoment)
+{
+    qint64 milliseconds = -1;
+    std::atomic<bool> finished(false);
+    unsetenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT");
+    serve("/api", [&](BwaFcgiRequest* request) {
+        milliseconds = millisecondsOf([&] { delete request; });
+        finished = true;
+    });
+    start();
+    FcgiClient client(path());
+    client.sendRequest(apiRequest());
+
+    std::thread drip([&] { // a byte every 50 ms, for 3 s at the most
+        for (int count = 0; count < 60 && !finished; ++count) {
+            ::send(client.descriptor(), "x", 1, MSG_NOSIGNAL);
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+    });
+    runEventLoopUntil([&] { return finished.load(); });
+    drip.join();
+
+    EXPECT_LT(milliseconds, 1000);
 }
 
 TEST_F(BwaFcgiListenerServing, WhenTheEnvironmentSaysHowLongWaitsAsLong)
