@@ -98,11 +98,9 @@ bool BwaCgiMultipartFormDataReader::nextPart(QString& name, QString& filename, Q
 
 QByteArray BwaCgiMultipartFormDataReader::readFromPart(unsigned int size)
 {
+    const auto most = static_cast<unsigned int>(std::numeric_limits<int>::max());
     QByteArray content;
-    if (isUsable() && !isAtEndOfPart()) {
-        const auto most = static_cast<unsigned int>(std::numeric_limits<int>::max());
-        appendFromPart(content, static_cast<int>(std::min(size, most)));
-    }
+    appendFromPart(content, static_cast<int>(std::min(size, most)));
     return content;
 }
 
@@ -231,6 +229,9 @@ bool BwaCgiMultipartFormDataReader::refill(unsigned int size)
 void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, int size)
 {
     int missing = size;
+    if (!isUsable() || isAtEndOfPart()) {
+        return;
+    }
     while (true) {
         const int delimiter = indexOfDelimiter();
         // Without a delimiter, its start may be among the last bytes.

@@ -50,7 +50,8 @@ bool initializeLibfcgi()
 
 void logException(const std::exception& exception)
 {
-    qDebug("An exception occurs while processing a FastCGI request: %s", exception.what());
+    const QString what = QString::fromLatin1(exception.what());
+    qDebug("An exception occurs while processing a FastCGI request: %s", what.toUtf8().constData());
 }
 
 void finishAndDelete(FCGX_Request* request)
@@ -132,7 +133,7 @@ void BwaFcgiListener::newRequest(FCGX_Request* request)
     } catch (const std::exception& exception) {
         logException(exception);
         if (watch.requestLives()) {
-            wrapper->finish(); // not deleted: the service may still hold it
+            wrapper->abandon(); // not deleted: the service may still hold it
         }
     }
 }

@@ -37,6 +37,17 @@ void leaveAccepting(bool shutDown)
     }
 }
 
+// A Unix socket that is shut down still hands out who has connected before, and libfcgi waits two
+// seconds for the first byte of each. Accepting never blocks on such a socket.
+void refuseWaitingConnections(int descriptor)
+{
+    int connection = ::accept(descriptor, nullptr, nullptr);
+    while (connection >= 0) {
+        ::close(connection);
+        connection = ::accept(descriptor, nullptr, nullptr);
+    }
+}
+
 } // namespace
 
 BwaFcgiListenerThread::BwaFcgiListenerThread(QObject* parent)
@@ -60,6 +71,7 @@ void BwaFcgiListenerThread::stopListening()
     }
     m_stopRequested = true;
     ::shutdown(m_descriptor, SHUT_RD); // ends a blocked accept
+    refuseWaitingConnections(m_descriptor);
     const FCGX_Request* const awaited = m_awaited;
     const int connection = awaited ? awaited->ipcFd : -1;
     if (connection >= 0) {

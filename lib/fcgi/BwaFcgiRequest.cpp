@@ -100,7 +100,7 @@ BwaFcgiRequest::Watch::~Watch()
     }
 }
 
-// Completes the exchange and frees all that belongs to it; the streams take nothing any more.
+// Completes the exchange and frees all that belongs to it.
 void BwaFcgiRequest::finish()
 {
     if (!m_request) {
@@ -112,8 +112,16 @@ void BwaFcgiRequest::finish()
     FCGX_Finish_r(m_request);
     delete m_request;
     m_request = nullptr;
-    m_out.rdbuf(nullptr);
-    m_err.rdbuf(nullptr);
+}
+
+// Finishes while somebody may still hold the request: the streams take nothing any more.
+void BwaFcgiRequest::abandon()
+{
+    finish();
+    for (std::ostream* stream : {&m_out, &m_err}) {
+        stream->exceptions(std::ios::goodbit);
+        stream->rdbuf(nullptr);
+    }
 }
 
 QPair<unsigned short, QString> BwaFcgiRequest::standardHttpErrorParameters(StandardHttpError error)

@@ -134,6 +134,7 @@ private:
     };
 
     void finish();
+    void abandon();
 
     FCGX_Request* m_request; // owned; null once finished
     std::unique_ptr<BwaFcgiInput> m_input;

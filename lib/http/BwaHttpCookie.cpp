@@ -40,7 +40,7 @@ void BwaHttpCookie::render(std::ostream& stream) const
         // Settled: the text ends in a semicolon of its own, so a path or domain follows ";;".
         stream << "; Expires=Fri, 01-Jan-1971 01:00:00 GMT;";
     } else if (maxAge != 0) {
-        stream << "; Max-Age=" << maxAge;
+        stream << "; Max-Age=" << QString::number(maxAge);
     }
     if (!domain.isNull()) {
         stream << "; Domain=" << domain;

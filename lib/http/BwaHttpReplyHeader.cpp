@@ -19,7 +19,8 @@ BwaHttpReplyHeader::~BwaHttpReplyHeader() = default;
 
 void BwaHttpReplyHeader::render(std::ostream& stream) const
 {
-    stream << m_protocol << ' ' << m_statusCode << ' ' << m_reasonPhrase << std::endl;
+    stream << m_protocol << ' ' << QString::number(m_statusCode) << ' ' << m_reasonPhrase
+           << std::endl;
     for (const QString& line : m_headerLines) {
         stream << line << std::endl;
     }

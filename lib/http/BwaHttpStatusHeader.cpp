@@ -24,5 +24,5 @@ BwaHttpStatusHeader::~BwaHttpStatusHeader() = default;
 
 void BwaHttpStatusHeader::renderStatus(std::ostream& stream) const
 {
-    stream << "Status: " << m_statusCode << ' ' << m_reasonPhrase << std::endl;
+    stream << "Status: " << QString::number(m_statusCode) << ' ' << m_reasonPhrase << std::endl;
 }

@@ -5,12 +5,16 @@
 
 #include <QString>
 
+#include <algorithm>
+#include <string>
 #include <string_view>
 
 #include <simdjson.h>
 
 namespace {
 
+const std::size_t deepestNesting = 1024;
+const std::size_t smallestCapacity = 4096;       // bytes of text
 const std::size_t largestKeptCapacity = 1 << 20; // bytes of text that a kept parser can take
 
 // QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
@@ -24,33 +28,28 @@ QString stringOf(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
-QVariant variantOf(simdjson::dom::element element);
-
-QVariantMap mapOf(simdjson::dom::object object)
-{
-    QVariantMap map;
-    for (const simdjson::dom::key_value_pair field : object) {
-        map.insert(stringOf(field.key), variantOf(field.value));
-    }
-    return map;
-}
-
-QVariantList listOf(simdjson::dom::array array)
-{
-    QVariantList list;
-    for (const simdjson::dom::element item : array) {
-        list.append(variantOf(item));
-    }
-    return list;
-}
-
 QVariant integerOf(qlonglong number)
 {
     return number < 0 ? QVariant(number) : QVariant(static_cast<qulonglong>(number));
 }
 
-// Calls itself as deep as the parser lets a text be nested.
-QVariant variantOf(simdjson::dom::element element)
+/** Turns a parsed text into variants. It calls itself as deep as the text is nested. */
+class VariantBuilder
+{
+public:
+    QVariant variantOf(simdjson::dom::element element);
+    /** How many containers the innermost one of the text stands in, itself counted. */
+    std::size_t depth() const { return m_deepest; }
+
+private:
+    QVariant mapOf(simdjson::dom::object object);
+    QVariant listOf(simdjson::dom::array array);
+
+    std::size_t m_depth = 0;
+    std::size_t m_deepest = 0;
+};
+
+QVariant VariantBuilder::variantOf(simdjson::dom::element element)
 {
     switch (element.type()) {
     case simdjson::dom::element_type::OBJECT:
@@ -73,6 +72,28 @@ QVariant variantOf(simdjson::dom::element element)
     return QVariant();
 }
 
+QVariant VariantBuilder::mapOf(simdjson::dom::object object)
+{
+    QVariantMap map;
+    m_deepest = std::max(m_deepest, ++m_depth);
+    for (const simdjson::dom::key_value_pair field : object) {
+        map.insert(stringOf(field.key), variantOf(field.value));
+    }
+    --m_depth;
+    return map;
+}
+
+QVariant VariantBuilder::listOf(simdjson::dom::array array)
+{
+    QVariantList list;
+    m_deepest = std::max(m_deepest, ++m_depth);
+    for (const simdjson::dom::element item : array) {
+        list.append(variantOf(item));
+    }
+    --m_depth;
+    return list;
+}
+
 } // namespace
 
 QVariant BwaJsonParser::parse(const QByteArray& text, bool* ok)
@@ -80,13 +101,19 @@ QVariant BwaJsonParser::parse(const QByteArray& text, bool* ok)
     // Kept for its buffers, unless one large text has made them large.
     thread_local simdjson::dom::parser parser;
 
+    // The parser does not count an empty innermost container, but does count a value in it.
+    simdjson::error_code error = parser.capacity() > 0
+        ? simdjson::SUCCESS
+        : parser.allocate(smallestCapacity, deepestNesting + 1);
     simdjson::dom::element root;
-    const auto error =
-        parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
-    *ok = !error;
-    QVariant value = error ? QVariant() : variantOf(root);
+    if (!error) {
+        error = parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
+    }
+    VariantBuilder builder;
+    const QVariant value = error ? QVariant() : builder.variantOf(root);
     if (parser.capacity() > largestKeptCapacity) {
         parser = simdjson::dom::parser();
     }
-    return value;
+    *ok = !error && builder.depth() <= deepestNesting;
+    return *ok ? value : QVariant();
 }
