@@ -419,17 +419,17 @@ INSTANTIATE_TEST_SUITE_P(
                     NumberCase{"Unsigned", real<long double>, unsignedNumber(3), "3"}),
     caseName);
 
-// Only what lies below or above the bounds is refused, and a NaN lies nowhere.
-TEST(RealNumberValueOfNaN, IsTaken)
+// No JSON text yields a NaN; one from elsewhere is no number either.
+TEST(RealNumberValueOfNaN, IsRefused)
 {
     const QVariant notANumber(std::numeric_limits<double>::quiet_NaN());
     float single = 1;
     double twofold = 1;
     long double extended = 1;
 
-    EXPECT_TRUE(BwaJsonUtilities::realNumberValue(notANumber, single));
-    EXPECT_TRUE(BwaJsonUtilities::realNumberValue(notANumber, twofold));
-    EXPECT_TRUE(BwaJsonUtilities::realNumberValue(notANumber, extended));
+    EXPECT_FALSE(BwaJsonUtilities::realNumberValue(notANumber, single));
+    EXPECT_FALSE(BwaJsonUtilities::realNumberValue(notANumber, twofold));
+    EXPECT_FALSE(BwaJsonUtilities::realNumberValue(notANumber, extended));
 }
 
 // Booleans, texts, lists and objects
