@@ -5,6 +5,7 @@
 
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiFinish_p.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "services/BwaAbstractFcgiService.h"
 
@@ -41,8 +42,8 @@ bool initializeLibfcgi()
 {
     const SignalDisposition terminate(SIGTERM);
     const SignalDisposition user(SIGUSR1);
-    // In milliseconds: how long a finished connection may stay open on the web server's side.
-    ::setenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT", "200", 0);
+    // For the requests that libfcgi refuses by itself.
+    ::setenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT", QByteArray::number(lingerTime()).constData(), 0);
     FCGX_Init();
     qRegisterMetaType<FCGX_Request*>("FCGX_Request*");
     return true;
@@ -52,13 +53,6 @@ void logException(const std::exception& exception)
 {
     const QString what = QString::fromLatin1(exception.what());
     qDebug("An exception occurs while processing a FastCGI request: %s", what.toUtf8().constData());
-}
-
-void finishAndDelete(FCGX_Request* request)
-{
-    request->keepConnection = 0;
-    FCGX_Finish_r(request);
-    delete request;
 }
 
 } // namespace

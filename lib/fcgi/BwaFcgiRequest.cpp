@@ -6,6 +6,7 @@
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 #include "cgi/BwaGrowingRead_p.h"
+#include "fcgi/BwaFcgiFinish_p.h"
 #include "html/BwaHtmlClosingPairedTag.h"
 #include "html/BwaHtmlDoctype.h"
 #include "html/BwaHtmlElement.h"
@@ -108,9 +109,7 @@ void BwaFcgiRequest::finish()
     }
     m_cgiRequest.reset();
     m_input.reset();
-    m_request->keepConnection = 0; // nobody will accept a second request on the connection
-    FCGX_Finish_r(m_request);
-    delete m_request;
+    finishAndDelete(m_request);
     m_request = nullptr;
 }
 

@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// Closing a connection with input unread resets it, and a reply on its way may be lost. So the
+// sending side is closed first, and what still comes is read until the web server closes, too.
+// libfcgi does the same, but without an end as long as bytes keep dripping in.
+
+#include "fcgi/BwaFcgiFinish_p.h"
+
+#include <QByteArray>
+#include <QElapsedTimer>
+
+#include <poll.h>
+#include <sys/socket.h>
+
+namespace {
+
+void waitForClose(int connection)
+{
+    QElapsedTimer timer;
+    timer.start();
+    ::shutdown(connection, SHUT_WR);
+    char unread[4096];
+    pollfd input = {connection, POLLIN, 0};
+    qint64 left = lingerTime();
+    while (left > 0 && ::poll(&input, 1, static_cast<int>(left)) > 0 &&
+           ::recv(connection, unread, sizeof unread, MSG_DONTWAIT) > 0) {
+        left = lingerTime() - timer.elapsed();
+    }
+}
+
+} // namespace
+
+void finishAndDelete(FCGX_Request* request)
+{
+    FCGX_FClose(request->err);
+    FCGX_FClose(request->out);
+    if (request->ipcFd >= 0) {
+        waitForClose(request->ipcFd);
+    }
+    request->keepConnection = 0; // nobody will accept a second request on the connection
+    FCGX_Detach(request);        // closes without waiting
+    FCGX_Finish_r(request);
+    delete request;
+}
+
+int lingerTime()
+{
+    static const int milliseconds = [] {
+        bool ok = false;
+        const int value = qgetenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT").toInt(&ok);
+        return ok ? value : 200;
+    }();
+    return milliseconds;
+}

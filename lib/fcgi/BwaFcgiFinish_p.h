@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAFCGIFINISH_P_H
+#define BWAFCGIFINISH_P_H
+
+#include <fcgiapp.h>
+
+/**
+ * Completes the exchange of @a request with the web server, closes the connection whatever the web
+ * server would like, and deletes the request, which must come from plain new.
+ */
+void finishAndDelete(FCGX_Request* request);
+
+/**
+ * How long, in milliseconds, a finished connection waits at most for the web server to close its
+ * side: LIBFCGI_OS_CLOSE_POLL_TIMEOUT of the environment, else 200.
+ */
+int lingerTime();
+
+#endif
