@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154
 
 # The applications that scripts/benchmark compares, the requests they are sent and what these cost.
 # Sourced after lib.sh and serving.sh.
