@@ -35,7 +35,7 @@ public:
     {
         readSizes.append(size);
         const auto left = static_cast<unsigned int>(body.size() - position);
-        const QByteArray bytes = body.mid(position, static_cast<int>(std::min(size, left)));
+        QByteArray bytes = body.mid(position, static_cast<int>(std::min(size, left)));
         position += bytes.size();
         return bytes;
     }
