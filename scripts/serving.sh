@@ -25,7 +25,7 @@ end_serving()
 {
     set +e
     trap '' HUP INT TERM
-    end_process "$front_pid" || say "the front server ended with status $?"
+    end_process "$front_pid"
     end_process "$application_pid" || say "the application ended with status $?"
     [ -z "$work" ] || rm -rf "$work"
 }
