@@ -9,15 +9,56 @@
 
 namespace {
 
-QString variable(BwaAbstractCgiInput* input, const char* name)
+/** The names of the variables; made once, for the whole process. */
+struct VariableNames {
+    const QString serverSoftware = QString::fromLatin1("SERVER_SOFTWARE");
+    const QString serverName = QString::fromLatin1("SERVER_NAME");
+    const QString gatewayInterface = QString::fromLatin1("GATEWAY_INTERFACE");
+    const QString serverProtocol = QString::fromLatin1("SERVER_PROTOCOL");
+    const QString serverPort = QString::fromLatin1("SERVER_PORT");
+    const QString requestMethod = QString::fromLatin1("REQUEST_METHOD");
+    const QString pathInfo = QString::fromLatin1("PATH_INFO");
+    const QString pathTranslated = QString::fromLatin1("PATH_TRANSLATED");
+    const QString scriptName = QString::fromLatin1("SCRIPT_NAME");
+    const QString queryString = QString::fromLatin1("QUERY_STRING");
+    const QString remoteHost = QString::fromLatin1("REMOTE_HOST");
+    const QString remoteAddr = QString::fromLatin1("REMOTE_ADDR");
+    const QString authType = QString::fromLatin1("AUTH_TYPE");
+    const QString remoteUser = QString::fromLatin1("REMOTE_USER");
+    const QString remoteIdent = QString::fromLatin1("REMOTE_IDENT");
+    const QString contentType = QString::fromLatin1("CONTENT_TYPE");
+    const QString contentLength = QString::fromLatin1("CONTENT_LENGTH");
+    const QString httpAccept = QString::fromLatin1("HTTP_ACCEPT");
+    const QString httpAcceptLanguage = QString::fromLatin1("HTTP_ACCEPT_LANGUAGE");
+    const QString httpUserAgent = QString::fromLatin1("HTTP_USER_AGENT");
+    const QString httpAuthorization = QString::fromLatin1("HTTP_AUTHORIZATION");
+    const QString httpCookie = QString::fromLatin1("HTTP_COOKIE");
+    const QString https = QString::fromLatin1("HTTPS");
+};
+
+const VariableNames& names()
 {
-    return input->getenv(QString::fromLatin1(name));
+    static const VariableNames names;
+    return names;
 }
 
-// Qt's conversion accepts a leading plus, which no length or port may have.
-bool isSigned(const QString& number)
+// The number that @a text holds in base 10; 0 when it is none, is signed, or exceeds @a largest.
+// As in Qt's conversion, there may be blanks around it.
+unsigned int decimalNumber(const QString& text, unsigned int largest)
 {
-    return number.contains(QLatin1Char('+'));
+    quint64 number = 0;
+    const QString digits = text.trimmed();
+    for (const QChar character : digits) {
+        const int digit = character.unicode() - '0';
+        if (digit < 0 || digit > 9) {
+            return 0;
+        }
+        number = 10 * number + static_cast<unsigned int>(digit);
+        if (number > largest) {
+            return 0;
+        }
+    }
+    return static_cast<unsigned int>(number);
 }
 
 int skipDigits(const QString& text, int position)
@@ -28,39 +69,57 @@ int skipDigits(const QString& text, int position)
     return position;
 }
 
+// The position of the next "; ", or the end of the text.
+int endOfCookie(const QString& text, int begin)
+{
+    int semicolon = indexOfAny<';'>(text, begin, text.size());
+    while (semicolon + 1 < text.size() && text.at(semicolon + 1) != QLatin1Char(' ')) {
+        semicolon = indexOfAny<';'>(text, semicolon + 1, text.size());
+    }
+    return semicolon + 1 < text.size() ? semicolon : text.size();
+}
+
+BwaHttpCookie cookieBetween(const QString& text, int begin, int end)
+{
+    const int equals = indexOfAny<'='>(text, begin, end);
+    if (equals == end) {
+        return BwaHttpCookie(QString::fromLatin1(""), textBetween(text, begin, end));
+    }
+    return BwaHttpCookie(textBetween(text, begin, equals), textBetween(text, equals + 1, end));
+}
+
 } // namespace
 
 BwaCgiEnvironment::BwaCgiEnvironment(BwaAbstractCgiInput* input)
     : m_input(input)
-    , m_serverSoftware(variable(input, "SERVER_SOFTWARE"))
-    , m_serverName(variable(input, "SERVER_NAME"))
-    , m_gatewayInterface(variable(input, "GATEWAY_INTERFACE"))
-    , m_serverProtocol(variable(input, "SERVER_PROTOCOL"))
+    , m_serverSoftware(input->getenv(names().serverSoftware))
+    , m_serverName(input->getenv(names().serverName))
+    , m_gatewayInterface(input->getenv(names().gatewayInterface))
+    , m_serverProtocol(input->getenv(names().serverProtocol))
     , m_serverPort(0)
     , m_contentLength(0)
     , m_https(false)
 {
-    const QString serverPort = variable(input, "SERVER_PORT");
-    m_serverPort = isSigned(serverPort) ? 0 : serverPort.toUShort();
-    m_requestMethod = variable(input, "REQUEST_METHOD");
-    m_pathInfo = variable(input, "PATH_INFO");
-    m_pathTranslated = variable(input, "PATH_TRANSLATED");
-    m_scriptName = variable(input, "SCRIPT_NAME");
-    m_queryString = variable(input, "QUERY_STRING");
-    m_remoteHost = variable(input, "REMOTE_HOST");
-    m_remoteAddr = variable(input, "REMOTE_ADDR");
-    m_authType = variable(input, "AUTH_TYPE");
-    m_remoteUser = variable(input, "REMOTE_USER");
-    m_remoteIdent = variable(input, "REMOTE_IDENT");
-    m_contentType = variable(input, "CONTENT_TYPE");
-    const QString contentLength = variable(input, "CONTENT_LENGTH");
-    m_contentLength = isSigned(contentLength) ? 0 : contentLength.toUInt();
-    m_httpAccept = variable(input, "HTTP_ACCEPT");
-    m_httpAcceptLanguage = variable(input, "HTTP_ACCEPT_LANGUAGE");
-    m_httpUserAgent = variable(input, "HTTP_USER_AGENT");
-    m_httpAuthorization = variable(input, "HTTP_AUTHORIZATION");
-    m_httpCookie = variable(input, "HTTP_COOKIE");
-    m_https = variable(input, "HTTPS") == QLatin1String("on");
+    m_serverPort =
+        static_cast<unsigned short>(decimalNumber(input->getenv(names().serverPort), 65535));
+    m_requestMethod = input->getenv(names().requestMethod);
+    m_pathInfo = input->getenv(names().pathInfo);
+    m_pathTranslated = input->getenv(names().pathTranslated);
+    m_scriptName = input->getenv(names().scriptName);
+    m_queryString = input->getenv(names().queryString);
+    m_remoteHost = input->getenv(names().remoteHost);
+    m_remoteAddr = input->getenv(names().remoteAddr);
+    m_authType = input->getenv(names().authType);
+    m_remoteUser = input->getenv(names().remoteUser);
+    m_remoteIdent = input->getenv(names().remoteIdent);
+    m_contentType = input->getenv(names().contentType);
+    m_contentLength = decimalNumber(input->getenv(names().contentLength), 4294967295U);
+    m_httpAccept = input->getenv(names().httpAccept);
+    m_httpAcceptLanguage = input->getenv(names().httpAcceptLanguage);
+    m_httpUserAgent = input->getenv(names().httpUserAgent);
+    m_httpAuthorization = input->getenv(names().httpAuthorization);
+    m_httpCookie = input->getenv(names().httpCookie);
+    m_https = input->getenv(names().https) == QLatin1String("on");
     m_cookies = parseCookies(m_httpCookie);
 }
 
@@ -86,28 +145,22 @@ BwaCgiEnvironment::ServerProtocol BwaCgiEnvironment::parseServerProtocol(const Q
 
 QList<BwaHttpCookie> BwaCgiEnvironment::parseCookies(const QString& text)
 {
-    const QLatin1String separator("; ");
     QList<BwaHttpCookie> cookies;
     int begin = 0;
-    while (begin >= 0 && !text.isEmpty()) {
-        const int end = text.indexOf(separator, begin);
-        const BwaHttpCookie cookie =
-            parseCookie(textBetween(text, begin, end < 0 ? text.size() : end));
+    while (begin < text.size()) {
+        const int end = endOfCookie(text, begin);
+        const BwaHttpCookie cookie = cookieBetween(text, begin, end);
         if (!cookie.name.isEmpty() || !cookie.value.isEmpty()) {
             cookies.append(cookie);
         }
-        begin = end < 0 ? -1 : end + separator.size();
+        begin = end + 2;
     }
     return cookies;
 }
 
 BwaHttpCookie BwaCgiEnvironment::parseCookie(const QString& text)
 {
-    const int equals = text.indexOf(QLatin1Char('='));
-    if (equals < 0) {
-        return BwaHttpCookie(QString::fromLatin1(""), text);
-    }
-    return BwaHttpCookie(text.left(equals), textBetween(text, equals + 1, text.size()));
+    return cookieBetween(text, 0, text.size());
 }
 
 QPair<QString, QHash<QString, QString>> BwaCgiEnvironment::parseContentType(const QString& text)

@@ -39,6 +39,36 @@ int escapedCode(QChar first, QChar second)
     return first.isSpace() || first == QLatin1Char('+') ? low : -1;
 }
 
+// Decodes from @a read to @a end; the result is written to @a written, and its end returned.
+QChar* decode(const QChar* read, const QChar* end, QChar* written)
+{
+    while (read < end) {
+        const bool isEscape = *read == QLatin1Char('%') && end - read > 2;
+        const int code = isEscape ? escapedCode(read[1], read[2]) : -1;
+        if (code >= 0) {
+            *written++ = QChar(code);
+            read += 3;
+        } else {
+            *written++ = *read == QLatin1Char('+') ? QChar(QLatin1Char(' ')) : *read;
+            ++read;
+        }
+    }
+    return written;
+}
+
+QString decodedBetween(const QString& text, int begin, int end)
+{
+    if (begin >= end) {
+        return QString();
+    }
+    const int size = end - begin;
+    const QChar* const encoded = text.constData() + begin;
+    QString decoded(size, Qt::Uninitialized);
+    decoded.truncate(
+        static_cast<int>(decode(encoded, encoded + size, decoded.data()) - decoded.data()));
+    return decoded;
+}
+
 // 8-bit text ends at its first NUL.
 QString textOf(const QByteArray& bytes)
 {
@@ -138,23 +168,7 @@ bool BwaCgiRequest::processOtherBody()
 
 QString BwaCgiRequest::urlDecode(const QString& text)
 {
-    if (text.isEmpty()) {
-        return QString();
-    }
-    QString decoded;
-    decoded.reserve(text.size());
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar character = text.at(i);
-        const bool isEscape = character == QLatin1Char('%') && i + 2 < text.size();
-        const int code = isEscape ? escapedCode(text.at(i + 1), text.at(i + 2)) : -1;
-        if (code >= 0) {
-            decoded.append(QChar(code));
-            i += 2;
-        } else {
-            decoded.append(character == QLatin1Char('+') ? QChar(QLatin1Char(' ')) : character);
-        }
-    }
-    return decoded;
+    return decodedBetween(text, 0, text.size());
 }
 
 QMultiHash<QString, QString> BwaCgiRequest::parseUrlEncodedVariables(const QString& text)
@@ -162,13 +176,13 @@ QMultiHash<QString, QString> BwaCgiRequest::parseUrlEncodedVariables(const QStri
     QMultiHash<QString, QString> variables;
     int begin = 0;
     while (begin <= text.size()) {
-        int end = indexOfAny(text, "=&;", begin);
-        const QString name = urlDecode(textBetween(text, begin, end));
+        int end = indexOfAny<'=', '&', ';'>(text, begin, text.size());
+        const QString name = decodedBetween(text, begin, end);
         QString value = QString::fromLatin1("");
         if (end < text.size() && text.at(end) == QLatin1Char('=')) {
             const int valueBegin = end + 1;
-            end = indexOfAny(text, "&;", valueBegin);
-            value = urlDecode(textBetween(text, valueBegin, end));
+            end = indexOfAny<'&', ';'>(text, valueBegin, text.size());
+            value = decodedBetween(text, valueBegin, end);
         }
         variables.insert(name, value);
         begin = end + 1;

@@ -14,17 +14,18 @@ QList<QPair<QString, BwaHeaderValueParser::Parameters>> BwaHeaderValueParser::el
 {
     QList<QPair<QString, Parameters>> elements;
     do {
-        const QString mainValue = takeUntil(";,").trimmed();
+        const QString mainValue = takeUntil<';', ','>().trimmed();
         elements.append(qMakePair(mainValue, takeParameters()));
     } while (m_separator == QLatin1Char(','));
     return elements;
 }
 
 // The text up to the next separator or the end; both are left behind.
-QString BwaHeaderValueParser::takeUntil(const char* separators)
+template <char... Separators>
+QString BwaHeaderValueParser::takeUntil()
 {
-    const int begin = m_position;
-    const int end = indexOfAny(m_text, separators, begin);
+    const int begin = std::min(m_position, m_text.size());
+    const int end = indexOfAny<Separators...>(m_text, begin, m_text.size());
     m_separator = end < m_text.size() ? m_text.at(end) : QChar();
     m_position = end + 1;
     return textBetween(m_text, begin, end);
@@ -34,7 +35,7 @@ BwaHeaderValueParser::Parameters BwaHeaderValueParser::takeParameters()
 {
     Parameters parameters;
     while (m_separator == QLatin1Char(';')) {
-        const QString name = takeUntil("=;,").trimmed();
+        const QString name = takeUntil<'=', ';', ','>().trimmed();
         const bool hasValue = m_separator == QLatin1Char('=');
         parameters.insert(name, hasValue ? takeParameterValue() : QString());
     }
@@ -46,21 +47,21 @@ QString BwaHeaderValueParser::takeParameterValue()
     if (m_position < m_text.size() && m_text.at(m_position) == QLatin1Char('"')) {
         ++m_position;
         QString value = takeQuotedString();
-        takeUntil(";,"); // whatever stands behind the closing quote is ignored
+        takeUntil<';', ','>(); // whatever stands behind the closing quote is ignored
         return value;
     }
-    return takeUntil(";,").trimmed();
+    return takeUntil<';', ','>().trimmed();
 }
 
 QString BwaHeaderValueParser::takeQuotedString()
 {
     QString value = QString::fromLatin1("");
-    value += takeUntil("\\\"");
+    value += takeUntil<'\\', '"'>();
     while (m_separator == QLatin1Char('\\')) {
         // Settled: a backslash at the end of the text escapes U+0000.
         value += m_position < m_text.size() ? m_text.at(m_position) : QChar();
         ++m_position;
-        value += takeUntil("\\\"");
+        value += takeUntil<'\\', '"'>();
     }
     return value;
 }

@@ -27,7 +27,8 @@ public:
     QList<QPair<QString, Parameters>> elements();
 
 private:
-    QString takeUntil(const char* separators);
+    template <char... Separators>
+    QString takeUntil();
     Parameters takeParameters();
     QString takeParameterValue();
     QString takeQuotedString();

@@ -6,23 +6,26 @@
 
 #include <QString>
 
+#include <algorithm>
+
 // What the text parsers have in common. Pieces of length 0 are empty, never null.
 
 /** The characters of @a text from @a begin up to @a end. */
 inline QString textBetween(const QString& text, int begin, int end)
 {
-    return begin < end ? text.mid(begin, end - begin) : QString::fromLatin1("");
+    return begin < end ? QString(text.constData() + begin, end - begin) : QString::fromLatin1("");
 }
 
-/** The position of the first of @a characters at or after @a from; the text's size without one. */
-inline int indexOfAny(const QString& text, const char* characters, int from)
+/** The position of the first of the characters between @a begin and @a end; @a end without one. */
+template <char... Characters>
+int indexOfAny(const QString& text, int begin, int end)
 {
-    const QLatin1String wanted(characters);
-    int position = from;
-    while (position < text.size() && !wanted.contains(text.at(position))) {
-        ++position;
-    }
-    return position;
+    const auto isWanted = [](QChar character) {
+        return ((character == QLatin1Char(Characters)) || ...);
+    };
+    const QChar* const characters = text.constData();
+    const QChar* const match = std::find_if(characters + begin, characters + end, isWanted);
+    return static_cast<int>(match - characters);
 }
 
 #endif

@@ -192,14 +192,27 @@ QString BwaFcgiRequest::fullPath() const
     return environment.scriptName() + environment.pathInfo();
 }
 
+// Few of the variables are ever asked for: the bytes are copied in one go, and turned into text
+// when they are.
 BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
     : m_request(request)
 {
+    int textSize = 0;
+    int count = 0;
     for (char** entry = request->envp; *entry; ++entry) {
-        const char* const equals = std::strchr(*entry, '=');
+        textSize += static_cast<int>(std::strlen(*entry));
+        ++count;
+    }
+    m_text.reserve(textSize);
+    m_variables.reserve(count);
+    for (char** entry = request->envp; *entry; ++entry) {
+        const int size = static_cast<int>(std::strlen(*entry));
+        const char* const name = m_text.constData() + m_text.size();
+        m_text.append(*entry, size);
+        const void* const equals = std::memchr(name, '=', static_cast<std::size_t>(size));
         if (equals) {
-            const QString name = QString::fromLatin1(*entry, static_cast<int>(equals - *entry));
-            m_variables.insert(name, QString::fromLatin1(equals + 1));
+            const int nameSize = static_cast<int>(static_cast<const char*>(equals) - name);
+            m_variables.append({name, nameSize, name + nameSize + 1, size - nameSize - 1});
         }
     }
 }
@@ -215,5 +228,12 @@ QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
 
 QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
 {
-    return m_variables.value(name);
+    for (int i = m_variables.size() - 1; i >= 0; --i) { // from the last: it counts
+        const Variable& variable = m_variables.at(i);
+        if (variable.nameSize == name.size() &&
+            name == QLatin1String(variable.name, variable.nameSize)) {
+            return QString::fromLatin1(variable.value, variable.valueSize);
+        }
+    }
+    return QString();
 }

@@ -7,10 +7,11 @@
 #include "cgi/BwaAbstractCgiInput.h"
 #include "http/BwaHttpCookie.h"
 
+#include <QByteArray>
 #include <QList>
-#include <QMap>
 #include <QPair>
 #include <QString>
+#include <QVector>
 
 #include <fcgio.h>
 
@@ -160,8 +161,17 @@ public:
     QString getenv(const QString& name) override;
 
 private:
-    FCGX_Request* m_request; // not owned
-    QMap<QString, QString> m_variables;
+    // A variable within m_text.
+    struct Variable {
+        const char* name;
+        int nameSize;
+        const char* value;
+        int valueSize;
+    };
+
+    FCGX_Request* m_request;       // not owned
+    QByteArray m_text;             // the names and values
+    QVector<Variable> m_variables; // in the order in which they came
 };
 
 #endif
