@@ -32,7 +32,8 @@ TEST(BwaHtmlAttribute, WhenCopiedRendersAsTheOriginal)
 {
     const BwaHtmlAttribute original(QStringLiteral("class"), QStringLiteral("a"));
 
-    const BwaHtmlAttribute copy(original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHtmlAttribute copy(original);
 
     EXPECT_EQ(rendered(copy), "class=\"a\"");
     EXPECT_EQ(rendered(original), "class=\"a\"");

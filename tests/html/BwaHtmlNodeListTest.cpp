@@ -182,7 +182,8 @@ TEST(BwaHtmlNodeList, WhenCopiedClonesEachNodeInOrder)
     const auto original = std::make_unique<BwaHtmlNodeList>();
     original->append(new TrackedNode("a", &log)).append(new TrackedNode("b", &log));
 
-    const BwaHtmlNodeList copy(*original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHtmlNodeList copy(*original);
 
     EXPECT_THAT(log, ElementsAre("clone a", "clone b"));
     EXPECT_EQ(rendered(copy), "a'b'");
@@ -211,7 +212,8 @@ TEST(BwaHtmlNodeList, WhenCopiedKeepsTextsAndCommentsButEmptiesElements)
                                    QStringLiteral("gone")))
         .append(new BwaHtmlComment(QStringLiteral("note")));
 
-    const BwaHtmlNodeList copy(original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHtmlNodeList copy(original);
 
     EXPECT_EQ(rendered(original), "text<p id=\"id\">gone</p><!-- note -->");
     EXPECT_EQ(rendered(copy), "text<p /><!-- note -->");

@@ -138,7 +138,8 @@ TEST(BwaAbstractHtmlTag, LetsDerivedTagsRenderTheNameTheirOwnWay)
     };
     const ShoutingTag original(QStringLiteral("p"));
 
-    const ShoutingTag copy(original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const ShoutingTag copy(original);
 
     EXPECT_EQ(rendered(copy), "P!");
 }
@@ -166,8 +167,8 @@ TEST(BwaHtmlOpeningPairedTag, WhenCopiedRendersAsTheOriginal)
 {
     const BwaHtmlOpeningPairedTag original(QStringLiteral("p"), twoAttributes());
 
-    const BwaHtmlOpeningPairedTag copy(
-        original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHtmlOpeningPairedTag copy(original);
 
     EXPECT_EQ(rendered(copy), "<p id=\"x\" checked=\"checked\">");
 }
@@ -176,8 +177,8 @@ TEST(BwaHtmlClosingPairedTag, WhenCopiedRendersAsTheOriginal)
 {
     const BwaHtmlClosingPairedTag original(QStringLiteral("p"));
 
-    const BwaHtmlClosingPairedTag copy(
-        original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHtmlClosingPairedTag copy(original);
 
     EXPECT_EQ(copy.tagName(), QLatin1String("p"));
     EXPECT_EQ(rendered(copy), "</p>");
@@ -206,7 +207,8 @@ TEST(BwaHtmlUnpairedTag, WhenCopiedRendersAsTheOriginal)
 {
     const BwaHtmlUnpairedTag original(QStringLiteral("hr"), twoAttributes());
 
-    const BwaHtmlUnpairedTag copy(original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHtmlUnpairedTag copy(original);
 
     EXPECT_EQ(rendered(copy), "<hr id=\"x\" checked=\"checked\" />");
 }

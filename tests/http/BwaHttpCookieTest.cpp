@@ -89,7 +89,8 @@ TEST(BwaHttpCookie, WhenCopiedCopiesEverythingIncludingExpired)
     BwaHttpCookie original = fullCookie();
     original.expired = true;
 
-    const BwaHttpCookie copy(original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHttpCookie copy(original);
 
     EXPECT_EQ(copy.name, QLatin1String("id"));
     EXPECT_EQ(copy.value, QLatin1String("7"));
@@ -106,7 +107,8 @@ TEST(BwaHttpCookie, WhenCopiedKeepsNullAndEmptyApart)
     const BwaHttpCookie original(QString(), QLatin1String(""), 0, QLatin1String(""), QString(),
                                  false, false);
 
-    const BwaHttpCookie copy(original); // NOLINT(performance-unnecessary-copy-initialization)
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const BwaHttpCookie copy(original);
 
     EXPECT_TRUE(copy.name.isNull());
     EXPECT_FALSE(copy.value.isNull());
