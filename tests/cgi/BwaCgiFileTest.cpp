@@ -53,10 +53,11 @@ TEST(BwaCgiFile, WhenDefaultConstructedIsEmptyPlainText)
 TEST(BwaCgiFile, IsCopiedWithAllValues)
 {
     const BwaCgiFile original(QStringLiteral("a"), QStringLiteral("b/c"), QByteArray("1"));
-    const BwaCgiFile copy(original);
+    BwaCgiFile copy(original);
     BwaCgiFile assigned;
 
     assigned = copy;
+    copy = BwaCgiFile();
 
     EXPECT_EQ(assigned.fileName(), QStringLiteral("a"));
     EXPECT_EQ(assigned.contentType(), QStringLiteral("b/c"));

@@ -278,15 +278,10 @@ TEST(MultipartBodyText, GivenADelimiterCutByARefillAnywhereRecognisesIt)
 {
     for (int length = 4096 - 47 - 20; length < 4096 - 47 + 4; ++length) {
         const QByteArray content(length, 'x');
-        Reading reading(openField + content +
-                        "\r\n--B\r\nContent-Disposition: form-data; name=b\r\n\r\n2\r\n--B--\r\n");
+        const QByteArray body = openField + content +
+            "\r\n--B\r\nContent-Disposition: form-data; name=b\r\n\r\n2\r\n--B--\r\n";
 
-        ASSERT_TRUE(reading.nextPart());
-        ASSERT_EQ(reading.reader.readAllFromPart(), content) << length;
-        ASSERT_TRUE(reading.nextPart()) << length;
-        ASSERT_EQ(reading.reader.readAllFromPart(), QByteArray("2")) << length;
-        ASSERT_FALSE(reading.nextPart());
-        ASSERT_FALSE(reading.reader.failed()) << length;
+        ASSERT_EQ(partsOf(body), "[a <null>  " + content.toStdString() + "][b <null>  2]complete");
     }
 }
 

@@ -61,6 +61,22 @@ inline int literalParameterValue(const QString& text, int position, QString* val
     return match;
 }
 
+/** Reads the parameters behind the semicolon at @a match; returns as literalQuotedValue() does. */
+inline int literalParameters(const QString& text, int match, QHash<QString, QString>* parameters)
+{
+    while (match >= 0 && text.at(match) == QLatin1Char(';')) {
+        const int start = match + 1;
+        match = literalFind("[=;,]", text, start);
+        const QString name = literalTrimmed(literalSlice(text, start, match));
+        QString value;
+        if (match >= 0 && text.at(match) == QLatin1Char('=')) {
+            match = literalParameterValue(text, match + 1, &value);
+        }
+        parameters->insert(name, value);
+    }
+    return match;
+}
+
 inline QList<QPair<QString, QHash<QString, QString>>> literalHeaderValue(const QString& text)
 {
     QList<QPair<QString, QHash<QString, QString>>> elements;
@@ -69,16 +85,7 @@ inline QList<QPair<QString, QHash<QString, QString>>> literalHeaderValue(const Q
         int match = literalFind("[;,]", text, position);
         const QString mainValue = literalTrimmed(literalSlice(text, position, match));
         QHash<QString, QString> parameters;
-        while (match >= 0 && text.at(match) == QLatin1Char(';')) {
-            const int start = match + 1;
-            match = literalFind("[=;,]", text, start);
-            const QString name = literalTrimmed(literalSlice(text, start, match));
-            QString value;
-            if (match >= 0 && text.at(match) == QLatin1Char('=')) {
-                match = literalParameterValue(text, match + 1, &value);
-            }
-            parameters.insert(name, value);
-        }
+        match = literalParameters(text, match, &parameters);
         elements.append(qMakePair(mainValue, parameters));
         if (match < 0) {
             return elements;

@@ -14,10 +14,7 @@ inline BwaCgiEnvironment::ServerProtocol literalServerProtocol(const QString& te
 {
     const int slash = text.indexOf(QLatin1Char('/'));
     QRegExp version(QStringLiteral("(\\d+)\\.(\\d+)"));
-    BwaCgiEnvironment::ServerProtocol result;
-    result.protocol = slash < 0 ? text : text.left(slash);
-    result.majorVersion = 0;
-    result.minorVersion = 0;
+    BwaCgiEnvironment::ServerProtocol result = {slash < 0 ? text : text.left(slash), 0, 0};
     if (slash >= 0 && version.exactMatch(text.mid(slash + 1))) {
         result.majorVersion = version.cap(1).toUInt();
         result.minorVersion = version.cap(2).toUInt();
