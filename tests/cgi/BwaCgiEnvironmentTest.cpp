@@ -9,6 +9,8 @@
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
 
+#include <QStringList>
+
 #include <gmock/gmock.h>
 
 #include <ostream>
@@ -70,6 +72,22 @@ std::string shownCookies(const QList<BwaHttpCookie>& cookies)
         result += "[" + shownName(cookie.name) + "|" + shownName(cookie.value) + "]";
     }
     return result;
+}
+
+// The cookies as plainly as the rules read.
+QList<BwaHttpCookie> literalCookies(const QString& header)
+{
+    QList<BwaHttpCookie> cookies;
+    const QStringList elements = header.split(text("; "));
+    for (const QString& element : elements) {
+        const int equals = element.indexOf(QLatin1Char('='));
+        const BwaHttpCookie cookie(equals < 0 ? QString() : element.left(equals),
+                                   equals < 0 ? element : element.mid(equals + 1));
+        if (!cookie.name.isEmpty() || !cookie.value.isEmpty()) {
+            cookies.append(cookie);
+        }
+    }
+    return cookies;
 }
 
 } // namespace
@@ -257,6 +275,25 @@ TEST(BwaCgiEnvironmentContentLengthText, GivenDigitsOfOtherScriptsIsZero)
     EXPECT_EQ(BwaCgiEnvironment(&input).contentLength(), 0U);
 }
 
+TEST(BwaCgiEnvironmentContentLengthText, GivenRandomTextAgreesWithTheUnsignedConversion)
+{
+    RandomSource random;
+    const QString alphabet = QStringLiteral(u"000123456789 \t\u00a0\u2003+-x.\u0665") + QChar(0);
+    for (int round = RandomSource::rounds(5000); round > 0; --round) {
+        const QString number = random.text(QStringLiteral("0123456789"), 12);
+        const QString value = random.text(alphabet, 3) + number + random.text(alphabet, 3);
+        MemoryCgiInput input;
+        input.variables.insert(text("CONTENT_LENGTH"), value);
+        input.variables.insert(text("SERVER_PORT"), value);
+
+        const BwaCgiEnvironment environment(&input);
+
+        const bool isSigned = value.contains(QLatin1Char('+')) || value.contains(QLatin1Char('-'));
+        ASSERT_EQ(environment.contentLength(), isSigned ? 0 : value.toUInt()) << shown(value);
+        ASSERT_EQ(environment.serverPort(), isSigned ? 0 : value.toUShort()) << shown(value);
+    }
+}
+
 // --- HTTPS
 
 class BwaCgiEnvironmentHttps : public testing::TestWithParam<NumberCase>
@@ -379,6 +416,19 @@ INSTANTIATE_TEST_SUITE_P(
         CookiesCase{"SeparatorsOnly", "; ; ; ", ""},
         CookiesCase{"DoubleSemicolon", "a=1;; b=2", "[a|1;][b|2]"}),
     nameOf<CookiesCase>);
+
+TEST(ParseCookiesText, GivenRandomTextAgreesWithTheLiteralRules)
+{
+    RandomSource random;
+    const QString alphabet = QStringLiteral(u"ab==;;;   ,\t\"\u00a0\u00e9") + QChar(0);
+    for (int round = RandomSource::rounds(20000); round > 0; --round) {
+        const QString header = random.text(alphabet, 16);
+
+        const QList<BwaHttpCookie> cookies = BwaCgiEnvironment::parseCookies(header);
+
+        ASSERT_EQ(shownCookies(cookies), shownCookies(literalCookies(header))) << shown(header);
+    }
+}
 
 TEST(ParseCookiesText, GivenManyCookiesKeepsThemInOrder)
 {
