@@ -202,18 +202,17 @@ TEST(EncodedBytes, GivenEveryBmpCharacterInEveryPlaceAgreeWithThePatterns)
 
 namespace {
 
-/** The texts of @a length characters of @a alphabet, counted like numbers. */
+/** The texts of @a length characters of @a alphabet. */
 QStringList textsOf(const QString& alphabet, int length)
 {
-    QStringList texts{QString()};
-    for (int i = 0; i < length; ++i) {
-        QStringList longer;
-        for (const QString& start : qAsConst(texts)) {
-            for (const QChar character : alphabet) {
-                longer.append(start + character);
-            }
+    if (length == 0) {
+        return QStringList(QString());
+    }
+    QStringList texts;
+    for (const QString& start : textsOf(alphabet, length - 1)) {
+        for (const QChar character : alphabet) {
+            texts.append(start + character);
         }
-        texts = longer;
     }
     return texts;
 }
