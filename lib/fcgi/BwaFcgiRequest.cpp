@@ -66,6 +66,18 @@ const ErrorReply errorReplies[] = {
     {BwaFcgiRequest::NetworkAuthenticationRequired, "Network Authentication Required"},
 };
 
+// Tells most names apart at a glance: the size, and two characters in which CGI's names differ.
+template <typename Character>
+unsigned int nameMark(const Character* name, int size)
+{
+    if (size == 0) {
+        return 0;
+    }
+    const auto middle = static_cast<unsigned char>(name[size / 2]);
+    const auto last = static_cast<unsigned char>(name[size - 1]);
+    return static_cast<unsigned int>(size) << 16 | static_cast<unsigned int>(middle) << 8 | last;
+}
+
 } // namespace
 
 BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
@@ -142,29 +154,35 @@ void BwaFcgiRequest::sendHttpError(StandardHttpError error)
 
 void BwaFcgiRequest::sendHttpError(unsigned short statusCode, const QString& reasonPhrase)
 {
-    const QString code = QString::number(statusCode);
+    m_outBuffer.setHoldingFlushes(true);
     try {
-        const QString title = code + QLatin1String(" - ") + reasonPhrase;
-        const QString html = QString::fromLatin1("html");
-        const QString head = QString::fromLatin1("head");
-        const QString body = QString::fromLatin1("body");
-        m_out << BwaHttpStatusHeader(statusCode, reasonPhrase)
-              << BwaHtmlDoctype(BwaHtmlDoctype::Html401Strict) << std::endl
-              << BwaHtmlOpeningPairedTag(html) << std::endl
-              << BwaHtmlOpeningPairedTag(head) << std::endl
-              << BwaHtmlElement(QString::fromLatin1("title"), title) << std::endl
-              << BwaHtmlClosingPairedTag(head) << std::endl
-              << BwaHtmlOpeningPairedTag(body) << std::endl
-              << BwaHtmlElement(QString::fromLatin1("h1"), title) << std::endl
-              << BwaHtmlClosingPairedTag(body) << std::endl
-              << BwaHtmlClosingPairedTag(html);
+        writeErrorPage(statusCode, reasonPhrase);
     } catch (const std::exception& exception) {
         const BwaCgiEnvironment& environment = m_cgiRequest->environment();
         m_err << QString::fromLatin1("Error while sending HTTP error %1 (%2) for request to script "
                                      "\"%3\" with path info \"%4\": %5")
-                     .arg(code, reasonPhrase, environment.scriptName(), environment.pathInfo(),
-                          QString::fromLatin1(exception.what()));
+                     .arg(QString::number(statusCode), reasonPhrase, environment.scriptName(),
+                          environment.pathInfo(), QString::fromLatin1(exception.what()));
     }
+    m_outBuffer.setHoldingFlushes(false);
+}
+
+void BwaFcgiRequest::writeErrorPage(unsigned short statusCode, const QString& reasonPhrase)
+{
+    const QString title = QString::number(statusCode) + QLatin1String(" - ") + reasonPhrase;
+    const QString html = QString::fromLatin1("html");
+    const QString head = QString::fromLatin1("head");
+    const QString body = QString::fromLatin1("body");
+    m_out << BwaHttpStatusHeader(statusCode, reasonPhrase)
+          << BwaHtmlDoctype(BwaHtmlDoctype::Html401Strict) << std::endl
+          << BwaHtmlOpeningPairedTag(html) << std::endl
+          << BwaHtmlOpeningPairedTag(head) << std::endl
+          << BwaHtmlElement(QString::fromLatin1("title"), title) << std::endl
+          << BwaHtmlClosingPairedTag(head) << std::endl
+          << BwaHtmlOpeningPairedTag(body) << std::endl
+          << BwaHtmlElement(QString::fromLatin1("h1"), title) << std::endl
+          << BwaHtmlClosingPairedTag(body) << std::endl
+          << BwaHtmlClosingPairedTag(html);
 }
 
 void BwaFcgiRequest::sendStaticFile(const QString& filePath, const QString& contentType,
@@ -192,28 +210,89 @@ QString BwaFcgiRequest::fullPath() const
     return environment.scriptName() + environment.pathInfo();
 }
 
+BwaFcgiRequest::ReplyBuffer::ReplyBuffer(FCGX_Stream* stream)
+    : fcgi_streambuf(stream)
+    , m_progress(Progress::InHeader)
+    , m_isLineEmpty(true)
+    , m_isHolding(false)
+{
+}
+
+BwaFcgiRequest::ReplyBuffer::~ReplyBuffer() = default;
+
+// A single character, such as that of std::endl, which flushes next.
+int BwaFcgiRequest::ReplyBuffer::overflow(int character)
+{
+    if (character == traits_type::eof()) {
+        return fcgi_streambuf::overflow(character);
+    }
+    const char text = traits_type::to_char_type(character);
+    const Progress before = m_progress;
+    follow(&text, 1);
+    if (before == Progress::InHeader && m_progress == Progress::InBody) {
+        m_progress = Progress::AtEndOfHeader;
+    }
+    return fcgi_streambuf::overflow(character);
+}
+
+int BwaFcgiRequest::ReplyBuffer::sync()
+{
+    if (m_isHolding || m_progress == Progress::InHeader) {
+        return 0;
+    }
+    if (m_progress == Progress::AtEndOfHeader) {
+        m_progress = Progress::InBody;
+        return 0;
+    }
+    return fcgi_streambuf::sync();
+}
+
+std::streamsize BwaFcgiRequest::ReplyBuffer::xsputn(const char* text, std::streamsize size)
+{
+    follow(text, size);
+    return fcgi_streambuf::xsputn(text, size);
+}
+
+// The body begins behind the first empty line; a carriage return does not make a line less empty.
+void BwaFcgiRequest::ReplyBuffer::follow(const char* text, std::streamsize size)
+{
+    if (m_progress == Progress::AtEndOfHeader && size > 0) {
+        m_progress = Progress::InBody;
+    }
+    for (const char* const end = text + size; m_progress == Progress::InHeader && text < end;
+         ++text) {
+        if (*text == '\n') {
+            m_progress = m_isLineEmpty ? Progress::InBody : Progress::InHeader;
+            m_isLineEmpty = true;
+        } else if (*text != '\r') {
+            m_isLineEmpty = false;
+        }
+    }
+}
+
 // Few of the variables are ever asked for: the bytes are copied in one go, and turned into text
 // when they are.
 BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
     : m_request(request)
 {
-    int textSize = 0;
+    std::size_t textSize = 0;
     int count = 0;
     for (char** entry = request->envp; *entry; ++entry) {
-        textSize += static_cast<int>(std::strlen(*entry));
+        textSize += std::strlen(*entry) + 1;
         ++count;
     }
-    m_text.reserve(textSize);
+    m_text = QByteArray(static_cast<int>(textSize), Qt::Uninitialized);
     m_variables.reserve(count);
+    char* name = m_text.data();
     for (char** entry = request->envp; *entry; ++entry) {
-        const int size = static_cast<int>(std::strlen(*entry));
-        const char* const name = m_text.constData() + m_text.size();
-        m_text.append(*entry, size);
-        const void* const equals = std::memchr(name, '=', static_cast<std::size_t>(size));
+        char* const end = ::stpcpy(name, *entry);
+        const void* const equals = std::memchr(name, '=', static_cast<std::size_t>(end - name));
         if (equals) {
             const int nameSize = static_cast<int>(static_cast<const char*>(equals) - name);
-            m_variables.append({name, nameSize, name + nameSize + 1, size - nameSize - 1});
+            const int valueSize = static_cast<int>(end - name) - nameSize - 1;
+            m_variables.append({nameMark(name, nameSize), nameSize, name, valueSize});
         }
+        name = end + 1;
     }
 }
 
@@ -228,11 +307,11 @@ QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
 
 QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
 {
+    const unsigned int mark = nameMark(name.utf16(), name.size());
     for (int i = m_variables.size() - 1; i >= 0; --i) { // from the last: it counts
         const Variable& variable = m_variables.at(i);
-        if (variable.nameSize == name.size() &&
-            name == QLatin1String(variable.name, variable.nameSize)) {
-            return QString::fromLatin1(variable.value, variable.valueSize);
+        if (variable.mark == mark && name == QLatin1String(variable.name, variable.nameSize)) {
+            return QString::fromLatin1(variable.name + variable.nameSize + 1, variable.valueSize);
         }
     }
     return QString();

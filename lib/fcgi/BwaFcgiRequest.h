@@ -117,6 +117,37 @@ public:
 private:
     friend class BwaFcgiListener;
 
+    /**
+     * Spares the web server flushes that it cannot use.
+     *
+     * Nothing of a header block is of use before its empty line. So the flushes within a header
+     * block, the one that comes with its last line end, and those of a page that is written in one
+     * go, wait for what follows: the next flush, a full buffer or the end of the reply.
+     */
+    class ReplyBuffer : public fcgi_streambuf
+    {
+    public:
+        explicit ReplyBuffer(FCGX_Stream* stream);
+        ~ReplyBuffer() override;
+
+        /** No flush goes out until a call with false. */
+        void setHoldingFlushes(bool holding) { m_isHolding = holding; }
+
+    protected:
+        int overflow(int character) override;
+        int sync() override;
+        std::streamsize xsputn(const char* text, std::streamsize size) override;
+
+    private:
+        enum class Progress { InHeader, AtEndOfHeader, InBody };
+
+        void follow(const char* text, std::streamsize size);
+
+        Progress m_progress;
+        bool m_isLineEmpty; // the header line that is being written
+        bool m_isHolding;
+    };
+
     /** Knows, as long as it lives, whether a request has been deleted. */
     class Watch
     {
@@ -134,6 +165,7 @@ private:
         BwaFcgiRequest* m_request; // not owned; null once deleted
     };
 
+    void writeErrorPage(unsigned short statusCode, const QString& reasonPhrase);
     void finish();
     void abandon();
 
@@ -141,7 +173,7 @@ private:
     std::unique_ptr<BwaFcgiInput> m_input;
     std::unique_ptr<BwaCgiRequest> m_cgiRequest; // reads from m_input
     // Unbuffered, so that they touch nothing when they are destroyed after the finish.
-    fcgi_streambuf m_outBuffer;
+    ReplyBuffer m_outBuffer;
     fcgi_streambuf m_errBuffer;
     std::ostream m_out; // writes to m_outBuffer
     std::ostream m_err; // writes to m_errBuffer
@@ -163,10 +195,10 @@ public:
 private:
     // A variable within m_text.
     struct Variable {
-        const char* name;
+        unsigned int mark; // of the name
         int nameSize;
-        const char* value;
-        int valueSize;
+        const char* name;
+        int valueSize; // the value stands one byte behind the name
     };
 
     FCGX_Request* m_request;       // not owned
