@@ -7,11 +7,15 @@
 
 #include <QFile>
 #include <QList>
+#include <QMap>
 
 #include <fcgiapp.h>
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <random>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -186,6 +190,39 @@ TEST_F(BwaFcgiInput, WhenTheParametersChangeLaterKeepsItsOwn)
     entry[2] = '2';
 
     EXPECT_EQ(input.getenv(QStringLiteral("A")), QStringLiteral("1"));
+}
+
+// Whatever makes the look-up fast: the values are those of a plain map.
+TEST_F(BwaFcgiInput, GivenRandomEntriesFindsWhatAMapFinds)
+{
+    const unsigned int seed = std::random_device()();
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    std::vector<std::string> texts(2000);
+    QMap<QString, QString> expected;
+    std::vector<char*> entries;
+    for (std::string& text : texts) {
+        for (unsigned int size = random() % 7; size > 0; --size) {
+            text += "ab=A\xe9_"[random() % 6];
+        }
+        const size_t equals = text.find('=');
+        if (equals != std::string::npos) {
+            expected.insert(QString::fromLatin1(text.substr(0, equals).c_str()),
+                            QString::fromLatin1(text.substr(equals + 1).c_str()));
+        }
+        entries.push_back(text.data());
+    }
+    entries.push_back(nullptr);
+
+    Input input(acceptedWithEntries(entries.data()));
+
+    for (const std::string& text : texts) {
+        const QString name = QString::fromLatin1(text.c_str()).section(QLatin1Char('='), 0, 0);
+        const QString value = input.getenv(name);
+        EXPECT_EQ(value, expected.value(name));
+        EXPECT_EQ(value.isNull(), !expected.contains(name));
+    }
+    EXPECT_TRUE(input.getenv(QString(QChar(0x1e9))).isNull()); // not Latin-1, though it ends alike
 }
 
 TEST_F(BwaFcgiInput, GivenSizeZeroReadsNothing)

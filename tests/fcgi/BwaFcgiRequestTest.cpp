@@ -13,6 +13,8 @@
 #include <ostream>
 #include <type_traits>
 
+#include <poll.h>
+
 namespace {
 
 const FcgiParameters someRequest = {{"REQUEST_METHOD", "POST"}, {"SCRIPT_NAME", "/api.fcgi"},
@@ -142,15 +144,39 @@ TEST(BwaFcgiRequest, WritesBytesAsTheyStand)
     EXPECT_EQ(exchange.reply().out, bytes);
 }
 
-TEST(BwaFcgiRequest, SendsOneRecordAFlush)
+TEST(BwaFcgiRequest, WhenTheBodyIsFlushedSendsItAtOnce)
 {
     FcgiExchange exchange(someRequest);
     BwaFcgiRequest* request = exchange.takeRequest();
 
-    request->out() << "one " << 1 << '\n' << std::flush << std::flush << "two" << std::endl;
+    request->out() << "A: b\n\none " << 1 << '\n' << std::flush << std::flush << "two" << std::endl;
     delete request;
 
-    EXPECT_THAT(exchange.reply().outRecords, testing::ElementsAre("one 1\n", "two\n"));
+    EXPECT_THAT(exchange.reply().outRecords, testing::ElementsAre("A: b\n\none 1\n", "two\n"));
+}
+
+TEST(BwaFcgiRequest, WhenACompletedHeaderIsFlushedSendsItAtOnce)
+{
+    FcgiExchange exchange(someRequest);
+    BwaFcgiRequest* request = exchange.takeRequest();
+
+    request->out() << "A: b" << std::endl << std::endl << std::flush << "body" << std::flush;
+    delete request;
+
+    const FcgiReply reply = exchange.reply();
+    EXPECT_EQ(reply.outRecords.last(), QByteArray("body"));
+    EXPECT_EQ(reply.out, QByteArray("A: b\n\nbody"));
+}
+
+TEST(BwaFcgiRequest, WhenErrorsAreFlushedSendsThemAtOnce)
+{
+    FcgiExchange exchange(someRequest);
+    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+
+    request->err() << "something" << std::flush;
+
+    pollfd entry = {exchange.client().descriptor(), POLLIN, 0};
+    EXPECT_EQ(poll(&entry, 1, 0), 1);
 }
 
 TEST(BwaFcgiRequest, WhenDeletedFinishesTheExchange)
@@ -201,7 +227,7 @@ TEST(BwaFcgiRequest, WhenThePeerHasGoneIsDeletedWithoutHarm)
     BwaFcgiRequest* request = exchange.takeRequest();
     exchange.client().abort();
 
-    request->out() << "nobody reads this" << std::endl << "nor this" << std::endl;
+    request->out() << "A: b\n\nnobody reads this" << std::flush << "nor this" << std::endl;
     const bool broken = request->out().bad();
     request->err() << "nor that" << std::flush;
     delete request;

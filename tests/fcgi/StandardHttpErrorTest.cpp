@@ -159,14 +159,19 @@ TEST(SendHttpError, WritesTheWholePage)
 
 TEST(SendHttpError, FlushesAfterEachLine)
 {
-    const FcgiReply reply = replyOf(404, QStringLiteral("Not Found"));
+    FcgiExchange exchange(someRequest);
+    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    BrokenBuffer buffer(request->out());
 
-    EXPECT_THAT(reply.outRecords,
+    request->sendHttpError(404, QStringLiteral("Not Found"));
+
+    EXPECT_THAT(buffer.flushed,
                 ElementsAre("Status: 404 Not Found\n", "\n",
                             "<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01//EN\" "
                             "\"http://www.w3.org/TR/html4/strict.dtd\">\n",
                             "<html>\n", "<head>\n", "<title>404 - Not Found</title>\n", "</head>\n",
-                            "<body>\n", "<h1>404 - Not Found</h1>\n", "</body>\n", "</html>"));
+                            "<body>\n", "<h1>404 - Not Found</h1>\n", "</body>\n"));
+    EXPECT_EQ(buffer.written, notFoundPage);
 }
 
 TEST(SendHttpError, GivenMemberWritesItsCodeAndPhrase)
@@ -216,6 +221,7 @@ TEST(SendHttpError, WhenThePeerHasGoneReturns)
 
     request->sendHttpError(BwaFcgiRequest::NotFound);
 
+    request->out() << std::flush;
     EXPECT_TRUE(request->out().bad());
 }
 

@@ -61,9 +61,14 @@ TEST(SendStaticFile, WritesTheCookiesInTheirOrderBehindTheLines)
 
 TEST(SendStaticFile, FlushesAfterEachLine)
 {
-    const FcgiReply reply = replyOf("/srv/f", "text/plain", {cookie("a", "1")});
+    FcgiExchange exchange(someRequest);
+    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    BrokenBuffer buffer(request->out());
 
-    EXPECT_THAT(reply.outRecords,
+    request->sendStaticFile(QStringLiteral("/srv/f"), QStringLiteral("text/plain"),
+                            {cookie("a", "1")});
+
+    EXPECT_THAT(buffer.flushed,
                 testing::ElementsAre("HTTP/1.1 200 OK\n", "Content-Type: text/plain\n",
                                      "X-Sendfile: /srv/f\n", "Set-Cookie:a=1\n", "\n"));
 }
