@@ -9,9 +9,14 @@
 
 #include <QByteArray>
 #include <QElapsedTimer>
+#include <QMutex>
+#include <QMutexLocker>
+
+#include <algorithm>
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 namespace {
 
@@ -29,6 +34,48 @@ void waitForClose(int connection)
     }
 }
 
+void freeRequest(FCGX_Request* request)
+{
+    FCGX_Free(request, 0);
+    delete request;
+}
+
+/** The requests that have been finished and not yet freed; usable from any thread. */
+class FinishedRequests
+{
+public:
+    /** False when there are too many already. */
+    bool keep(FCGX_Request* request)
+    {
+        QMutexLocker locker(&m_mutex);
+        if (m_count == most) {
+            return false;
+        }
+        m_requests[m_count++] = request;
+        return true;
+    }
+
+    void freeAll()
+    {
+        QMutexLocker locker(&m_mutex);
+        std::for_each(m_requests, m_requests + m_count, freeRequest);
+        m_count = 0;
+    }
+
+private:
+    static constexpr int most = 8;
+
+    QMutex m_mutex;
+    FCGX_Request* m_requests[most]; // owned
+    int m_count = 0;
+};
+
+FinishedRequests& finishedRequests()
+{
+    static FinishedRequests requests;
+    return requests;
+}
+
 } // namespace
 
 void finishAndDelete(FCGX_Request* request)
@@ -38,10 +85,17 @@ void finishAndDelete(FCGX_Request* request)
     if (request->ipcFd >= 0) {
         waitForClose(request->ipcFd);
     }
-    request->keepConnection = 0; // nobody will accept a second request on the connection
-    FCGX_Detach(request);        // closes without waiting
-    FCGX_Finish_r(request);
-    delete request;
+    // Closed also if the web server would keep it: nobody accepts a second request on it.
+    ::close(request->ipcFd);
+    request->ipcFd = -1;
+    if (!finishedRequests().keep(request)) {
+        freeRequest(request);
+    }
+}
+
+void freeFinishedRequests()
+{
+    finishedRequests().freeAll();
 }
 
 int lingerTime()

@@ -154,4 +154,5 @@ void BwaFcgiListener::dropUndeliveredRequests()
 {
     blockSignals(true);
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+    freeFinishedRequests();
 }

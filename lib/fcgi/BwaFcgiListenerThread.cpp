@@ -3,6 +3,7 @@
 
 #include "fcgi/BwaFcgiListenerThread.h"
 
+#include "fcgi/BwaFcgiFinish_p.h"
 #include "fcgi/BwaFcgiSocket_p.h"
 
 #include <QMutexLocker>
@@ -118,6 +119,7 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
 void BwaFcgiListenerThread::acceptRequests(int descriptor)
 {
     while (true) {
+        freeFinishedRequests();
         FCGX_Request* const request = new FCGX_Request;
         FCGX_InitRequest(request, descriptor, 0);
         delete m_awaited.exchange(request);

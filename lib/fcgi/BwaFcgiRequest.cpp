@@ -14,6 +14,7 @@
 #include "http/BwaHttpReplyHeader.h"
 #include "http/BwaHttpStatusHeader.h"
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 
@@ -66,16 +67,13 @@ const ErrorReply errorReplies[] = {
     {BwaFcgiRequest::NetworkAuthenticationRequired, "Network Authentication Required"},
 };
 
-// Tells most names apart at a glance: the size, and two characters in which CGI's names differ.
+// The names of CGI differ in their size, their middle and their end.
 template <typename Character>
-unsigned int nameMark(const Character* name, int size)
+unsigned int hashOf(const Character* name, int size)
 {
-    if (size == 0) {
-        return 0;
-    }
-    const auto middle = static_cast<unsigned char>(name[size / 2]);
-    const auto last = static_cast<unsigned char>(name[size - 1]);
-    return static_cast<unsigned int>(size) << 16 | static_cast<unsigned int>(middle) << 8 | last;
+    const auto middle = static_cast<unsigned char>(size > 0 ? name[size / 2] : 0);
+    const auto last = static_cast<unsigned char>(size > 0 ? name[size - 1] : 0);
+    return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
 }
 
 } // namespace
@@ -283,6 +281,7 @@ BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
     }
     m_text = QByteArray(static_cast<int>(textSize), Qt::Uninitialized);
     m_variables.reserve(count);
+    std::fill_n(m_buckets, bucketCount, -1);
     char* name = m_text.data();
     for (char** entry = request->envp; *entry; ++entry) {
         char* const end = ::stpcpy(name, *entry);
@@ -290,7 +289,9 @@ BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
         if (equals) {
             const int nameSize = static_cast<int>(static_cast<const char*>(equals) - name);
             const int valueSize = static_cast<int>(end - name) - nameSize - 1;
-            m_variables.append({nameMark(name, nameSize), nameSize, name, valueSize});
+            int& bucket = m_buckets[hashOf(name, nameSize) % bucketCount];
+            m_variables.append({name, nameSize, valueSize, bucket});
+            bucket = m_variables.size() - 1;
         }
         name = end + 1;
     }
@@ -307,12 +308,13 @@ QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
 
 QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
 {
-    const unsigned int mark = nameMark(name.utf16(), name.size());
-    for (int i = m_variables.size() - 1; i >= 0; --i) { // from the last: it counts
-        const Variable& variable = m_variables.at(i);
-        if (variable.mark == mark && name == QLatin1String(variable.name, variable.nameSize)) {
+    int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
+    while (index >= 0) { // from the last to the first: the last counts
+        const Variable& variable = m_variables.at(index);
+        if (name == QLatin1String(variable.name, variable.nameSize)) {
             return QString::fromLatin1(variable.name + variable.nameSize + 1, variable.valueSize);
         }
+        index = variable.next;
     }
     return QString();
 }

@@ -193,17 +193,20 @@ public:
     QString getenv(const QString& name) override;
 
 private:
+    static constexpr int bucketCount = 64;
+
     // A variable within m_text.
     struct Variable {
-        unsigned int mark; // of the name
-        int nameSize;
         const char* name;
+        int nameSize;
         int valueSize; // the value stands one byte behind the name
+        int next;      // index of the variable before it in the same bucket, or -1
     };
 
     FCGX_Request* m_request;       // not owned
     QByteArray m_text;             // the names and values
     QVector<Variable> m_variables; // in the order in which they came
+    int m_buckets[bucketCount];    // index of the last variable in each, or -1
 };
 
 #endif

@@ -7,9 +7,6 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 
-#include <QList>
-
-#include <algorithm>
 #include <exception>
 
 BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
@@ -41,14 +38,14 @@ void BwaDispatcherFcgiService::dispatch(BwaFcgiRequest* request)
     const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
     const QString path = servicePath();
     const QString pathInfo = environment.pathInfo();
-    const QString childrenPath = path + QLatin1Char('/');
-    if (pathInfo == path || pathInfo == childrenPath) {
+    const int restBegin = path.size() + 1; // behind the slash
+    const bool isBelow = pathInfo.startsWith(path) &&
+        (pathInfo.size() < restBegin || pathInfo.at(path.size()) == QLatin1Char('/'));
+    if (isBelow && pathInfo.size() <= restBegin) {
         processThisService(request);
         return;
     }
-    BwaAbstractFcgiService* const child = pathInfo.startsWith(childrenPath)
-        ? childForPath(pathInfo.mid(childrenPath.size()))
-        : nullptr;
+    BwaAbstractFcgiService* const child = isBelow ? childForPath(pathInfo.mid(restBegin)) : nullptr;
     if (child) {
         child->processRequest(request);
         return;
@@ -122,8 +119,14 @@ BwaAbstractFcgiService* BwaDispatcherFcgiService::removeService(const QString& n
 
 QString BwaDispatcherFcgiService::childServiceName(const BwaAbstractFcgiService* service) const
 {
-    const QList<QString> names = m_names.values(service);
-    return names.isEmpty() ? QString() : *std::min_element(names.constBegin(), names.constEnd());
+    const QString* first = nullptr;
+    for (auto name = m_names.constFind(service);
+         name != m_names.constEnd() && name.key() == service; ++name) {
+        if (!first || name.value() < *first) {
+            first = &name.value();
+        }
+    }
+    return first ? *first : QString();
 }
 
 void BwaDispatcherFcgiService::serviceDestroyed(const QString& name)
