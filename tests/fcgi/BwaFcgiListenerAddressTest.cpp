@@ -175,7 +175,7 @@ void collectWarning(QtMsgType type, const QMessageLogContext&, const QString& me
 
 class BwaFcgiListenerPort : public BwaFcgiListenerAddress
 {
-protected:
+public:
     BwaFcgiListenerPort()
     {
         QDir::setCurrent(folder());

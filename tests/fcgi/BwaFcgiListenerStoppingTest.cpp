@@ -18,6 +18,9 @@
 
 namespace {
 
+const qint64 atOnce = 1000;   // milliseconds; 100 are promised, the machine may be busy
+const qint64 promised = 3000; // milliseconds, with connections that are stuck
+
 // A request that stops in the middle of its parameters.
 QByteArray halfRequest()
 {
@@ -50,9 +53,6 @@ private:
     int m_before = 0;
 };
 
-const qint64 atOnce = 1000;   // milliseconds; 100 are promised, the machine may be busy
-const qint64 promised = 3000; // milliseconds, with connections that are stuck
-
 // The wait status of a child process that runs body.
 int statusOfChild(const std::function<int()>& body)
 {
@@ -66,17 +66,26 @@ int statusOfChild(const std::function<int()>& body)
     return status;
 }
 
-// In a child: listens and hands the listener to work.
-int listenAndThen(const QString& address,
-                  const std::function<int(std::unique_ptr<BwaFcgiListener>)>& work)
+// In a child process: listens, and hands the listener to work.
+int listenAndThen(const QString& address, const std::function<int(BwaFcgiListener*)>& work)
 {
     int argumentCount = 1;
     char name[] = "tests";
     char* arguments[] = {name, nullptr};
     QCoreApplication application(argumentCount, arguments);
-    auto listener = std::make_unique<BwaFcgiListener>(QMap<QString, BwaAbstractFcgiService*>());
+    auto* const listener = new BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*>());
     listener->listen(address);
-    return work(std::move(listener));
+    return work(listener);
+}
+
+// The wait status of a child process that listens and destroys the listener after delay.
+int statusOfStopAfter(std::chrono::microseconds delay, const QString& address)
+{
+    const auto stop = [delay](BwaFcgiListener* listener) {
+        std::this_thread::sleep_for(delay);
+        return millisecondsOf([listener] { delete listener; }) < atOnce ? 0 : 1;
+    };
+    return statusOfChild([&] { return listenAndThen(address, stop); });
 }
 
 // The bytes that the client has sent and nobody has read yet; on a port, that have not arrived yet.
@@ -209,27 +218,20 @@ TEST(BwaFcgiListenerStoppingAtAnyMoment, IsDoneAtOnce)
     std::uniform_int_distribution<int> delays(0, 1000); // microseconds
 
     for (int round = 0; round < 1000; ++round) {
-        const int delay = round % 4 == 0 ? 0 : delays(random);
-        const int status = statusOfChild([&] {
-            return listenAndThen(address, [&](std::unique_ptr<BwaFcgiListener> listener) {
-                std::this_thread::sleep_for(std::chrono::microseconds(delay));
-                return millisecondsOf([&] { listener.reset(); }) < atOnce ? 0 : 1;
-            });
-        });
+        const std::chrono::microseconds delay(round % 4 == 0 ? 0 : delays(random));
 
-        ASSERT_EQ(status, 0) << "round " << round << ", after " << delay << " us";
+        ASSERT_EQ(statusOfStopAfter(delay, address), 0)
+            << "round " << round << ", after " << delay.count() << " us";
     }
 }
 
 TEST(BwaFcgiListenerSigterm, EndsTheProcess)
 {
     const QTemporaryDir folder;
+    const QString address = folder.path() + QLatin1String("/socket");
 
-    const int status = statusOfChild([&] {
-        return listenAndThen(
-            folder.path() + QLatin1String("/socket"),
-            [](const std::unique_ptr<BwaFcgiListener>&) { return raise(SIGTERM); });
-    });
+    const int status = statusOfChild(
+        [&] { return listenAndThen(address, [](BwaFcgiListener*) { return raise(SIGTERM); }); });
 
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(WTERMSIG(status), SIGTERM);
@@ -271,9 +273,9 @@ TEST_F(BwaFcgiListenerStopping, WhenASilentPeerHasJustGoneIsDone)
 TEST_F(BwaFcgiListenerStopping, WhenConnectionsWaitToBeAcceptedIsDone)
 {
     start();
-    std::vector<std::unique_ptr<FcgiClient>> clients;
-    for (int number = 0; number < 20; ++number) {
-        clients.push_back(std::make_unique<FcgiClient>(path()));
+    std::vector<std::unique_ptr<FcgiClient>> clients(20);
+    for (auto& client : clients) {
+        client = std::make_unique<FcgiClient>(path());
     }
 
     destroyWithin(promised);
@@ -285,32 +287,59 @@ TEST_F(BwaFcgiListenerStopping, WhenConnectionsWaitToBeAcceptedIsDone)
 
 // Requests that were accepted and not handed out
 
-TEST_F(BwaFcgiListenerStopping, WhenRequestsAreUndeliveredFinishesThem)
+namespace {
+
+class BwaFcgiListenerUndelivered : public BwaFcgiListenerStopping
 {
-    int served = 0;
-    serve("/api", [&](BwaFcgiRequest* request) {
-        ++served;
-        delete request;
-    });
-    start();
-    std::vector<std::unique_ptr<FcgiClient>> clients;
-    for (int number = 0; number < 4; ++number) {
-        clients.push_back(std::make_unique<FcgiClient>(path()));
-        clients.back()->send(FcgiClient::requestBytes(apiRequest(), "body", number % 2 == 0));
-        waitUntil([&] { return connectedSockets() == 2 * static_cast<int>(clients.size()); });
+protected:
+    // Four accepted requests, half of them with connections to be kept; the last one may be half
+    // read yet. The event loop does not run.
+    void acceptRequests()
+    {
+        serve("/api", [this](BwaFcgiRequest* request) {
+            ++served;
+            delete request;
+        });
+        start();
+        int accepted = 0;
+        for (auto& client : clients) {
+            const bool keepConnection = accepted % 2 == 0;
+            client = std::make_unique<FcgiClient>(path());
+            client->send(FcgiClient::requestBytes(apiRequest(), "body", keepConnection));
+            ++accepted;
+            waitUntil([&] { return connectedSockets() == 2 * accepted; });
+        }
     }
+
+    int served = 0;
+    std::unique_ptr<FcgiClient> clients[4];
+};
+
+} // namespace
+
+TEST_F(BwaFcgiListenerUndelivered, AreFinishedWithoutAReply)
+{
+    acceptRequests();
 
     destroyWithin(promised);
 
     EXPECT_EQ(served, 0);
-    for (size_t number = 0; number < 3; ++number) { // the last one may be half read
+    for (int number = 0; number < 3; ++number) {
         const FcgiReply reply = clients[number]->readReply();
-        EXPECT_TRUE(reply.ended);
-        EXPECT_EQ(reply.out, QByteArray());
-        EXPECT_TRUE(clients[number]->isClosedByPeer());
+        EXPECT_TRUE(reply.ended && reply.out.isEmpty());
     }
-    clients.back()->readReply();
-    EXPECT_TRUE(clients.back()->isClosedByPeer());
-    clients.clear();
+}
+
+TEST_F(BwaFcgiListenerUndelivered, AreClosed)
+{
+    acceptRequests();
+
+    destroyWithin(promised);
+
+    for (auto& client : clients) {
+        client->readReply();
+        EXPECT_TRUE(client->isClosedByPeer());
+        client.reset();
+    }
     EXPECT_EQ(openedDescriptors(), 0);
 }

@@ -13,7 +13,6 @@
 #include <QMetaMethod>
 #include <QPointer>
 #include <QThread>
-#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -145,30 +144,34 @@ TEST_F(BwaFcgiListenerServing, RunsServicesInItsOwnThread)
 TEST_F(BwaFcgiListenerServing, WhileAServiceRunsAcceptsTheNextConnection)
 {
     std::unique_ptr<FcgiClient> second;
-    serve("/api", [&](BwaFcgiRequest* request) {
-        if (!second) {
-            const int before = openDescriptors();
-            second = std::make_unique<FcgiClient>(path());
-            second->sendRequest(apiRequest("/second"));
-            second->shutDownSending();
-            waitUntil([&] { return openDescriptors() == before + 2; });
-        }
+    serve("/first", [&](BwaFcgiRequest* request) {
+        const int before = connectedSockets();
+        second = std::make_unique<FcgiClient>(path());
+        waitUntil([&] { return connectedSockets() == before + 2; });
         answerPathInfo(request);
     });
+    serve("/api", answerPathInfo);
     start();
 
-    EXPECT_EQ(replyTo(apiRequest("/first")).out, QByteArray("/first"));
-    EXPECT_EQ(replyTo(*second).out, QByteArray("/second"));
+    EXPECT_EQ(replyTo({{"SCRIPT_NAME", "/first"}, {"PATH_INFO", "/x"}}).out, QByteArray("/x"));
+    second->sendRequest(apiRequest("/y"));
+    second->shutDownSending();
+    EXPECT_EQ(replyTo(*second).out, QByteArray("/y"));
 }
 
 TEST_F(BwaFcgiListenerServing, WhenTheServiceAnswersLaterTouchesTheRequestNoMore)
 {
-    serve("/api", [](BwaFcgiRequest* request) {
-        QTimer::singleShot(1, [request] { answerPathInfo(request); });
-    });
+    BwaFcgiRequest* kept = nullptr;
+    serve("/api", [&](BwaFcgiRequest* request) { kept = request; });
     start();
+    FcgiClient client(path());
+    client.sendRequest(apiRequest("/later"));
+    client.shutDownSending();
 
-    EXPECT_EQ(replyTo(apiRequest("/later")).out, QByteArray("/later"));
+    runEventLoopUntil([&] { return kept != nullptr; });
+    answerPathInfo(kept);
+
+    EXPECT_EQ(replyTo(client).out, QByteArray("/later"));
 }
 
 TEST_F(BwaFcgiListenerServing, WhenListeningAlreadyIgnoresOtherAddresses)
@@ -306,7 +309,7 @@ void collectDebugMessage(QtMsgType type, const QMessageLogContext&, const QStrin
 
 class BwaFcgiListenerException : public ListenerFixture
 {
-protected:
+public:
     BwaFcgiListenerException()
     {
         debugMessages = &messages;
@@ -319,6 +322,7 @@ protected:
         debugMessages = nullptr;
     }
 
+protected:
     // Serves a request with a service that throws that text, without and after deleting it.
     FcgiReply replyOfServiceThatLeaves(const std::string& what)
     {

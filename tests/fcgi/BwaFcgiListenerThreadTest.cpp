@@ -25,7 +25,7 @@ using testing::ElementsAre;
 // A worker on a thread of the test.
 class BwaFcgiListenerThreadWorker : public testing::Test
 {
-protected:
+public:
     BwaFcgiListenerThreadWorker()
         : m_application(m_argumentCount, m_arguments)
     {
@@ -40,6 +40,7 @@ protected:
 
     ~BwaFcgiListenerThreadWorker() override { stop(); }
 
+protected:
     void listen(const QByteArray& address)
     {
         QMetaObject::invokeMethod(&worker, "listen", Qt::QueuedConnection,
@@ -61,7 +62,7 @@ protected:
     {
         runEventLoopUntil([this] { return !requests.isEmpty(); });
         FCGX_Request* request = requests.takeFirst();
-        const QByteArray pathInfo(FCGX_GetParam("PATH_INFO", request->envp));
+        QByteArray pathInfo(FCGX_GetParam("PATH_INFO", request->envp));
         FCGX_Finish_r(request);
         delete request;
         return pathInfo;

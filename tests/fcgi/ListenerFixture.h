@@ -79,10 +79,11 @@ qint64 millisecondsOf(const std::function<void()>& work);
  */
 class ListenerFixture : public testing::Test
 {
-protected:
+public:
     ListenerFixture();
     ~ListenerFixture() override;
 
+protected:
     /** Adds a service, before the listener is first used. */
     FunctionService* serve(const char* scriptName, const FunctionService::Answer& answer);
     BwaFcgiListener& listener();

@@ -122,6 +122,23 @@ int twoBytes(const QByteArray& bytes, int position)
         static_cast<quint8>(bytes.at(position + 1));
 }
 
+void addRecord(FcgiReply* reply, int type, const QByteArray& content)
+{
+    if (type == standardOutput) {
+        reply->out += content;
+        if (!content.isEmpty()) {
+            reply->outRecords.append(content);
+        }
+    } else if (type == standardError) {
+        reply->err += content;
+    } else if (type == endRequest) {
+        reply->ended = true;
+        reply->protocolStatus = content.size() > 4 ? static_cast<quint8>(content.at(4)) : -1;
+    } else {
+        ADD_FAILURE() << "unexpected record of type " << type;
+    }
+}
+
 } // namespace
 
 FcgiClient::FcgiClient(const QByteArray& path)
@@ -192,25 +209,8 @@ FcgiReply FcgiClient::readReply()
             return reply;
         }
         const QByteArray content = readBytes(twoBytes(header, 4));
-        readBytes(static_cast<quint8>(header.at(6)));
-
-        switch (header.at(1)) {
-        case standardOutput:
-            reply.out += content;
-            if (!content.isEmpty()) {
-                reply.outRecords.append(content);
-            }
-            break;
-        case standardError:
-            reply.err += content;
-            break;
-        case endRequest:
-            reply.ended = true;
-            reply.protocolStatus = content.size() > 4 ? static_cast<quint8>(content.at(4)) : -1;
-            break;
-        default:
-            ADD_FAILURE() << "unexpected record of type " << static_cast<int>(header.at(1));
-        }
+        readBytes(static_cast<quint8>(header.at(6))); // padding
+        addRecord(&reply, header.at(1), content);
     }
     return reply;
 }
