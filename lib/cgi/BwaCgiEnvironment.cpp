@@ -4,7 +4,7 @@
 #include "cgi/BwaCgiEnvironment.h"
 
 #include "cgi/BwaAbstractCgiInput.h"
-#include "cgi/BwaCgiRequest.h"
+#include "cgi/BwaHeaderValueParser_p.h"
 #include "cgi/BwaTextScanning_p.h"
 
 namespace {
@@ -165,5 +165,5 @@ BwaHttpCookie BwaCgiEnvironment::parseCookie(const QString& text)
 
 QPair<QString, QHash<QString, QString>> BwaCgiEnvironment::parseContentType(const QString& text)
 {
-    return BwaCgiRequest::parseGenericHeader(text).first();
+    return BwaHeaderValueParser(text).takeElement();
 }

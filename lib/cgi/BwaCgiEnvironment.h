@@ -23,9 +23,9 @@ class BWA_EXPORT BwaCgiEnvironment
 public:
     /** A protocol such as "HTTP/1.1". */
     struct ServerProtocol {
-        QString protocol;          /**< The text before the first "/", or the whole text. */
-        unsigned int majorVersion; /**< 0 unless digits, a dot and digits follow the "/". */
-        unsigned int minorVersion; /**< As majorVersion. */
+        QString protocol;              /**< The text before the first "/", or the whole text. */
+        unsigned int majorVersion = 0; /**< 0 unless digits, a dot and digits follow the "/". */
+        unsigned int minorVersion = 0; /**< As majorVersion. */
     };
 
     /** Reads all variables from @a input, which must outlive this. */

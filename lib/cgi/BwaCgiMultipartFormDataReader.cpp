@@ -9,6 +9,7 @@
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 
 #include "cgi/BwaCgiRequest.h"
+#include "cgi/BwaHeaderValueParser_p.h"
 
 #include <QString>
 
@@ -39,6 +40,12 @@ int indexIn(const QByteArray& data, const QByteArray& pattern, int from)
         ::memmem(begin + from, static_cast<std::size_t>(data.size() - from), pattern.constData(),
                  static_cast<std::size_t>(pattern.size()));
     return match ? static_cast<int>(static_cast<const char*>(match) - begin) : -1;
+}
+
+// The smaller of two positions, of which -1 is none.
+int firstOf(int first, int second)
+{
+    return first < 0 || second < 0 ? std::max(first, second) : std::min(first, second);
 }
 
 // The value of a header line that starts at @a begin, up to the line's end.
@@ -140,27 +147,21 @@ void BwaCgiMultipartFormDataReader::skipEndOfPart()
     m_failed = true;
 }
 
-int BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArray& data)
+int BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArray& data) const
 {
-    const int delimiter = indexIn(data, m_delimiter, 0);
-    const int closeDelimiter = indexIn(data, m_closeDelimiter, 0);
-    if (delimiter < 0 || closeDelimiter < 0) {
-        return std::max(delimiter, closeDelimiter);
-    }
-    return std::min(delimiter, closeDelimiter);
+    return firstOf(indexIn(data, m_delimiter, 0), indexIn(data, m_closeDelimiter, 0));
 }
 
 bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, QString& name,
-                                                      QString& filename, QString& contentType)
+                                                      QString& filename, QString& contentType) const
 {
     const int disposition = header.indexOf(dispositionName());
     if (disposition < 0) {
         return false;
     }
     const QByteArray value = lineFrom(header, disposition + dispositionName().size());
-    const auto element =
-        BwaCgiRequest::parseGenericHeader(QString::fromUtf8(value.constData(), value.size()))
-            .first();
+    const QString text = QString::fromUtf8(value.constData(), value.size());
+    const auto element = BwaHeaderValueParser(text).takeElement();
     const auto nameParameter = element.second.constFind(QString::fromLatin1("name"));
     if (element.first != QLatin1String("form-data") || nameParameter == element.second.constEnd()) {
         return false;
@@ -199,12 +200,8 @@ int BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search& se
 
 int BwaCgiMultipartFormDataReader::indexOfDelimiter()
 {
-    const int delimiter = indexOf(m_delimiter, m_delimiterSearch);
-    const int closeDelimiter = indexOf(m_closeDelimiter, m_closeDelimiterSearch);
-    if (delimiter < 0 || closeDelimiter < 0) {
-        return std::max(delimiter, closeDelimiter);
-    }
-    return std::min(delimiter, closeDelimiter);
+    return firstOf(indexOf(m_delimiter, m_delimiterSearch),
+                   indexOf(m_closeDelimiter, m_closeDelimiterSearch));
 }
 
 void BwaCgiMultipartFormDataReader::consume(int size)

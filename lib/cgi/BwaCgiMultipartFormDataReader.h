@@ -17,8 +17,8 @@ class QString;
  * Reads a multipart/form-data body (RFC 7578) part by part, straight from the request.
  *
  * Call nextPart(), read the part, and so on until nextPart() returns false; then failed() tells
- * whether the body was complete. Only a small lookahead is held, never the whole body. The time
- * taken is linear in the body, whatever it holds.
+ * whether the body was complete. Of a part's content only a small lookahead is held; its header
+ * is held whole. The time taken is linear in the body, whatever it holds.
  */
 class BWA_EXPORT BwaCgiMultipartFormDataReader
 {
@@ -41,19 +41,22 @@ public:
      * @return false at the end of the body and when it has failed; the texts are then meaningless
      */
     bool nextPart(QString& name, QString& filename, QString& contentType);
-    /** The next @a size bytes of the part; fewer at its end. */
+    /** The next @a size bytes of the part; fewer at its end and when the body fails. */
     QByteArray readFromPart(unsigned int size);
     /** The rest of the part; what has come of it when the body fails. */
     QByteArray readAllFromPart();
+    /** May read a few bytes of the body to tell; fails when too few are left. */
     bool isAtEndOfPart();
     /** Leaves the lookahead at the next delimiter, or fails when the body ends first. */
     void skipEndOfPart();
     /** The first position of either delimiter in @a data, or -1. */
-    int indexOfFirstBoundaryDelimiter(const QByteArray& data);
-    /** Reads a part's header lines, each ended by CR LF; false when the part is to be passed over.
+    int indexOfFirstBoundaryDelimiter(const QByteArray& data) const;
+    /**
+     * Reads a part's header lines, each ended by CR LF. When the part is to be passed over, the
+     * result is false and the texts are untouched.
      */
     bool processPartHeader(const QByteArray& header, QString& name, QString& filename,
-                           QString& contentType);
+                           QString& contentType) const;
 
     BwaCgiRequest* request() const { return m_request; }
     QByteArray delimiter() const { return m_delimiter; }
@@ -98,6 +101,8 @@ private:
 /** The current part of a reader as a stream buffer, for reading it through a std::istream. */
 class BWA_EXPORT BwaCgiMultipartFormDataReader::StreamBuffer : public std::streambuf
 {
+    Q_DISABLE_COPY(StreamBuffer)
+
 public:
     /** @a reader must outlive this, and not be used otherwise while this reads. */
     explicit StreamBuffer(BwaCgiMultipartFormDataReader* reader);

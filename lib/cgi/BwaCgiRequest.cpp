@@ -62,6 +62,9 @@ QString decodedBetween(const QString& text, int begin, int end)
         return QString();
     }
     const int size = end - begin;
+    if (indexOfAny<'%', '+'>(text, begin, end) == end) {
+        return QString(text.constData() + begin, size);
+    }
     const QChar* const encoded = text.constData() + begin;
     QString decoded(size, Qt::Uninitialized);
     decoded.truncate(
@@ -193,5 +196,5 @@ QMultiHash<QString, QString> BwaCgiRequest::parseUrlEncodedVariables(const QStri
 QList<QPair<QString, QHash<QString, QString>>>
 BwaCgiRequest::parseGenericHeader(const QString& text)
 {
-    return BwaHeaderValueParser(text).elements();
+    return BwaHeaderValueParser(text).takeElements();
 }

@@ -34,8 +34,8 @@ public:
      * Reads and decodes the body; at most once with success, later calls return true at once. A
      * request without CONTENT_LENGTH has no body, which is a success.
      *
-     * @return false when the body ends early. The bytes read are then lost, and neither variables
-     *         nor files nor body are kept.
+     * @return false when the body ends early or, being multipart, before its closing delimiter. The
+     * bytes read are then lost, and neither variables nor files nor body are kept.
      */
     bool processBodyContent();
     /** The next @a size bytes of the body at most, never beyond CONTENT_LENGTH. */

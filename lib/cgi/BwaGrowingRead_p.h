@@ -11,8 +11,8 @@
 
 /**
  * Reads up to @a size bytes in pieces that double with what has come, so that a length which is
- * only announced costs nothing. A byte array cannot hold much more than 2^31 bytes: what lies
- * beyond is not read, which the caller sees as a short result.
+ * only announced costs nothing. A byte array holds fewer than 2^31 bytes: what lies beyond is
+ * not read, which the caller sees as a short result.
  *
  * @param readPiece called with a buffer and its length; returns the number of bytes it has filled
  *        in, fewer than asked at the end of the data

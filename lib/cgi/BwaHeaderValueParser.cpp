@@ -10,14 +10,19 @@ BwaHeaderValueParser::BwaHeaderValueParser(const QString& text)
 {
 }
 
-QList<QPair<QString, BwaHeaderValueParser::Parameters>> BwaHeaderValueParser::elements()
+QList<BwaHeaderValueParser::Element> BwaHeaderValueParser::takeElements()
 {
-    QList<QPair<QString, Parameters>> elements;
+    QList<Element> elements;
     do {
-        const QString mainValue = takeUntil<';', ','>().trimmed();
-        elements.append(qMakePair(mainValue, takeParameters()));
+        elements.append(takeElement());
     } while (m_separator == QLatin1Char(','));
     return elements;
+}
+
+BwaHeaderValueParser::Element BwaHeaderValueParser::takeElement()
+{
+    const QString mainValue = takeUntil<';', ','>().trimmed();
+    return qMakePair(mainValue, takeParameters());
 }
 
 // The text up to the next separator or the end; both are left behind.

@@ -19,12 +19,15 @@ class BwaHeaderValueParser
 {
 public:
     using Parameters = QHash<QString, QString>;
+    using Element = QPair<QString, Parameters>;
 
     /** @a text must outlive the parser. */
     explicit BwaHeaderValueParser(const QString& text);
 
-    /** Never empty; to be called once. */
-    QList<QPair<QString, Parameters>> elements();
+    /** The elements that are left, one at least. */
+    QList<Element> takeElements();
+    /** The next element, without a look at those behind it. */
+    Element takeElement();
 
 private:
     template <char... Separators>

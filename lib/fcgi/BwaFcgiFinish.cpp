@@ -9,71 +9,29 @@
 
 #include <QByteArray>
 #include <QElapsedTimer>
-#include <QMutex>
-#include <QMutexLocker>
-
-#include <algorithm>
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
+
+// Reads what has come; false when the connection has ended or nothing is there.
+bool discardInput(int connection)
+{
+    char unread[4096];
+    return ::recv(connection, unread, sizeof unread, MSG_DONTWAIT) > 0;
+}
 
 void waitForClose(int connection)
 {
     QElapsedTimer timer;
     timer.start();
     ::shutdown(connection, SHUT_WR);
-    char unread[4096];
     pollfd input = {connection, POLLIN, 0};
     qint64 left = lingerTime();
-    while (left > 0 && ::poll(&input, 1, static_cast<int>(left)) > 0 &&
-           ::recv(connection, unread, sizeof unread, MSG_DONTWAIT) > 0) {
+    while (left > 0 && ::poll(&input, 1, static_cast<int>(left)) > 0 && discardInput(connection)) {
         left = lingerTime() - timer.elapsed();
     }
-}
-
-void freeRequest(FCGX_Request* request)
-{
-    FCGX_Free(request, 0);
-    delete request;
-}
-
-/** The requests that have been finished and not yet freed; usable from any thread. */
-class FinishedRequests
-{
-public:
-    /** False when there are too many already. */
-    bool keep(FCGX_Request* request)
-    {
-        QMutexLocker locker(&m_mutex);
-        if (m_count == most) {
-            return false;
-        }
-        m_requests[m_count++] = request;
-        return true;
-    }
-
-    void freeAll()
-    {
-        QMutexLocker locker(&m_mutex);
-        std::for_each(m_requests, m_requests + m_count, freeRequest);
-        m_count = 0;
-    }
-
-private:
-    static constexpr int most = 8;
-
-    QMutex m_mutex;
-    FCGX_Request* m_requests[most]; // owned
-    int m_count = 0;
-};
-
-FinishedRequests& finishedRequests()
-{
-    static FinishedRequests requests;
-    return requests;
 }
 
 } // namespace
@@ -82,20 +40,20 @@ void finishAndDelete(FCGX_Request* request)
 {
     FCGX_FClose(request->err);
     FCGX_FClose(request->out);
-    if (request->ipcFd >= 0) {
+    if (request->keepConnection) {
+        discardInput(request->ipcFd); // the web server does not mean to close
+    } else if (request->ipcFd >= 0) {
         waitForClose(request->ipcFd);
     }
-    // Closed also if the web server would keep it: nobody accepts a second request on it.
-    ::close(request->ipcFd);
-    request->ipcFd = -1;
-    if (!finishedRequests().keep(request)) {
-        freeRequest(request);
-    }
+    closeAndDelete(request);
 }
 
-void freeFinishedRequests()
+void closeAndDelete(FCGX_Request* request)
 {
-    finishedRequests().freeAll();
+    request->keepConnection = 0; // nobody will accept a second request on the connection
+    FCGX_Detach(request);        // closes without waiting
+    FCGX_Finish_r(request);
+    delete request;
 }
 
 int lingerTime()

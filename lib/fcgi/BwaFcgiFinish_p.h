@@ -9,16 +9,11 @@
 /**
  * Completes the exchange of @a request with the web server, closes the connection whatever the web
  * server would like, and deletes the request, which must come from plain new.
- *
- * The memory may be kept until freeFinishedRequests() is called.
  */
 void finishAndDelete(FCGX_Request* request);
 
-/**
- * Frees the memory of requests that have been finished. The accepting thread calls it before it
- * allocates the next request: memory that the same thread allocates and frees is cheaper.
- */
-void freeFinishedRequests();
+/** The same for a request that nobody has answered: the connection is closed at once. */
+void closeAndDelete(FCGX_Request* request);
 
 /**
  * How long, in milliseconds, a finished connection waits at most for the web server to close its

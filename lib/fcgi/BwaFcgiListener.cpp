@@ -42,9 +42,14 @@ bool initializeLibfcgi()
 {
     const SignalDisposition terminate(SIGTERM);
     const SignalDisposition user(SIGUSR1);
-    // For the requests that libfcgi refuses by itself.
-    ::setenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT", QByteArray::number(lingerTime()).constData(), 0);
+    // For the requests that libfcgi refuses by itself; nobody else is to see the variable.
+    const char* const variable = "LIBFCGI_OS_CLOSE_POLL_TIMEOUT";
+    const bool isSet = !qgetenv(variable).isNull();
+    ::setenv(variable, QByteArray::number(lingerTime()).constData(), 0);
     FCGX_Init();
+    if (!isSet) {
+        ::unsetenv(variable);
+    }
     qRegisterMetaType<FCGX_Request*>("FCGX_Request*");
     return true;
 }
@@ -100,7 +105,8 @@ void BwaFcgiListener::listen(const QString& unixSocket)
 bool BwaFcgiListener::startThread()
 {
     static const bool initialized = initializeLibfcgi();
-    if (!initialized || m_stopping || m_thread.isRunning()) {
+    Q_UNUSED(initialized)
+    if (m_stopping || m_thread.isRunning()) {
         return false;
     }
     m_thread.start(QThread::InheritPriority);
@@ -110,7 +116,7 @@ bool BwaFcgiListener::startThread()
 void BwaFcgiListener::newRequest(FCGX_Request* request)
 {
     if (m_stopping) {
-        finishAndDelete(request);
+        closeAndDelete(request);
         return;
     }
     BwaFcgiRequest* wrapper = nullptr;
@@ -154,5 +160,4 @@ void BwaFcgiListener::dropUndeliveredRequests()
 {
     blockSignals(true);
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
-    freeFinishedRequests();
 }

@@ -6,7 +6,6 @@
 #include "fcgi/BwaFcgiFinish_p.h"
 #include "fcgi/BwaFcgiSocket_p.h"
 
-#include <QMutexLocker>
 #include <QString>
 
 #include <sys/socket.h>
@@ -18,19 +17,19 @@ const int backlog = 50; // connections that wait to be accepted
 
 // libfcgi shuts down for the whole process and for good, and a thread that is in accept at that
 // moment may never leave it. So the last accepting thread does it on its way out.
-QMutex shutDownMutex;
+std::mutex shutDownMutex;
 int acceptingThreads = 0;
 bool shutDownWanted = false;
 
 void enterAccepting()
 {
-    QMutexLocker locker(&shutDownMutex);
+    const std::lock_guard<std::mutex> lock(shutDownMutex);
     ++acceptingThreads;
 }
 
 void leaveAccepting(bool shutDown)
 {
-    QMutexLocker locker(&shutDownMutex);
+    const std::lock_guard<std::mutex> lock(shutDownMutex);
     --acceptingThreads;
     shutDownWanted = shutDownWanted || shutDown;
     if (acceptingThreads == 0 && shutDownWanted) {
@@ -59,14 +58,11 @@ BwaFcgiListenerThread::BwaFcgiListenerThread(QObject* parent)
 {
 }
 
-BwaFcgiListenerThread::~BwaFcgiListenerThread()
-{
-    delete m_awaited;
-}
+BwaFcgiListenerThread::~BwaFcgiListenerThread() = default;
 
 void BwaFcgiListenerThread::stopListening()
 {
-    QMutexLocker locker(&m_closing);
+    const std::lock_guard<std::mutex> lock(m_endMutex);
     if (m_descriptor < 0) {
         return;
     }
@@ -108,7 +104,7 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
     if (m_descriptor >= 0) {
         enterAccepting();
         acceptRequests(m_descriptor);
-        closeDescriptor();
+        endListening();
         leaveAccepting(m_stopRequested);
     }
     if (!m_stopRequested.exchange(false)) {
@@ -119,21 +115,25 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
 void BwaFcgiListenerThread::acceptRequests(int descriptor)
 {
     while (true) {
-        freeFinishedRequests();
         FCGX_Request* const request = new FCGX_Request;
         FCGX_InitRequest(request, descriptor, 0);
-        delete m_awaited.exchange(request);
+        m_awaited = request;
         if (m_stopRequested || FCGX_Accept_r(request) != 0) {
             FCGX_Free(request, 1);
             return;
         }
         m_awaited = nullptr;
-        Q_EMIT newRequest(request);
+        if (FCGX_GetError(request->in) != 0) {
+            closeAndDelete(request); // cut short: what it asks for may not be what was meant
+        } else {
+            Q_EMIT newRequest(request);
+        }
     }
 }
 
-void BwaFcgiListenerThread::closeDescriptor()
+void BwaFcgiListenerThread::endListening()
 {
-    QMutexLocker locker(&m_closing);
+    const std::lock_guard<std::mutex> lock(m_endMutex);
+    delete m_awaited.exchange(nullptr);
     ::close(m_descriptor.exchange(-1));
 }

@@ -6,12 +6,12 @@
 
 #include "BwaGlobal.h"
 
-#include <QMutex>
 #include <QObject>
 
 #include <fcgiapp.h>
 
 #include <atomic>
+#include <mutex>
 
 /**
  * Accepts FastCGI requests; the worker of a BwaFcgiListener, whose thread it lives in.
@@ -48,14 +48,13 @@ public Q_SLOTS:
 private:
     void internalListen(const QString& address);
     void acceptRequests(int descriptor);
-    void closeDescriptor();
+    void endListening();
 
     std::atomic<bool> m_stopRequested;
     std::atomic<int> m_descriptor; // -1: not listening
-    QMutex m_closing; // the descriptor is not closed while stopListening() shuts it down
-    // The request that is waited for. Its memory stays until this object or the next listen() needs
-    // it no more, so that stopListening() may look at its connection.
-    std::atomic<FCGX_Request*> m_awaited; // owned
+    // Neither the descriptor nor the last request goes while stopListening() looks at them.
+    std::mutex m_endMutex;
+    std::atomic<FCGX_Request*> m_awaited; // owned; null unless a request is waited for
 };
 
 #endif

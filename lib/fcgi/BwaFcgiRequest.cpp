@@ -152,8 +152,8 @@ void BwaFcgiRequest::sendHttpError(StandardHttpError error)
 
 void BwaFcgiRequest::sendHttpError(unsigned short statusCode, const QString& reasonPhrase)
 {
-    m_outBuffer.setHoldingFlushes(true);
     try {
+        const ReplyBuffer::FlushHolder holder(m_outBuffer);
         writeErrorPage(statusCode, reasonPhrase);
     } catch (const std::exception& exception) {
         const BwaCgiEnvironment& environment = m_cgiRequest->environment();
@@ -162,7 +162,6 @@ void BwaFcgiRequest::sendHttpError(unsigned short statusCode, const QString& rea
                      .arg(QString::number(statusCode), reasonPhrase, environment.scriptName(),
                           environment.pathInfo(), QString::fromLatin1(exception.what()));
     }
-    m_outBuffer.setHoldingFlushes(false);
 }
 
 void BwaFcgiRequest::writeErrorPage(unsigned short statusCode, const QString& reasonPhrase)

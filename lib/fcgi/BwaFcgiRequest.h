@@ -127,11 +127,25 @@ private:
     class ReplyBuffer : public fcgi_streambuf
     {
     public:
+        /** Lets no flush out as long as it lives. */
+        class FlushHolder
+        {
+            Q_DISABLE_COPY(FlushHolder)
+
+        public:
+            explicit FlushHolder(ReplyBuffer& buffer)
+                : m_buffer(buffer)
+            {
+                m_buffer.m_isHolding = true;
+            }
+            ~FlushHolder() { m_buffer.m_isHolding = false; }
+
+        private:
+            ReplyBuffer& m_buffer;
+        };
+
         explicit ReplyBuffer(FCGX_Stream* stream);
         ~ReplyBuffer() override;
-
-        /** No flush goes out until a call with false. */
-        void setHoldingFlushes(bool holding) { m_isHolding = holding; }
 
     protected:
         int overflow(int character) override;

@@ -22,19 +22,18 @@ namespace {
 
 const int longestAddress = 1023; // bytes; libfcgi ends the process beyond
 
-// Binds and listens once and lets go again.
-bool canListen(int family, const sockaddr* address, socklen_t size)
+// Binds once and lets go again. Nobody can connect meanwhile, as nothing listens.
+bool canBind(int family, const sockaddr* address, socklen_t size)
 {
     const int descriptor = ::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (descriptor < 0) {
         return false;
     }
     const int on = 1;
-    const bool canListen =
-        ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0 &&
-        ::bind(descriptor, address, size) == 0 && ::listen(descriptor, 1) == 0;
+    const bool isBound = ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0 &&
+        ::bind(descriptor, address, size) == 0;
     ::close(descriptor);
-    return canListen;
+    return isBound;
 }
 
 bool resolveHost(const QByteArray& host, in_addr* address)
@@ -55,16 +54,16 @@ bool resolveHost(const QByteArray& host, in_addr* address)
     return true;
 }
 
-bool canListenOnPort(const QByteArray& host, int port)
+bool canBindPort(const QByteArray& host, int port)
 {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<in_port_t>(port)); // cut to 16 bits, as libfcgi does
     return resolveHost(host, &address.sin_addr) &&
-        canListen(AF_INET, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        canBind(AF_INET, reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-bool canListenOnPath(const QByteArray& path)
+bool canBindPath(const QByteArray& path)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -75,7 +74,7 @@ bool canListenOnPath(const QByteArray& path)
     ::unlink(path.constData()); // as libfcgi is about to do itself
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path)) +
         static_cast<socklen_t>(path.size());
-    return canListen(AF_UNIX, reinterpret_cast<const sockaddr*>(&address), size);
+    return canBind(AF_UNIX, reinterpret_cast<const sockaddr*>(&address), size);
 }
 
 } // namespace
@@ -89,7 +88,7 @@ int openFcgiSocket(const QByteArray& address, int backlog)
         colon < 0 ? 0 : std::atoi(text.constData() + colon + 1); // NOLINT(cert-err34-c)
     const bool isPort = static_cast<short>(port) != 0;           // decided as libfcgi does
     const bool canOpen = text.size() <= longestAddress &&
-        (isPort ? canListenOnPort(text.left(colon), port) : canListenOnPath(text));
+        (isPort ? canBindPort(text.left(colon), port) : canBindPath(text));
     return canOpen ? FCGX_OpenSocket(text.constData(), backlog) : -1;
 }
 

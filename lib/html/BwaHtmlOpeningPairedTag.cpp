@@ -27,5 +27,5 @@ void BwaHtmlOpeningPairedTag::render(std::ostream& stream) const
     if (!m_attributes.isEmpty()) {
         stream << ' ' << m_attributes;
     }
-    stream << ">";
+    stream << '>';
 }

@@ -38,14 +38,14 @@ void BwaDispatcherFcgiService::dispatch(BwaFcgiRequest* request)
     const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
     const QString path = servicePath();
     const QString pathInfo = environment.pathInfo();
-    const int restBegin = path.size() + 1; // behind the slash
-    const bool isBelow = pathInfo.startsWith(path) &&
-        (pathInfo.size() < restBegin || pathInfo.at(path.size()) == QLatin1Char('/'));
-    if (isBelow && pathInfo.size() <= restBegin) {
+    const QString childrenPath = path + QLatin1Char('/');
+    if (pathInfo == path || pathInfo == childrenPath) {
         processThisService(request);
         return;
     }
-    BwaAbstractFcgiService* const child = isBelow ? childForPath(pathInfo.mid(restBegin)) : nullptr;
+    BwaAbstractFcgiService* const child = pathInfo.startsWith(childrenPath)
+        ? childForPath(pathInfo.mid(childrenPath.size()))
+        : nullptr;
     if (child) {
         child->processRequest(request);
         return;
