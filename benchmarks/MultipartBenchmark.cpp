@@ -27,7 +27,7 @@ public:
     QByteArray read(unsigned int size) override
     {
         const int available = m_body.size() - m_position;
-        const QByteArray bytes = m_body.mid(
+        QByteArray bytes = m_body.mid(
             m_position, static_cast<int>(std::min(size, static_cast<unsigned int>(available))));
         m_position += bytes.size();
         return bytes;

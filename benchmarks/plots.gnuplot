@@ -9,14 +9,14 @@ set style data histograms
 set style histogram clustered gap 1
 set style fill solid 0.9 noborder
 set boxwidth 0.9
-set grid ytics linecolor "#dddddd"
+set grid ytics linecolor rgb "#dddddd" linetype 1
 set border 3
 set tics nomirror
-set key top left horizontal samplen 1
-set linetype 1 linecolor "#1f6feb"
-set linetype 2 linecolor "#8c959f"
-set linetype 3 linecolor "#2da44e"
-set linetype 4 linecolor "#bf8700"
+set key below samplen 1
+set linetype 1 linecolor rgb "#1f6feb"
+set linetype 2 linecolor rgb "#8c959f"
+set linetype 3 linecolor rgb "#2da44e"
+set linetype 4 linecolor rgb "#bf8700"
 applications = "bwebapi libfcgi go php"
 rows(application) = sprintf("< awk -F '\\t' '$2 == \"%s\"' requests.tsv", application)
 

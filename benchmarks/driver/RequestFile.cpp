@@ -14,7 +14,7 @@ namespace {
 
 enum RecordType : char { BeginRequest = 1, Params = 4, Stdin = 5 };
 
-const std::size_t largestContent = 32 * 1024; // bytes of a record, as nginx cuts a body
+const std::size_t largestContent = 32768; // bytes of a record, as nginx cuts a body
 
 std::string contentsOf(const std::string& file)
 {

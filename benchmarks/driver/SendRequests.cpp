@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
@@ -72,7 +71,7 @@ public:
             }
             m_received.append(buffer, static_cast<std::size_t>(count));
         }
-        const std::string bytes = m_received.substr(0, size);
+        std::string bytes = m_received.substr(0, size);
         m_received.erase(0, size);
         return bytes;
     }
@@ -146,13 +145,18 @@ private:
     {
         try {
             while (m_remaining-- > 0) {
-                if (bodyOf(replyTo(m_records, m_socket)) != bodyOf(m_reply)) {
-                    throw std::runtime_error("the body differs from the first one");
-                }
+                sendOne();
             }
         } catch (const std::exception& exception) {
             std::cerr << exception.what() << '\n';
             m_failed = true;
+        }
+    }
+
+    void sendOne() const
+    {
+        if (bodyOf(replyTo(m_records, m_socket)) != bodyOf(m_reply)) {
+            throw std::runtime_error("the body differs from the first one");
         }
     }
 
@@ -174,8 +178,8 @@ int main(int argc, char** argv)
     }
     try {
         const std::string scriptFile = argc == 6 ? argv[5] : "";
-        Sender sender(argv[1], fcgiRecordsOf(argv[2], scriptFile), std::atol(argv[3]));
-        const bool sent = sender.sendAll(std::atoi(argv[4]));
+        Sender sender(argv[1], fcgiRecordsOf(argv[2], scriptFile), std::stol(argv[3]));
+        const bool sent = sender.sendAll(std::stoi(argv[4]));
         std::cout << sender.reply();
         return sent ? 0 : 1;
     } catch (const std::exception& exception) {

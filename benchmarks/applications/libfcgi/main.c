@@ -27,7 +27,7 @@ static const char* variable(const FCGX_Request* request, const char* name)
 /* The body with a zero behind it, to be freed; null when it is incomplete. */
 static char* readBody(const FCGX_Request* request, int* length)
 {
-    *length = atoi(variable(request, "CONTENT_LENGTH"));
+    *length = (int)strtol(variable(request, "CONTENT_LENGTH"), NULL, 10);
     char* const body = malloc((size_t)*length + 1);
     if (!body || FCGX_GetStr(body, *length, request->in) != *length) {
         free(body);
