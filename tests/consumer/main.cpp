@@ -14,9 +14,9 @@
 
 #include <QCoreApplication>
 
-#include <iostream>
-
 #include <fcgiapp.h>
+
+#include <iostream>
 
 class Processor : public BwaStandardFcgiRequestProcessor
 {
