@@ -471,6 +471,51 @@ TEST_F(BwaFcgiListenerServing, WhenTheEnvironmentSaysHowLongWaitsAsLong)
     EXPECT_LT(milliseconds, 1800);
 }
 
+TEST_F(BwaFcgiListenerServing, GivenAConnectionToBeKeptDoesNotWaitForItsEnd)
+{
+    qint64 milliseconds = -1;
+    setenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT", "5000", 1);
+    serve("/api",
+          [&](BwaFcgiRequest* request) { milliseconds = millisecondsOf([&] { delete request; }); });
+    start();
+    FcgiClient client(path());
+    client.send(FcgiClient::requestBytes(apiRequest(), "body", true));
+
+    EXPECT_TRUE(replyTo(client).ended);
+    EXPECT_LT(milliseconds, 2500);
+}
+
+TEST_F(BwaFcgiListenerServing, LeavesTheEnvironmentAsItWas)
+{
+    unsetenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT");
+    serve("/api", answerPathInfo);
+
+    start();
+
+    EXPECT_EQ(getenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT"), nullptr);
+}
+
+TEST_F(BwaFcgiListenerServing, GivenParametersThatWereCutShortDoesNotActOnThem)
+{
+    QList<QString> methods;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        methods.append(request->cgiRequest()->environment().requestMethod());
+        delete request;
+    });
+    start();
+    const QByteArray beginning = FcgiClient::requestBytes({}).left(16);
+    FcgiClient cutShort(path());
+    cutShort.send(beginning +
+                  FcgiClient::record(4,
+                                     QByteArray("\x0b\x04SCRIPT_NAME/api", 17) +
+                                         QByteArray("\x0e\x06REQUEST_METHODDELETE", 22)));
+    cutShort.shutDownSending();
+
+    EXPECT_TRUE(replyTo({{"SCRIPT_NAME", "/api"}, {"REQUEST_METHOD", "GET"}}).ended);
+
+    EXPECT_THAT(methods, testing::ElementsAre(QStringLiteral("GET")));
+}
+
 // Signals of the process
 
 namespace {
