@@ -6,6 +6,8 @@
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QPair>
 #include <QVector>
 
@@ -80,5 +82,28 @@ void sessionRenewal(benchmark::State& state)
     }
 }
 BENCHMARK(sessionRenewal)->Arg(100)->Arg(100000);
+
+// How far from its time a token expires, among so many others that do not.
+void sessionExpiryDeviation(benchmark::State& state)
+{
+    const int lifetime = 200; // milliseconds
+    LiveSessions& live = liveSessions(state.range(0), hour);
+    for (auto _ : state) {
+        QElapsedTimer sinceCreation;
+        sinceCreation.start();
+        BwaWebSession* const session =
+            live.manager.createSession(QStringLiteral("ada"), lifetime, endless);
+        qint64 expired = 0; // nanoseconds
+        const auto connection = QObject::connect(session, &BwaWebSession::tokenExpired,
+                                                 [&] { expired = sinceCreation.nsecsElapsed(); });
+        while (expired == 0) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        QObject::disconnect(connection);
+        session->remove();
+        state.SetIterationTime(qAbs(1e-9 * static_cast<double>(expired) - 1e-3 * lifetime));
+    }
+}
+BENCHMARK(sessionExpiryDeviation)->Arg(100000)->UseManualTime()->Iterations(5);
 
 } // namespace
