@@ -481,8 +481,9 @@ TEST(AddService, GivenUsedNameRoutesToTheNewService)
 TEST(AddService, GivenUsedNameReleasesTheOldServiceAndDeletesItLater)
 {
     BwaDispatcherFcgiService root;
-    QPointer<LabelledService> old(new LabelledService("old"));
-    root.addService(a, old);
+    auto* service = new LabelledService("old");
+    const QPointer<LabelledService> old(service);
+    root.addService(a, service);
 
     root.addService(a, new LabelledService("new"));
 
@@ -496,7 +497,8 @@ TEST(AddService, GivenUsedNameReleasesTheOldServiceAndDeletesItLater)
 TEST(AddService, GivenTheSameServiceAgainDeletesItLaterAndForgetsIt)
 {
     BwaDispatcherFcgiService root;
-    QPointer<LabelledService> service(new LabelledService("a"));
+    auto* service = new LabelledService("a");
+    const QPointer<LabelledService> watched(service);
     root.addService(a, service);
 
     root.addService(a, service);
@@ -504,7 +506,7 @@ TEST(AddService, GivenTheSameServiceAgainDeletesItLaterAndForgetsIt)
     EXPECT_EQ(service->parentService(), &root);
     EXPECT_EQ(replyOf(root, requestTo("/a")).out, "a");
     deleteDeferred();
-    EXPECT_TRUE(service.isNull());
+    EXPECT_TRUE(watched.isNull());
     expectNotFound(replyOf(root, requestTo("/a")), childNotFound("", "/a"));
 }
 
@@ -539,8 +541,9 @@ TEST(AddDispatcherService, GivesAnEmptyDispatcherUnderTheName)
 TEST(AddDispatcherService, GivenUsedNameReplacesTheService)
 {
     BwaDispatcherFcgiService root;
-    QPointer<LabelledService> old(new LabelledService("old"));
-    root.addService(a, old);
+    auto* service = new LabelledService("old");
+    const QPointer<LabelledService> old(service);
+    root.addService(a, service);
 
     root.addDispatcherService(a)->addService(b, new LabelledService("b"));
 

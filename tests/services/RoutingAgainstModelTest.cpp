@@ -13,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <set>
 #include <vector>
@@ -69,6 +68,22 @@ QByteArray randomPath(Random& random)
     return path;
 }
 
+// The child of exactly the name, or the first dispatcher whose name is a prefix; null if none is.
+const TreeNode* modelChild(const std::vector<TreeNode>& children, const QByteArray& rest)
+{
+    for (const TreeNode& child : children) {
+        if (child.name == rest) {
+            return &child;
+        }
+    }
+    for (const TreeNode& child : children) {
+        if (child.kind == TreeNode::Dispatcher && rest.startsWith(child.name + '/')) {
+            return &child;
+        }
+    }
+    return nullptr;
+}
+
 // The label of the service that answers, or "not found by" and the path of the last dispatcher.
 QByteArray modelRoute(const std::vector<TreeNode>& children, const QByteArray& label,
                       const QByteArray& path, const QByteArray& pathInfo)
@@ -76,23 +91,16 @@ QByteArray modelRoute(const std::vector<TreeNode>& children, const QByteArray& l
     if (pathInfo == path || pathInfo == path + '/') {
         return label;
     }
-    if (pathInfo.startsWith(path + '/')) {
-        const QByteArray rest = pathInfo.mid(path.size() + 1);
-        auto child = std::find_if(children.begin(), children.end(),
-                                  [&](const TreeNode& node) { return node.name == rest; });
-        if (child == children.end()) {
-            child = std::find_if(children.begin(), children.end(), [&](const TreeNode& node) {
-                return node.kind == TreeNode::Dispatcher && rest.startsWith(node.name + '/');
-            });
-        }
-        if (child != children.end()) {
-            const QByteArray answer = childLabel(label, child->name);
-            return child->kind == TreeNode::Service
-                ? answer
-                : modelRoute(child->children, answer, path + '/' + child->name, pathInfo);
-        }
+    const TreeNode* child = pathInfo.startsWith(path + '/')
+        ? modelChild(children, pathInfo.mid(path.size() + 1))
+        : nullptr;
+    if (!child) {
+        return "not found by " + path;
     }
-    return "not found by " + path;
+    const QByteArray answer = childLabel(label, child->name);
+    return child->kind == TreeNode::Service
+        ? answer
+        : modelRoute(child->children, answer, path + '/' + child->name, pathInfo);
 }
 
 QByteArray libraryRoute(BwaAbstractFcgiService& root, const QByteArray& pathInfo)

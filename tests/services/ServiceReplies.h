@@ -22,7 +22,7 @@ inline FcgiReply replyOf(BwaAbstractFcgiService& service, const FcgiParameters& 
 
     service.processRequest(exchange.takeRequest());
 
-    const FcgiReply reply = exchange.reply();
+    FcgiReply reply = exchange.reply();
     EXPECT_TRUE(reply.ended) << "the request was not deleted";
     return reply;
 }

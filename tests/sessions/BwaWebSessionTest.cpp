@@ -219,9 +219,9 @@ TEST(BwaWebSession, GeneratesAMillionDistinctRandomTokens)
 
 TEST(BwaWebSession, GeneratesDistinctRandomIds)
 {
-    std::vector<QUuid> ids;
-    for (int i = 0; i < 20000; ++i) {
-        ids.push_back(BwaWebSession(user, -1, -1).sessionId());
+    std::vector<QUuid> ids(20000);
+    for (QUuid& id : ids) {
+        id = BwaWebSession(user, -1, -1).sessionId();
     }
 
     EXPECT_TRUE(std::all_of(ids.begin(), ids.end(), isRandomUuid));
