@@ -4,9 +4,9 @@
 #include "fcgi/BwaFcgiListener.h"
 
 #include "BwaStringStreaming.h"
-#include "ErrorPage.h"
 #include "ListenerFixture.h"
 #include "cgi/BwaCgiRequest.h"
+#include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
 #include <QFile>
@@ -264,7 +264,7 @@ TEST_P(BwaFcgiListenerUnknownScript, IsLoggedAndAnsweredWithNotFound)
               QByteArray("Error in the FastCGI listener: Cannot find a Web service to handle a "
                          "request to script \"") +
                   GetParam().scriptName + "\" with path info \"" + GetParam().pathInfo + "\"");
-    EXPECT_EQ(reply.out, errorPage("404 Not Found"));
+    EXPECT_EQ(reply.out, errorPage(404, "Not Found"));
     EXPECT_TRUE(reply.ended);
     EXPECT_EQ(reply.protocolStatus, 0);
     EXPECT_TRUE(client.isClosedByPeer());
@@ -284,7 +284,7 @@ TEST_F(BwaFcgiListenerServing, GivenNoServicesAtAllAnswersNotFound)
 {
     start();
 
-    EXPECT_EQ(replyTo(apiRequest()).out, errorPage("404 Not Found"));
+    EXPECT_EQ(replyTo(apiRequest()).out, errorPage(404, "Not Found"));
 }
 
 // Exceptions

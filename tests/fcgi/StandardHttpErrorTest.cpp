@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "BrokenBuffer.h"
-#include "ErrorPage.h"
 #include "fcgi/BwaFcgiRequest.h"
+#include "support/ErrorPage.h"
 #include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
 
@@ -177,27 +177,27 @@ TEST(SendHttpError, FlushesAfterEachLine)
 TEST(SendHttpError, GivenMemberWritesItsCodeAndPhrase)
 {
     EXPECT_EQ(replyOf(BwaFcgiRequest::NotFound).out, QByteArray(notFoundPage));
-    EXPECT_EQ(replyOf(BwaFcgiRequest::ImATeapot).out, errorPage("418 I'm a teapot"));
+    EXPECT_EQ(replyOf(BwaFcgiRequest::ImATeapot).out, errorPage(418, "I'm a teapot"));
 }
 
 TEST(SendHttpError, GivenNoMemberWritesInternalServerError)
 {
-    EXPECT_EQ(replyOf(static_cast<Error>(509)).out, errorPage("500 Internal Server Error"));
+    EXPECT_EQ(replyOf(static_cast<Error>(509)).out, errorPage(500, "Internal Server Error"));
 }
 
 TEST(SendHttpError, GivenCodeOutsideTheTableWritesItAsItStands)
 {
-    EXPECT_EQ(replyOf(299, QStringLiteral("Odd")).out, errorPage("299 Odd"));
+    EXPECT_EQ(replyOf(299, QStringLiteral("Odd")).out, errorPage(299, "Odd"));
 }
 
 TEST(SendHttpError, GivenMarkersAndMarkupInThePhraseWritesThemAsTheyStand)
 {
-    EXPECT_EQ(replyOf(299, QStringLiteral("%1 & <b>%2")).out, errorPage("299 %1 & <b>%2"));
+    EXPECT_EQ(replyOf(299, QStringLiteral("%1 & <b>%2")).out, errorPage(299, "%1 & <b>%2"));
 }
 
 TEST(SendHttpError, GivenEmptyPhraseKeepsTheBlanks)
 {
-    EXPECT_EQ(replyOf(404, QString()).out, errorPage("404 "));
+    EXPECT_EQ(replyOf(404, QString()).out, errorPage(404, ""));
 }
 
 TEST(SendHttpError, LeavesTheRequestToTheCaller)

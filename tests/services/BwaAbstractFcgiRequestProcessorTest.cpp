@@ -6,7 +6,7 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "json/JsonDescription.h"
-#include "services/ErrorPage.h"
+#include "support/ErrorPage.h"
 #include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
 

@@ -4,9 +4,9 @@
 #include "services/BwaAbstractFcgiService.h"
 
 #include "services/BwaDispatcherFcgiService.h"
-#include "services/ErrorPage.h"
 #include "services/LabelledServices.h"
 #include "services/ServiceReplies.h"
+#include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
 #include <QMetaObject>

@@ -5,10 +5,10 @@
 
 #include "BwaStringStreaming.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/ErrorPage.h"
 #include "services/LabelledServices.h"
 #include "services/ServiceReplies.h"
 #include "services/ServiceTree.h"
+#include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
 #include <QCoreApplication>

@@ -5,10 +5,10 @@
 
 #include "BwaStringStreaming.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/ErrorPage.h"
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 #include "sessions/TwoSessions.h"
+#include "support/ErrorPage.h"
 #include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
 

@@ -4,10 +4,10 @@
 #include "services/BwaStandardProcessableDispatcherFcgiService.h"
 
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/ErrorPage.h"
 #include "services/LabelledServices.h"
 #include "services/MockRequestProcessor.h"
 #include "services/ServiceReplies.h"
+#include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
 #include <gmock/gmock.h>

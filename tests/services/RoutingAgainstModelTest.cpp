@@ -4,9 +4,9 @@
 // Random service trees and paths, routed by the library and by a literal model of the rule:
 // itself, else the child of exactly that name, else the first dispatcher whose name is a prefix.
 
-#include "services/ErrorPage.h"
 #include "services/ServiceReplies.h"
 #include "services/ServiceTree.h"
+#include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
 #include <QByteArray>

@@ -4,8 +4,8 @@
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
 
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/ErrorPage.h"
 #include "sessions/TwoSessions.h"
+#include "support/ErrorPage.h"
 #include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
 
