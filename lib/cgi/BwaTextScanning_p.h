@@ -21,6 +21,7 @@ template <char... Characters>
 int indexOfAny(const QString& text, int begin, int end)
 {
     const auto isWanted = [](QChar character) {
+        // NOLINTNEXTLINE(google-readability-casting): takes the pack for a cast
         return ((character == QLatin1Char(Characters)) || ...);
     };
     const QChar* const characters = text.constData();

@@ -271,6 +271,7 @@ void BwaFcgiRequest::ReplyBuffer::follow(const char* text, std::streamsize size)
 // when they are.
 BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
     : m_request(request)
+    , m_buckets()
 {
     std::size_t textSize = 0;
     int count = 0;
