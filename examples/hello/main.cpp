@@ -41,7 +41,8 @@ struct Sum : BwaStandardFcgiRequestProcessor {
         int b = 0;
         if (BwaJsonUtilities::integerValue(body, QStringLiteral("a"), a) &&
             BwaJsonUtilities::integerValue(body, QStringLiteral("b"), b)) {
-            request->out() << BwaHttpJsonHeader() << "{\"sum\":" << qint64(a) + b << "}\n";
+            request->out() << BwaHttpJsonHeader() << "{\"sum\":" << static_cast<qint64>(a) + b
+                           << "}\n";
         } else if (ok || !request->cgiRequest()->body().isEmpty()) {
             request->sendHttpError(BwaFcgiRequest::BadRequest);
         } // otherwise the body could not be read, and parseJsonContent has answered
