@@ -54,12 +54,6 @@ bool initializeLibfcgi()
     return true;
 }
 
-void logException(const std::exception& exception)
-{
-    const QString what = QString::fromLatin1(exception.what());
-    qDebug("An exception occurs while processing a FastCGI request: %s", what.toUtf8().constData());
-}
-
 } // namespace
 
 BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& services,
@@ -123,7 +117,7 @@ void BwaFcgiListener::newRequest(FCGX_Request* request)
     try {
         wrapper = new BwaFcgiRequest(request);
     } catch (const std::exception& exception) {
-        logException(exception);
+        BwaFcgiRequest::logException(exception);
         finishAndDelete(request);
         return;
     }
@@ -131,7 +125,7 @@ void BwaFcgiListener::newRequest(FCGX_Request* request)
     try {
         handOver(wrapper);
     } catch (const std::exception& exception) {
-        logException(exception);
+        BwaFcgiRequest::logException(exception);
         if (watch.requestLives()) {
             wrapper->abandon(); // not deleted: the service may still hold it
         }

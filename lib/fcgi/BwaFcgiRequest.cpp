@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -93,13 +92,14 @@ BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
 BwaFcgiRequest::~BwaFcgiRequest()
 {
     finish();
-    if (m_watch) {
-        m_watch->m_request = nullptr;
+    for (Watch* watch = m_watch; watch; watch = watch->m_outer) {
+        watch->m_request = nullptr;
     }
 }
 
 BwaFcgiRequest::Watch::Watch(BwaFcgiRequest* request)
     : m_request(request)
+    , m_outer(request->m_watch)
 {
     request->m_watch = this;
 }
@@ -107,8 +107,14 @@ BwaFcgiRequest::Watch::Watch(BwaFcgiRequest* request)
 BwaFcgiRequest::Watch::~Watch()
 {
     if (m_request) {
-        m_request->m_watch = nullptr;
+        m_request->m_watch = m_outer;
     }
+}
+
+void BwaFcgiRequest::logException(const std::exception& exception)
+{
+    const QString what = QString::fromLatin1(exception.what());
+    qDebug("An exception occurs while processing a FastCGI request: %s", what.toUtf8().constData());
 }
 
 // Completes the exchange and frees all that belongs to it.

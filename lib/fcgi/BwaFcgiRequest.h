@@ -15,6 +15,7 @@
 
 #include <fcgio.h>
 
+#include <exception>
 #include <memory>
 #include <ostream>
 
@@ -115,7 +116,9 @@ public:
     std::ostream& err() { return m_err; }
 
 private:
+    friend class BwaDispatcherFcgiService;
     friend class BwaFcgiListener;
+    friend class BwaStandardFcgiRequestProcessor;
 
     /**
      * Spares the web server flushes that it cannot use.
@@ -162,7 +165,10 @@ private:
         bool m_isHolding;
     };
 
-    /** Knows, as long as it lives, whether a request has been deleted. */
+    /**
+     * Knows, as long as it lives, whether a request has been deleted. Each place that catches what
+     * the handling of a request throws has one; one within the life of the other.
+     */
     class Watch
     {
         Q_DISABLE_COPY(Watch)
@@ -177,7 +183,11 @@ private:
         friend class BwaFcgiRequest;
 
         BwaFcgiRequest* m_request; // not owned; null once deleted
+        Watch* m_outer;            // not owned; the next one on the same request, or null
     };
+
+    // For an exception that no request's log can take any more.
+    static void logException(const std::exception& exception);
 
     void writeErrorPage(unsigned short statusCode, const QString& reasonPhrase);
     void finish();
@@ -191,7 +201,7 @@ private:
     fcgi_streambuf m_errBuffer;
     std::ostream m_out; // writes to m_outBuffer
     std::ostream m_err; // writes to m_errBuffer
-    Watch* m_watch;     // not owned; may be null
+    Watch* m_watch;     // not owned; the innermost, or null
 };
 
 /** The CGI variables and the body of a FastCGI request. */

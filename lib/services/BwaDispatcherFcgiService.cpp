@@ -19,9 +19,14 @@ BwaDispatcherFcgiService::~BwaDispatcherFcgiService() = default;
 
 void BwaDispatcherFcgiService::processRequest(BwaFcgiRequest* request)
 {
+    const BwaFcgiRequest::Watch watch(request);
     try {
         dispatch(request);
     } catch (const std::exception& exception) {
+        if (!watch.requestLives()) {
+            BwaFcgiRequest::logException(exception);
+            return;
+        }
         const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
         request->err() << QString::fromLatin1("Error in dispatcher service \"%1\" for script "
                                               "\"%2\" while handling request with path info "

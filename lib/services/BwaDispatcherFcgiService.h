@@ -26,7 +26,10 @@ public:
     explicit BwaDispatcherFcgiService(QObject* parent = nullptr);
     ~BwaDispatcherFcgiService() override;
 
-    /** A std::exception from below is logged and answered with 500; the request is then deleted. */
+    /**
+     * A std::exception from below is logged and answered with 500; the request is then deleted.
+     * When it has been deleted already, the exception only goes to Qt's debug channel.
+     */
     void processRequest(BwaFcgiRequest* request) override;
     /** Answers a request to this node itself; here with 403. */
     virtual void processThisService(BwaFcgiRequest* request);

@@ -20,9 +20,14 @@ BwaStandardFcgiRequestProcessor::~BwaStandardFcgiRequestProcessor() = default;
 
 void BwaStandardFcgiRequestProcessor::processRequest(BwaFcgiRequest* request)
 {
+    const BwaFcgiRequest::Watch watch(request);
     try {
         callMethodHook(request);
     } catch (const std::exception& exception) {
+        if (!watch.requestLives()) {
+            BwaFcgiRequest::logException(exception);
+            return;
+        }
         logError(request, QString::fromLatin1(exception.what()));
         request->sendHttpError(BwaFcgiRequest::InternalServerError);
         delete request;

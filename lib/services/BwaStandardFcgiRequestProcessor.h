@@ -13,8 +13,8 @@ class BwaWebSession;
  * A processor with one hook a request method, each of which answers 405 until it is overridden.
  *
  * A hook takes the request over and deletes it as its last act. A std::exception that leaves a hook
- * is logged and answered with 500, and the request is then deleted: a hook must not throw once it
- * has deleted it.
+ * is logged and answered with 500, and the request is then deleted. When the hook has deleted it
+ * already, the exception only goes to Qt's debug channel.
  */
 class BWA_EXPORT BwaStandardFcgiRequestProcessor : public BwaAbstractFcgiRequestProcessor
 {

@@ -6,6 +6,7 @@
 #include "BwaStringStreaming.h"
 #include "ListenerFixture.h"
 #include "cgi/BwaCgiRequest.h"
+#include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
@@ -291,8 +292,6 @@ TEST_F(BwaFcgiListenerServing, GivenNoServicesAtAllAnswersNotFound)
 
 namespace {
 
-QList<QByteArray>* debugMessages = nullptr;
-
 // Holds what a service had when it threw: nobody may delete it then, so it stays until the end.
 void keep(BwaFcgiRequest* request)
 {
@@ -300,28 +299,8 @@ void keep(BwaFcgiRequest* request)
     kept->append(request);
 }
 
-void collectDebugMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type == QtDebugMsg && debugMessages) {
-        debugMessages->append(message.toLatin1());
-    }
-}
-
 class BwaFcgiListenerException : public ListenerFixture
 {
-public:
-    BwaFcgiListenerException()
-    {
-        debugMessages = &messages;
-        qInstallMessageHandler(collectDebugMessage);
-    }
-
-    ~BwaFcgiListenerException() override
-    {
-        qInstallMessageHandler(nullptr);
-        debugMessages = nullptr;
-    }
-
 protected:
     // Serves a request with a service that throws that text, without and after deleting it.
     FcgiReply replyOfServiceThatLeaves(const std::string& what)
@@ -346,7 +325,7 @@ protected:
         return replyTo(apiRequest());
     }
 
-    QList<QByteArray> messages;
+    DebugMessages messages;
 };
 
 } // namespace
@@ -355,7 +334,7 @@ TEST_F(BwaFcgiListenerException, IsLoggedAndFinishesTheRequest)
 {
     const FcgiReply reply = replyOfServiceThatLeaves("out of paper");
 
-    EXPECT_THAT(messages,
+    EXPECT_THAT(messages.all(),
                 ElementsAre("An exception occurs while processing a FastCGI request: "
                             "out of paper"));
     EXPECT_EQ(reply.out, QByteArray("so far"));
@@ -367,7 +346,7 @@ TEST_F(BwaFcgiListenerException, GivenRequestWasDeletedIsLoggedOnly)
 {
     const FcgiReply reply = replyOfServiceThatDeletes("out of paper");
 
-    EXPECT_THAT(messages,
+    EXPECT_THAT(messages.all(),
                 ElementsAre("An exception occurs while processing a FastCGI request: "
                             "out of paper"));
     EXPECT_EQ(reply.out, QByteArray("all"));
@@ -386,14 +365,14 @@ TEST_F(BwaFcgiListenerException, ServesTheNextRequest)
     replyOfServiceThatLeaves("out of paper");
 
     EXPECT_EQ(replyTo(apiRequest()).out, QByteArray("so far"));
-    EXPECT_EQ(messages.size(), 2);
+    EXPECT_EQ(messages.all().size(), 2);
 }
 
 TEST_F(BwaFcgiListenerException, LogsMarkersAndLatin1TextAsTheyStand)
 {
     replyOfServiceThatDeletes("100 %s %1 caf\xe9");
 
-    EXPECT_THAT(messages,
+    EXPECT_THAT(messages.all(),
                 ElementsAre("An exception occurs while processing a FastCGI request: "
                             "100 %s %1 caf\xe9"));
 }

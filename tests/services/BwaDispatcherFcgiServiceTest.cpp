@@ -8,6 +8,7 @@
 #include "services/LabelledServices.h"
 #include "services/ServiceReplies.h"
 #include "services/ServiceTree.h"
+#include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
@@ -16,15 +17,19 @@
 #include <QMetaMethod>
 #include <QPointer>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
+
+using testing::ElementsAre;
 
 const QString a = QStringLiteral("a");
 const QString b = QStringLiteral("b");
@@ -80,6 +85,30 @@ class ThrowingDispatcher : public BwaDispatcherFcgiService
 public:
     void processThisService(BwaFcgiRequest*) override { throw std::logic_error("itself"); }
 };
+
+// Does what a function of the test says.
+class FunctionService : public BwaAbstractFcgiService
+{
+public:
+    explicit FunctionService(std::function<void(BwaFcgiRequest*)> answer)
+        : m_answer(std::move(answer))
+    {
+    }
+
+    void processRequest(BwaFcgiRequest* request) override { m_answer(request); }
+
+private:
+    std::function<void(BwaFcgiRequest*)> m_answer;
+};
+
+void answerAndThrow(BwaFcgiRequest* request)
+{
+    request->out() << "all";
+    delete request;
+    throw std::runtime_error("too late");
+}
+
+const char* const tooLate = "An exception occurs while processing a FastCGI request: too late";
 
 struct NotStandard {
 };
@@ -387,6 +416,51 @@ TEST(ProcessRequest, WhenChildThrowsAfterOutputKeepsTheOutput)
 
     EXPECT_EQ(replyOf(root, requestTo("/a")).out,
               "Status: 200 OK\n\npart" + errorPage(500, "Internal Server Error"));
+}
+
+TEST(ProcessRequest, WhenChildThrowsTooLateIsLoggedOnly)
+{
+    const DebugMessages messages;
+    BwaDispatcherFcgiService root;
+    root.addService(a, new FunctionService(answerAndThrow));
+
+    const FcgiReply reply = replyOf(root, requestTo("/a"));
+
+    EXPECT_EQ(reply.out, "all");
+    EXPECT_EQ(reply.err, "");
+    EXPECT_THAT(messages.all(), ElementsAre(tooLate));
+}
+
+TEST(ProcessRequest, WhenOneWithinTheOtherThrowsTooLateEachIsLoggedOnly)
+{
+    const DebugMessages messages;
+    BwaDispatcherFcgiService inner;
+    inner.addService(a, new FunctionService(answerAndThrow));
+    BwaDispatcherFcgiService outer;
+    outer.addService(a, new FunctionService([&](BwaFcgiRequest* request) {
+                         inner.processRequest(request);
+                         throw std::runtime_error("too late");
+                     }));
+
+    EXPECT_EQ(replyOf(outer, requestTo("/a")).out, "all");
+
+    EXPECT_THAT(messages.all(), ElementsAre(tooLate, tooLate));
+}
+
+TEST(ProcessRequest, WhenOneThrowsTooLateAfterTheOtherHasReturnedIsLoggedOnly)
+{
+    const DebugMessages messages;
+    BwaDispatcherFcgiService inner;
+    inner.addService(a, new FunctionService([](BwaFcgiRequest*) {})); // answered later
+    BwaDispatcherFcgiService outer;
+    outer.addService(a, new FunctionService([&](BwaFcgiRequest* request) {
+                         inner.processRequest(request);
+                         answerAndThrow(request);
+                     }));
+
+    EXPECT_EQ(replyOf(outer, requestTo("/a")).out, "all");
+
+    EXPECT_THAT(messages.all(), ElementsAre(tooLate));
 }
 
 TEST(ProcessRequest, WhenChildThrowsAnswersTheNextRequest)

@@ -8,6 +8,7 @@
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 #include "sessions/TwoSessions.h"
+#include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
 #include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
@@ -20,6 +21,7 @@
 #include <stdexcept>
 #include <string>
 
+using testing::ElementsAre;
 using testing::Return;
 using testing::StrictMock;
 
@@ -94,6 +96,34 @@ protected:
 
 private:
     Exception m_exception;
+};
+
+// Throws from every hook, once the request has been answered and deleted.
+class TooLateProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    TooLateProcessor()
+        : BwaStandardFcgiRequestProcessor(nullptr)
+    {
+    }
+
+protected:
+    void processGetMethod(BwaFcgiRequest* request) override { answerAndThrow(request); }
+    void processPostMethod(BwaFcgiRequest* request) override { answerAndThrow(request); }
+    void processPutMethod(BwaFcgiRequest* request) override { answerAndThrow(request); }
+    void processDeleteMethod(BwaFcgiRequest* request) override { answerAndThrow(request); }
+    void processOtherMethod(BwaFcgiRequest* request, const QString& /*method*/) override
+    {
+        answerAndThrow(request);
+    }
+
+private:
+    static void answerAndThrow(BwaFcgiRequest* request)
+    {
+        request->out() << "all";
+        delete request;
+        throw std::runtime_error("too late");
+    }
 };
 
 // Opens what is protected.
@@ -241,6 +271,19 @@ TEST_P(Method, WhenItsHookThrowsAnswersInternalServerError)
     EXPECT_EQ(reply.err,
               "Error in request processor for request to script \"/app\" with path info "
               "\"/notes\": no more notes");
+}
+
+TEST_P(Method, WhenItsHookThrowsTooLateIsLoggedOnly)
+{
+    const DebugMessages messages;
+    TooLateProcessor processor;
+
+    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+
+    EXPECT_EQ(reply.out, "all");
+    EXPECT_EQ(reply.err, "");
+    EXPECT_THAT(messages.all(),
+                ElementsAre("An exception occurs while processing a FastCGI request: too late"));
 }
 
 TEST(BwaStandardFcgiRequestProcessor, WhenHookThrowsAfterOutputKeepsTheOutput)
