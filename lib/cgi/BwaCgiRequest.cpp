@@ -6,71 +6,11 @@
 #include "cgi/BwaAbstractCgiInput.h"
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaHeaderValueParser_p.h"
-#include "cgi/BwaTextScanning_p.h"
+#include "cgi/BwaUrlEncoding_p.h"
 
 #include <algorithm>
 
 namespace {
-
-int hexDigitValue(QChar character)
-{
-    const ushort code = character.unicode();
-    if (code >= '0' && code <= '9') {
-        return code - '0';
-    }
-    if (code >= 'a' && code <= 'f') {
-        return code - 'a' + 10;
-    }
-    return code >= 'A' && code <= 'F' ? code - 'A' + 10 : -1;
-}
-
-// The number that two characters stand for, or -1. As Qt's base-16 conversion has it, a blank may
-// stand on either side of a single digit, and a plus before it.
-int escapedCode(QChar first, QChar second)
-{
-    const int high = hexDigitValue(first);
-    const int low = hexDigitValue(second);
-    if (high >= 0 && low >= 0) {
-        return 16 * high + low;
-    }
-    if (high >= 0) {
-        return second.isSpace() ? high : -1;
-    }
-    return first.isSpace() || first == QLatin1Char('+') ? low : -1;
-}
-
-// Decodes from @a read to @a end; the result is written to @a written, and its end returned.
-QChar* decode(const QChar* read, const QChar* end, QChar* written)
-{
-    while (read < end) {
-        const bool isEscape = *read == QLatin1Char('%') && end - read > 2;
-        const int code = isEscape ? escapedCode(read[1], read[2]) : -1;
-        if (code >= 0) {
-            *written++ = QChar(code);
-            read += 3;
-        } else {
-            *written++ = *read == QLatin1Char('+') ? QChar(QLatin1Char(' ')) : *read;
-            ++read;
-        }
-    }
-    return written;
-}
-
-QString decodedBetween(const QString& text, int begin, int end)
-{
-    if (begin >= end) {
-        return QString();
-    }
-    const int size = end - begin;
-    if (indexOfAny<'%', '+'>(text, begin, end) == end) {
-        return QString(text.constData() + begin, size);
-    }
-    const QChar* const encoded = text.constData() + begin;
-    QString decoded(size, Qt::Uninitialized);
-    decoded.truncate(
-        static_cast<int>(decode(encoded, encoded + size, decoded.data()) - decoded.data()));
-    return decoded;
-}
 
 // 8-bit text ends at its first NUL.
 QString textOf(const QByteArray& bytes)
@@ -125,14 +65,11 @@ QByteArray BwaCgiRequest::readWholeBody(bool* complete)
 bool BwaCgiRequest::processUrlEncodedBody()
 {
     bool complete = false;
-    QByteArray bytes = readWholeBody(&complete);
-    if (!complete) {
-        return false;
+    const QByteArray bytes = readWholeBody(&complete);
+    if (complete) {
+        m_formVariables = urlEncodedVariables(bytes);
     }
-    const QString text = textOf(bytes);
-    bytes.clear(); // not held beside the text and the variables
-    m_formVariables = parseUrlEncodedVariables(text);
-    return true;
+    return complete;
 }
 
 bool BwaCgiRequest::processMultipartBody()
@@ -171,26 +108,12 @@ bool BwaCgiRequest::processOtherBody()
 
 QString BwaCgiRequest::urlDecode(const QString& text)
 {
-    return decodedBetween(text, 0, text.size());
+    return urlDecoded(text);
 }
 
 QMultiHash<QString, QString> BwaCgiRequest::parseUrlEncodedVariables(const QString& text)
 {
-    QMultiHash<QString, QString> variables;
-    int begin = 0;
-    while (begin <= text.size()) {
-        int end = indexOfAny<'=', '&', ';'>(text, begin, text.size());
-        const QString name = decodedBetween(text, begin, end);
-        QString value = QString::fromLatin1("");
-        if (end < text.size() && text.at(end) == QLatin1Char('=')) {
-            const int valueBegin = end + 1;
-            end = indexOfAny<'&', ';'>(text, valueBegin, text.size());
-            value = decodedBetween(text, valueBegin, end);
-        }
-        variables.insert(name, value);
-        begin = end + 1;
-    }
-    return variables;
+    return urlEncodedVariables(text);
 }
 
 QList<QPair<QString, QHash<QString, QString>>>

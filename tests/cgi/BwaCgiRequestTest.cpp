@@ -421,6 +421,23 @@ TEST(ProcessUrlEncodedBody, GivenNulByteDropsTheRest)
     EXPECT_EQ(request.bodyBytesRead(), 9U);
 }
 
+TEST(ProcessUrlEncodedBody, GivenRandomBytesAgreesWithTheLiteralRulesOfTheirText)
+{
+    RandomSource random;
+    const QString alphabet = QStringLiteral(u"aab==&&;;%%%41fF+ \u0085\u00a0\u00e9\u00ff");
+    for (int round = RandomSource::rounds(20000); round > 0; --round) {
+        const QString body = random.text(alphabet, 24) + QLatin1Char('a');
+        MemoryCgiInput input(urlEncoded, body.toLatin1());
+        BwaCgiRequest request(&input);
+
+        ASSERT_TRUE(request.processBodyContent());
+
+        ASSERT_EQ(shownVariables(request.formVariables()),
+                  shownVariables(literalUrlEncodedVariables(body)))
+            << shown(body);
+    }
+}
+
 TEST(ProcessUrlEncodedBody, GivenLongerInputStopsAtTheContentLength)
 {
     MemoryCgiInput input = cutShort(urlEncoded, "x=123", "3");

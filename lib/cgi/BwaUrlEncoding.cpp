@@ -1,0 +1,183 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// A text is taken apart in one scan, by the kinds of its characters: a name or value ends at the
+// next character of certain kinds, and on the way there the scan sees whether any of it has to be
+// decoded. Texts come in 16-bit characters or as Latin-1 bytes, which are not converted before.
+
+#include "cgi/BwaUrlEncoding_p.h"
+
+#include <array>
+
+namespace {
+
+// The kinds of characters.
+const unsigned char plain = 0;
+const unsigned char encoded = 1; // a plus, or the start of an escape
+const unsigned char equalsSign = 2;
+const unsigned char separator = 4;
+
+constexpr std::array<unsigned char, 256> kindsByCode()
+{
+    std::array<unsigned char, 256> kinds = {};
+    kinds['%'] = encoded;
+    kinds['+'] = encoded;
+    kinds['='] = equalsSign;
+    kinds['&'] = separator;
+    kinds[';'] = separator;
+    return kinds;
+}
+
+constexpr std::array<unsigned char, 256> kinds = kindsByCode();
+
+unsigned char kindOf(char character)
+{
+    return kinds[static_cast<unsigned char>(character)];
+}
+
+unsigned char kindOf(QChar character)
+{
+    return character.unicode() < kinds.size() ? kinds[character.unicode()] : plain;
+}
+
+QChar wide(char character)
+{
+    return QLatin1Char(character);
+}
+
+QChar wide(QChar character)
+{
+    return character;
+}
+
+QString textBetween(const char* begin, const char* end)
+{
+    return QString::fromLatin1(begin, static_cast<int>(end - begin));
+}
+
+QString textBetween(const QChar* begin, const QChar* end)
+{
+    return QString(begin, static_cast<int>(end - begin));
+}
+
+int hexDigitValue(QChar character)
+{
+    const ushort code = character.unicode();
+    if (code >= '0' && code <= '9') {
+        return code - '0';
+    }
+    if (code >= 'a' && code <= 'f') {
+        return code - 'a' + 10;
+    }
+    return code >= 'A' && code <= 'F' ? code - 'A' + 10 : -1;
+}
+
+// The number that two characters stand for, or -1. As Qt's base-16 conversion has it, a blank may
+// stand on either side of a single digit, and a plus before it.
+int escapedCode(QChar first, QChar second)
+{
+    const int high = hexDigitValue(first);
+    const int low = hexDigitValue(second);
+    if (high >= 0 && low >= 0) {
+        return 16 * high + low;
+    }
+    if (high >= 0) {
+        return second.isSpace() ? high : -1;
+    }
+    return first.isSpace() || first == QLatin1Char('+') ? low : -1;
+}
+
+// Decodes from @a read to @a end; the result is written to @a written, and its end returned.
+template <typename Character>
+QChar* decode(const Character* read, const Character* end, QChar* written)
+{
+    while (read < end) {
+        const QChar character = wide(*read);
+        const bool isEscape = character == QLatin1Char('%') && end - read > 2;
+        const int code = isEscape ? escapedCode(wide(read[1]), wide(read[2])) : -1;
+        if (code >= 0) {
+            *written++ = QChar(code);
+            read += 3;
+        } else {
+            *written++ = character == QLatin1Char('+') ? QChar(QLatin1Char(' ')) : character;
+            ++read;
+        }
+    }
+    return written;
+}
+
+template <typename Character>
+QString decoded(const Character* begin, const Character* end)
+{
+    QString text(static_cast<int>(end - begin), Qt::Uninitialized);
+    text.truncate(static_cast<int>(decode(begin, end, text.data()) - text.data()));
+    return text;
+}
+
+/** Takes a text apart from left to right. */
+template <typename Character>
+class Reader
+{
+public:
+    Reader(const Character* begin, const Character* end)
+        : m_read(begin)
+        , m_end(end)
+        , m_stop(plain)
+    {
+    }
+
+    /** The next piece, decoded, up to a character of the kinds @a stops, which is skipped. */
+    QString take(unsigned int stops)
+    {
+        const Character* const begin = m_read;
+        const Character* end = begin;
+        unsigned int kindsMet = plain;
+        for (m_stop = plain; end < m_end; ++end) {
+            const unsigned int kind = kindOf(*end);
+            if (kind & stops) {
+                m_stop = kind;
+                break;
+            }
+            kindsMet |= kind;
+        }
+        m_read = m_stop == plain ? end : end + 1;
+        if (begin == end) {
+            return QString();
+        }
+        return kindsMet & encoded ? decoded(begin, end) : textBetween(begin, end);
+    }
+
+    QMultiHash<QString, QString> variables()
+    {
+        QMultiHash<QString, QString> variables;
+        do {
+            const QString name = take(equalsSign | separator);
+            variables.insert(name,
+                             m_stop == equalsSign ? take(separator) : QString::fromLatin1(""));
+        } while (m_stop != plain);
+        return variables;
+    }
+
+private:
+    const Character* m_read;
+    const Character* m_end;
+    unsigned int m_stop; // the kind of the character that ended the last piece; plain at the end
+};
+
+} // namespace
+
+QString urlDecoded(const QString& text)
+{
+    return Reader<QChar>(text.constBegin(), text.constEnd()).take(plain);
+}
+
+QMultiHash<QString, QString> urlEncodedVariables(const QString& text)
+{
+    return Reader<QChar>(text.constBegin(), text.constEnd()).variables();
+}
+
+QMultiHash<QString, QString> urlEncodedVariables(const QByteArray& latin1)
+{
+    const char* const begin = latin1.constData();
+    return Reader<char>(begin, begin + qstrlen(begin)).variables();
+}
