@@ -96,7 +96,7 @@ QChar* decode(const Character* read, const Character* end, QChar* written)
         const bool isEscape = character == QLatin1Char('%') && end - read > 2;
         const int code = isEscape ? escapedCode(wide(read[1]), wide(read[2])) : -1;
         if (code >= 0) {
-            *written++ = QChar(code);
+            *written++ = static_cast<ushort>(code);
             read += 3;
         } else {
             *written++ = character == QLatin1Char('+') ? QChar(QLatin1Char(' ')) : character;

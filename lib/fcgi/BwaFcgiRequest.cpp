@@ -75,6 +75,21 @@ unsigned int hashOf(const Character* name, int size)
     return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
 }
 
+const unsigned int smallRead = 4096; // bytes
+
+// What small reads go into, and share with whoever they are for; the next one may have it when it
+// has been let go. For each new array above 1 KiB malloc would join all small pieces that are free,
+// and have to split them again for the strings of the request.
+QByteArray& keptBuffer()
+{
+    thread_local QByteArray buffer = [] {
+        QByteArray bytes;
+        bytes.reserve(smallRead);
+        return bytes;
+    }();
+    return buffer;
+}
+
 } // namespace
 
 BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
@@ -307,6 +322,12 @@ BwaFcgiRequest::BwaFcgiInput::~BwaFcgiInput() = default;
 
 QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
 {
+    QByteArray& kept = keptBuffer();
+    if (size <= smallRead && kept.isDetached()) {
+        kept.resize(static_cast<int>(size));
+        kept.resize(FCGX_GetStr(kept.data(), kept.size(), m_request->in));
+        return kept;
+    }
     return growingRead(size, [this](char* buffer, int length) {
         return FCGX_GetStr(buffer, length, m_request->in);
     });

@@ -267,6 +267,28 @@ TEST_F(BwaFcgiInput, ReadsTheBodyPieceByPiece)
     EXPECT_EQ(input.read(2), QByteArray());
 }
 
+TEST_F(BwaFcgiInput, WhenBytesAreHeldLeavesThemAlone)
+{
+    Input input(accepted(FcgiParameters(), "abcdefghijkl"));
+
+    const QByteArray first = input.read(4);
+    const QByteArray second = input.read(4);
+    const QByteArray third = input.read(8);
+
+    EXPECT_EQ(first, QByteArray("abcd"));
+    EXPECT_EQ(second, QByteArray("efgh"));
+    EXPECT_EQ(third, QByteArray("ijkl"));
+}
+
+TEST_F(BwaFcgiInput, WhenBytesAreChangedReadsTheNextUnharmed)
+{
+    Input input(accepted(FcgiParameters(), "abcdefgh"));
+
+    input.read(4).fill('x', 10000);
+
+    EXPECT_EQ(input.read(4), QByteArray("efgh"));
+}
+
 TEST_F(BwaFcgiInput, GivenShorterBodyReadsWhatThereIsThenNothing)
 {
     Input input(accepted(FcgiParameters(), "short"));
