@@ -9,7 +9,8 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light)
-ci_packages=("${test_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck)
+ci_packages=("${test_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
+    abigail-tools musl)
 
 say()
 {
