@@ -6,6 +6,9 @@
 #include <QString>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -17,9 +20,26 @@ const std::size_t deepestNesting = 1024;
 const std::size_t smallestCapacity = 4096;       // bytes of text
 const std::size_t largestKeptCapacity = 1 << 20; // bytes of text that a kept parser can take
 
+bool isAscii(std::string_view text)
+{
+    std::uint64_t bits = 0;
+    for (; text.size() >= sizeof bits; text.remove_prefix(sizeof bits)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data(), sizeof word);
+        bits |= word;
+    }
+    for (const char byte : text) {
+        bits |= static_cast<unsigned char>(byte);
+    }
+    return (bits & 0x8080808080808080U) == 0;
+}
+
 // QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
 QString stringOf(std::string_view text)
 {
+    if (isAscii(text)) { // nearly always, and faster then
+        return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
+    }
     const std::string_view mark("\xEF\xBB\xBF");
     if (text.substr(0, mark.size()) == mark) {
         const std::string marked = std::string(mark).append(text);
@@ -27,6 +47,32 @@ QString stringOf(std::string_view text)
     }
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
+
+/** Shares the strings of keys that come again, in one text or in the next. */
+class Keys
+{
+public:
+    QString keyOf(std::string_view text)
+    {
+        if (text.empty() || text.size() > longestKept || !isAscii(text)) {
+            return stringOf(text);
+        }
+        const auto first = static_cast<std::size_t>(text.front());
+        const auto last = static_cast<std::size_t>(text.back());
+        const std::size_t place = text.size() + 2 * first + 12 * last;
+        QString& kept = m_kept[place % m_kept.size()];
+        const QLatin1String key(text.data(), static_cast<int>(text.size()));
+        if (kept != key) {
+            kept = key;
+        }
+        return kept;
+    }
+
+private:
+    static const std::size_t longestKept = 32; // characters
+
+    std::array<QString, 64> m_kept;
+};
 
 QVariant integerOf(qlonglong number)
 {
@@ -37,6 +83,12 @@ QVariant integerOf(qlonglong number)
 class VariantBuilder
 {
 public:
+    /** @a keys must outlive the builder. */
+    explicit VariantBuilder(Keys& keys)
+        : m_keys(keys)
+    {
+    }
+
     QVariant variantOf(simdjson::dom::element element);
     /** How many containers the innermost one of the text stands in, itself counted. */
     std::size_t depth() const { return m_deepest; }
@@ -45,6 +97,7 @@ private:
     QVariant mapOf(simdjson::dom::object object);
     QVariant listOf(simdjson::dom::array array);
 
+    Keys& m_keys; // not owned
     std::size_t m_depth = 0;
     std::size_t m_deepest = 0;
 };
@@ -77,7 +130,7 @@ QVariant VariantBuilder::mapOf(simdjson::dom::object object)
     QVariantMap map;
     m_deepest = std::max(m_deepest, ++m_depth);
     for (const simdjson::dom::key_value_pair field : object) {
-        map.insert(stringOf(field.key), variantOf(field.value));
+        *map.insert(m_keys.keyOf(field.key), QVariant()) = variantOf(field.value);
     }
     --m_depth;
     return map;
@@ -88,7 +141,8 @@ QVariant VariantBuilder::listOf(simdjson::dom::array array)
     QVariantList list;
     m_deepest = std::max(m_deepest, ++m_depth);
     for (const simdjson::dom::element item : array) {
-        list.append(variantOf(item));
+        list.append(QVariant());
+        list.last() = variantOf(item);
     }
     --m_depth;
     return list;
@@ -100,6 +154,7 @@ QVariant BwaJsonParser::parse(const QByteArray& text, bool* ok)
 {
     // Kept for its buffers, unless one large text has made them large.
     thread_local simdjson::dom::parser parser;
+    thread_local Keys keys;
 
     // The parser does not count an empty innermost container, but does count a value in it.
     simdjson::error_code error = parser.capacity() > 0
@@ -109,7 +164,7 @@ QVariant BwaJsonParser::parse(const QByteArray& text, bool* ok)
     if (!error) {
         error = parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
     }
-    VariantBuilder builder;
+    VariantBuilder builder(keys);
     const QVariant value = error ? QVariant() : builder.variantOf(root);
     if (parser.capacity() > largestKeptCapacity) {
         parser = simdjson::dom::parser();

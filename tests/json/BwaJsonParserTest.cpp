@@ -1,10 +1,13 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
+#include "cgi/RandomSource.h"
 #include "json/BwaJsonParser_p.h"
 #include "json/JsonDescription.h"
+#include "support/QtPrinters.h"
 
 #include <QByteArray>
+#include <QStringList>
 #include <QVariant>
 
 #include <gtest/gtest.h>
@@ -268,4 +271,28 @@ TEST(Parse, GivenLongStringKeepsAllOfIt)
     const std::string text(1 << 20, 'x');
 
     EXPECT_EQ(parsed("[\"" + text + "\"]"), "[string " + text + "]");
+}
+
+// Whatever makes strings and keys fast: they are those that were written.
+TEST(Parse, GivenRandomMembersReturnsThem)
+{
+    RandomSource random;
+    const QString alphabet = QStringLiteral(u"aabcd \u007f\u00c3\u00a9\u00e9\u20ac\ufeff");
+    for (int round = RandomSource::rounds(5000); round > 0; --round) {
+        QVariantMap members;
+        QStringList texts;
+        for (int count = random.below(8); count > 0; --count) {
+            const QString key = random.text(alphabet, random.oneIn(4) ? 40 : 5);
+            const QString value = random.text(alphabet, 40);
+            members.insert(key, value);
+            texts.append(QStringLiteral("\"%1\":\"%2\"").arg(key, value));
+        }
+        const QString text = QLatin1Char('{') + texts.join(QLatin1Char(',')) + QLatin1Char('}');
+        bool ok = false;
+
+        const QVariant value = BwaJsonParser::parse(text.toUtf8(), &ok);
+
+        ASSERT_TRUE(ok) << text.toStdString();
+        ASSERT_EQ(value.toMap(), members) << text.toStdString();
+    }
 }
