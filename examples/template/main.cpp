@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "Api.h"
+#include "fcgi/BwaFcgiListener.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fputs("usage: greeter SOCKET\n", stderr);
+        return 2;
+    }
+    QCoreApplication application(argc, argv);
+    Api api;
+    BwaFcgiListener listener({{QStringLiteral("/api"), &api}});
+    QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
+        std::fputs("greeter: cannot listen\n", stderr);
+        QCoreApplication::exit(1);
+    });
+    listener.listen(QString::fromLocal8Bit(argv[1]));
+    return application.exec();
+}
