@@ -8,7 +8,8 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
-test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light)
+test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light
+    apache2-bin libapache2-mod-fcgid systemd)
 ci_packages=("${test_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
     abigail-tools musl)
 
@@ -72,9 +73,18 @@ keep_idle()
     [ -d /run/systemd/system ] || return 0
     for package in "${@:2}"; do
         case $package in
-        lighttpd | nginx-light) $elevate systemctl disable --now "${package%-light}" || true ;;
+        lighttpd | nginx-light) disable_service "${package%-light}" ;;
+        apache2*) disable_service apache2 ;;
+        php-fpm) disable_service "$(basename -a /lib/systemd/system/php*-fpm.service)" ;;
         esac
     done
+}
+
+# For keep_idle, whose $elevate it uses; a package may have come without its service.
+disable_service()
+{
+    # shellcheck disable=SC2086 # no word or two words; one name or several
+    $elevate systemctl disable --now $1 || true
 }
 
 # build FOLDER CMAKE-ARGUMENT...: builds build/FOLDER, which is configured only when it is new

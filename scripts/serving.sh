@@ -11,6 +11,8 @@ work=
 application_pid=
 front_pid=
 port=
+program= # the application, where the front server starts it
+application_port=
 
 begin_serving()
 {
@@ -48,7 +50,8 @@ stop_application()
     end_process "$pid"
 }
 
-# start_application PROGRAM [ARGUMENT...]: the program opens the socket $work/api.sock
+# start_application PROGRAM [ARGUMENT...]: the program opens the socket $work/api.sock or, when that
+# is set, listens on $application_port
 start_application()
 {
     rm -f "$work/api.sock"
@@ -62,7 +65,11 @@ start_application()
 application_listens()
 {
     kill -0 "$application_pid" 2>/dev/null || return 2
-    grep -q " 00010000 .* $work/api.sock\$" /proc/net/unix # the flag says: listening
+    if [ -n "$application_port" ]; then
+        grep -qi ": 0100007F:$(printf %04x "$application_port") 00000000:0000 0A" /proc/net/tcp
+    else
+        grep -q " 00010000 .* $work/api.sock\$" /proc/net/unix # the flag says: listening
+    fi
 }
 
 front_answers()
@@ -92,15 +99,17 @@ is_busy()
     (: <>"/dev/tcp/127.0.0.1/$1") 2>/dev/null
 }
 
+# pick_free_port [VARIABLE]: port, unless another variable is named
 pick_free_port()
 {
-    port=$((20000 + RANDOM % 40000))
-    while is_busy "$port"; do
-        port=$((20000 + RANDOM % 40000))
+    local -n picked=${1-port}
+    picked=$((20000 + RANDOM % 40000))
+    while is_busy "$picked"; do
+        picked=$((20000 + RANDOM % 40000))
     done
 }
 
-# start_front lighttpd|nginx|keeping_nginx: on $port, or on a free one when that is empty
+# start_front SERVER: one that start_SERVER starts, on $port, or on a free one when that is empty
 start_front()
 {
     local given=$port
@@ -117,38 +126,72 @@ start_front()
     fail "$1 did not start on port $port: $(tail -n 1 "$work/front.log")"
 }
 
+# deployed FILE: prints examples/deploy/FILE, with the places of this run in it
+deployed()
+{
+    sed -e "s|/run/[a-z-]*/|$work/|g" -e "s|/var/lib/app/|$work/|g" -e "s|/usr/local/bin/app |$program |g" \
+        -e "s|/srv/app/files|${files:-$root/examples/showcase/files}|g" \
+        -e "s|^    listen 80;|    listen 127.0.0.1:$port;|" "$root/examples/deploy/$1"
+}
+
+# start_process PROGRAM [ARGUMENT...]: the front server
+start_process()
+{
+    setpriv --pdeathsig TERM "$@" >"$work/front.log" 2>&1 &
+    front_pid=$!
+}
+
+# start_lighttpd [FILE-OF-EXAMPLES/DEPLOY]
 start_lighttpd()
 {
+    deployed "${1-lighttpd/app.conf}" >"$work/app.conf"
     cat >"$work/lighttpd.conf" <<CONF
-server.modules = ( "mod_fastcgi" )
 server.bind = "127.0.0.1"
 server.port = $port
 server.document-root = "$work/htdocs"
 server.upload-dirs = ( "$work" )
-server.max-request-size = 16384 # kilobytes
-fastcgi.server = ( "/api" => ((
-    "socket" => "$work/api.sock",
-    "check-local" => "disable",
-    "x-sendfile" => "enable",
-    "x-sendfile-docroot" => ( "$root/examples/showcase/files" )
-)) )
+include "$work/app.conf"
 CONF
     mkdir -p "$work/htdocs"
-    setpriv --pdeathsig TERM lighttpd -D -f "$work/lighttpd.conf" >"$work/front.log" 2>&1 &
-    front_pid=$!
+    start_process lighttpd -D -f "$work/lighttpd.conf"
+}
+
+start_lighttpd-spawned()
+{
+    start_lighttpd lighttpd/app-spawned.conf
+}
+
+start_nginx()
+{
+    deployed nginx/app_params >"$work/app_params"
+    deployed nginx/app.conf >"$work/app.conf"
+    start_nginx_with "$work/app.conf"
 }
 
 # Asks the application to keep its connections open. It never does, and a request that nginx sends
 # just when a connection closes fails unless it may be repeated: hence not for every test.
 start_keeping_nginx()
 {
-    local keepalive="keepalive 4;" keep_conn=on
-    start_nginx
+    deployed nginx/app_params >"$work/app_params"
+    deployed nginx/app.conf |
+        sed -e '/^upstream/ a\    keepalive 4;' -e '/^ *fastcgi_pass/ a\        fastcgi_keep_conn on;' >"$work/app.conf"
+    start_nginx_with "$work/app.conf"
 }
 
-start_nginx()
+# The application listens on $application_port of loopback.
+start_nginx-tcp()
+{
+    deployed nginx/app_params >"$work/app_params"
+    deployed nginx/app.conf |
+        sed "s|server unix:[^;]*; # by TCP: server 127.0.0.1:9000;|server 127.0.0.1:$application_port;|" >"$work/app.conf"
+    start_nginx_with "$work/app.conf"
+}
+
+# start_nginx_with FILE: FILE stands at the level of sites
+start_nginx_with()
 {
     mkdir -p "$work/nginx"
+    rm -f "$work/inner.sock"
     cat >"$work/nginx.conf" <<CONF
 daemon off;
 master_process off;
@@ -162,30 +205,45 @@ http {
     proxy_temp_path $work/nginx/proxy;
     uwsgi_temp_path $work/nginx/uwsgi;
     scgi_temp_path $work/nginx/scgi;
-    client_max_body_size 16m;
-    upstream application {
-        server unix:$work/api.sock;
-        ${keepalive-}
-    }
-    server {
-        listen 127.0.0.1:$port;
-        location / { return 404; }
-        location ~ ^(?<script>/api)(?<path>/.*)?\$ {
-            fastcgi_pass application;
-            fastcgi_keep_conn ${keep_conn-off};
-            fastcgi_read_timeout 10s;
-            fastcgi_param REQUEST_METHOD \$request_method;
-            fastcgi_param SCRIPT_NAME \$script;
-            fastcgi_param PATH_INFO \$path;
-            fastcgi_param QUERY_STRING \$query_string;
-            fastcgi_param CONTENT_TYPE \$content_type;
-            fastcgi_param CONTENT_LENGTH \$content_length;
-            fastcgi_param SERVER_PROTOCOL \$server_protocol;
-            fastcgi_param REMOTE_ADDR \$remote_addr;
-        }
-    }
+    include $1;
 }
 CONF
-    setpriv --pdeathsig TERM nginx -c "$work/nginx.conf" -e stderr >"$work/front.log" 2>&1 &
-    front_pid=$!
+    start_process nginx -c "$work/nginx.conf" -e stderr
+}
+
+start_apache-proxy()
+{
+    start_apache apache/app-proxy.conf proxy proxy_fcgi reqtimeout
+}
+
+start_apache-fcgid()
+{
+    start_apache apache/app-fcgid.conf fcgid
+}
+
+# start_apache FILE MODULE...
+start_apache()
+{
+    mkdir -p "$work/htdocs"
+    deployed "$1" >"$work/app.conf"
+    cat >"$work/apache.conf" <<CONF
+ServerRoot $work
+ServerName localhost
+Listen 127.0.0.1:$port
+PidFile $work/apache.pid
+DefaultRuntimeDir $work
+ErrorLog /dev/stderr
+DocumentRoot $work/htdocs
+$(for module in mpm_event authz_core "${@:2}"; do
+        echo "LoadModule ${module}_module /usr/lib/apache2/modules/mod_$module.so"
+    done)
+User www-data
+Group www-data
+<IfModule fcgid_module>
+    FcgidIPCDir $work/fcgid
+    FcgidProcessTableFile $work/fcgid/table
+</IfModule>
+Include $work/app.conf
+CONF
+    start_process apache2 -D FOREGROUND -f "$work/apache.conf"
 }

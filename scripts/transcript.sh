@@ -11,7 +11,7 @@
 # A line "$ ..." is a command; the lines up to the next command, heading or empty line are its
 # output, in which the line "\" stands for an empty one. Commands share one shell, so one may set a
 # variable for the next. The commands under a heading that ends in "[try]" are those shown to a
-# newcomer; a heading that ends in the name of a front server, "[nginx]", holds for that one only.
+# newcomer; a heading that ends in names of front servers, "[lighttpd nginx]", holds for these only.
 # Sourced after lib.sh and serving.sh.
 
 # commands_to_try FILE BASE-ADDRESS
@@ -20,7 +20,8 @@ commands_to_try()
     sed -n -e '/^# .*\[try\]$/,/^$/ {' -e 's/^# \(.*\) \[try\]/\n  # \1/p' -e "s|\\\$api|$2|g" -e 's/^\$ /  /p' -e '}' "$1"
 }
 
-# check_transcript FILE BASE-ADDRESS SERVER: fails at the first difference and shows it
+# check_transcript FILE BASE-ADDRESS SERVER: fails at the first difference and shows it; of SERVER
+# the part before "-" is compared with the names in headings
 check_transcript()
 {
     local api=$2 server=$3 # api is for the commands
@@ -59,8 +60,9 @@ replay_command()
 
 heading_applies()
 {
+    local names=" ${heading##*[} "
     case $heading in
-    *"[$server]" | *'[try]') return 0 ;;
-    *']') return 1 ;;
+    *'[try]') return 0 ;;
+    *']') [[ ${names/]/ } == *" ${server%%-*} "* ]] ;;
     esac
 }

@@ -46,7 +46,8 @@ void Accounts::add(const QString& user, const QString& password)
     if (!hashOf(user).isNull()) {
         return;
     }
-    Database::Statement(m_database, "INSERT INTO accounts VALUES (?, ?)")
+    // Another process that starts at the same time may have been faster.
+    Database::Statement(m_database, "INSERT OR IGNORE INTO accounts VALUES (?, ?)")
         .bind(user)
         .bind(passwordHash(password.toUtf8()))
         .next();

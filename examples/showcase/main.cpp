@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "Accounts.h"
+#include "ClientProcessor.h"
 #include "Database.h"
 #include "EchoProcessor.h"
 #include "FailingProcessor.h"
@@ -44,7 +45,8 @@ Options parseCommandLine(const QCoreApplication& application)
         "Serves the API of the demonstration, under the script name /api, over FastCGI."));
     parser.addHelpOption();
     const QCommandLineOption socket(QStringLiteral("socket"),
-                                    QStringLiteral("The Unix socket for the front server."),
+                                    QStringLiteral("The Unix socket, or address:port, for the "
+                                                   "front server; descriptor 0 without it."),
                                     QStringLiteral("path"));
     const QCommandLineOption database(QStringLiteral("database"),
                                       QStringLiteral("The file that keeps accounts and notes."),
@@ -61,7 +63,7 @@ Options parseCommandLine(const QCoreApplication& application)
         QStringLiteral("60000"));
     parser.addOptions({socket, database, files, tokenLifetime, removalDelay});
     parser.process(application);
-    if (!parser.isSet(socket) || !parser.isSet(database) || !parser.isSet(files)) {
+    if (!parser.isSet(database) || !parser.isSet(files)) {
         parser.showHelp(2);
     }
     return {parser.value(socket),
@@ -77,6 +79,7 @@ void addOpenServices(BwaDispatcherFcgiService& root, const QString& files)
         root.addService(QString::fromLatin1(name), new BwaStandardFcgiService(processor));
     };
     add("echo", new EchoProcessor(nullptr));
+    add("client", new ClientProcessor(nullptr));
     add("form", new FormProcessor(nullptr));
     add("upload", new UploadProcessor(nullptr));
     add("order", new OrderProcessor(nullptr));
@@ -106,7 +109,9 @@ int serve(QCoreApplication& application, const Options& options)
 
     BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
     QObject::connect(&listener, &BwaFcgiListener::listeningError, &application, [&options] {
-        std::cerr << "cannot listen on " << qPrintable(options.socket) << std::endl;
+        std::cerr << "cannot listen on "
+                  << (options.socket.isNull() ? "descriptor 0" : qPrintable(options.socket))
+                  << std::endl;
         QCoreApplication::exit(1);
     });
     listener.listen(options.socket);

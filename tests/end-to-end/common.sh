@@ -20,6 +20,30 @@ start_showcase()
         --files "$root/examples/showcase/files" "${@:2}"
 }
 
+# start_showcase_behind SERVER PROGRAM: starts both, each as examples/deploy says
+start_showcase_behind()
+{
+    case $1 in
+    *-spawned | *-fcgid) program=$2 ;;
+    *-tcp)
+        pick_free_port application_port
+        start_showcase "$2" --socket "127.0.0.1:$application_port"
+        ;;
+    *-activated) start_activated "$2" ;;
+    *) start_showcase "$2" ;;
+    esac
+    # Apache lays down the rights of root, and what it starts must reach its files.
+    [[ $1 != apache-* || $(id -u) != 0 ]] || chown -R www-data: "$work"
+    start_front "${1%-activated}"
+}
+
+# As the socket unit does it: the socket is there first, and descriptor 0 of the program.
+start_activated()
+{
+    start_application systemd-socket-activate --inetd --listen "$work/api.sock" \
+        "$1" --database "$work/notes.db" --files "$root/examples/showcase/files"
+}
+
 # Prints what the authorization header must hold from then on.
 log_in()
 {

@@ -21,7 +21,7 @@ as_many_descriptors_as_before()
 begin_serving
 start_showcase "$1"
 start_front keeping_nginx
-grep -q 'fastcgi_keep_conn on' "$work/nginx.conf" || fail "nginx does not keep connections"
+grep -q 'fastcgi_keep_conn on' "$work/app.conf" || fail "nginx does not keep connections"
 before=$(open_descriptors)
 
 for number in 1 2 3 4 5 6; do

@@ -2,14 +2,14 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
 
-# transcript.sh SHOWCASE SERVER: every request of the showcase's transcript, behind that server.
+# transcript.sh SHOWCASE SERVER: every request of the showcase's transcript, behind that server as
+# examples/deploy sets it up.
 
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 begin_serving
-start_showcase "$1"
-start_front "$2"
+start_showcase_behind "$2" "$1"
 
 check_transcript "$root/examples/showcase/transcript.txt" "http://127.0.0.1:$port/api" "$2"
 
