@@ -78,10 +78,10 @@ front_answers()
     curl -s -o /dev/null --max-time 2 "http://127.0.0.1:$port/"
 }
 
-# Tries a condition for up to 20 seconds; a condition that answers 2 will never hold.
+# Tries a condition for up to a minute; a condition that answers 2 will never hold.
 await()
 {
-    local status deadline=$((SECONDS + 20))
+    local status deadline=$((SECONDS + 60))
     while [ $SECONDS -lt $deadline ]; do
         status=0
         "$1" || status=$?
