@@ -126,12 +126,12 @@ start_front()
     fail "$1 did not start on port $port: $(tail -n 1 "$work/front.log")"
 }
 
-# deployed FILE: prints examples/deploy/FILE, with the places of this run in it
+# deployed FILE: prints examples/FILE, with the places of this run in it
 deployed()
 {
     sed -e "s|/run/[a-z-]*/|$work/|g" -e "s|/var/lib/app/|$work/|g" -e "s|/usr/local/bin/app |$program |g" \
         -e "s|/srv/app/files|${files:-$root/examples/showcase/files}|g" \
-        -e "s|^    listen 80;|    listen 127.0.0.1:$port;|" "$root/examples/deploy/$1"
+        -e "s|^    listen 80;|    listen 127.0.0.1:$port;|" "$root/examples/$1"
 }
 
 # start_process PROGRAM [ARGUMENT...]: the front server
@@ -141,10 +141,10 @@ start_process()
     front_pid=$!
 }
 
-# start_lighttpd [FILE-OF-EXAMPLES/DEPLOY]
+# start_lighttpd [FILE-OF-EXAMPLES]
 start_lighttpd()
 {
-    deployed "${1-lighttpd/app.conf}" >"$work/app.conf"
+    deployed "${1-deploy/lighttpd/app.conf}" >"$work/app.conf"
     cat >"$work/lighttpd.conf" <<CONF
 server.bind = "127.0.0.1"
 server.port = $port
@@ -158,13 +158,13 @@ CONF
 
 start_lighttpd-spawned()
 {
-    start_lighttpd lighttpd/app-spawned.conf
+    start_lighttpd deploy/lighttpd/app-spawned.conf
 }
 
 start_nginx()
 {
-    deployed nginx/app_params >"$work/app_params"
-    deployed nginx/app.conf >"$work/app.conf"
+    deployed deploy/nginx/app_params >"$work/app_params"
+    deployed deploy/nginx/app.conf >"$work/app.conf"
     start_nginx_with "$work/app.conf"
 }
 
@@ -172,8 +172,8 @@ start_nginx()
 # just when a connection closes fails unless it may be repeated: hence not for every test.
 start_keeping_nginx()
 {
-    deployed nginx/app_params >"$work/app_params"
-    deployed nginx/app.conf |
+    deployed deploy/nginx/app_params >"$work/app_params"
+    deployed deploy/nginx/app.conf |
         sed -e '/^upstream/ a\    keepalive 4;' -e '/^ *fastcgi_pass/ a\        fastcgi_keep_conn on;' >"$work/app.conf"
     start_nginx_with "$work/app.conf"
 }
@@ -181,9 +181,19 @@ start_keeping_nginx()
 # The application listens on $application_port of loopback.
 start_nginx-tcp()
 {
-    deployed nginx/app_params >"$work/app_params"
-    deployed nginx/app.conf |
+    deployed deploy/nginx/app_params >"$work/app_params"
+    deployed deploy/nginx/app.conf |
         sed "s|server unix:[^;]*; # by TCP: server 127.0.0.1:9000;|server 127.0.0.1:$application_port;|" >"$work/app.conf"
+    start_nginx_with "$work/app.conf"
+}
+
+# The processes have the sockets $work/NUMBER/api.sock. Replies name theirs.
+start_scaling_nginx()
+{
+    deployed deploy/nginx/app_params >"$work/app_params"
+    deployed scale-out/nginx.conf |
+        sed -e 's/^ *add_header .*/&\n        add_header X-Process $upstream_addr always;/' \
+            -e "s/default \$request_id; .*/default ${route_without_cookie:-\$request_id};/" >"$work/app.conf"
     start_nginx_with "$work/app.conf"
 }
 
@@ -213,12 +223,12 @@ CONF
 
 start_apache-proxy()
 {
-    start_apache apache/app-proxy.conf proxy proxy_fcgi reqtimeout
+    start_apache deploy/apache/app-proxy.conf proxy proxy_fcgi reqtimeout
 }
 
 start_apache-fcgid()
 {
-    start_apache apache/app-fcgid.conf fcgid
+    start_apache deploy/apache/app-fcgid.conf fcgid
 }
 
 # start_apache FILE MODULE...

@@ -29,3 +29,4 @@ begin_serving
 program=$1
 check_units deploy/systemd/own-socket app.service
 check_units deploy/systemd/socket-activated app.service
+check_units scale-out app@.service
