@@ -10,7 +10,8 @@ library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsi
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light
     apache2-bin libapache2-mod-fcgid systemd)
-ci_packages=("${test_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
+package_packages=(debhelper dpkg-dev lintian)
+ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
     abigail-tools musl)
 
 say()
