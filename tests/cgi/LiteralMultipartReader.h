@@ -129,7 +129,8 @@ public:
         if (!found) {
             return false;
         }
-        const auto disposition = literalHeaderValue(QString::fromUtf8(value)).first();
+        const QString text = QString::fromUtf8(value.constData(), value.size()); // with its NULs
+        const auto disposition = literalHeaderValue(text).first();
         if (disposition.first != QLatin1String("form-data") ||
             !disposition.second.contains(QStringLiteral("name"))) {
             return false;

@@ -4,9 +4,8 @@
 // Random service trees and paths, routed by the library and by a literal model of the rule:
 // itself, else the child of exactly that name, else the first dispatcher whose name is a prefix.
 
-#include "services/ServiceReplies.h"
+#include "services/RoutingModel.h"
 #include "services/ServiceTree.h"
-#include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 
 #include <QByteArray>
@@ -66,52 +65,6 @@ QByteArray randomPath(Random& random)
         path += oneOf(pieces, random);
     }
     return path;
-}
-
-// The child of exactly the name, or the first dispatcher whose name is a prefix; null if none is.
-const TreeNode* modelChild(const std::vector<TreeNode>& children, const QByteArray& rest)
-{
-    for (const TreeNode& child : children) {
-        if (child.name == rest) {
-            return &child;
-        }
-    }
-    for (const TreeNode& child : children) {
-        if (child.kind == TreeNode::Dispatcher && rest.startsWith(child.name + '/')) {
-            return &child;
-        }
-    }
-    return nullptr;
-}
-
-// The label of the service that answers, or "not found by" and the path of the last dispatcher.
-QByteArray modelRoute(const std::vector<TreeNode>& children, const QByteArray& label,
-                      const QByteArray& path, const QByteArray& pathInfo)
-{
-    if (pathInfo == path || pathInfo == path + '/') {
-        return label;
-    }
-    const TreeNode* child = pathInfo.startsWith(path + '/')
-        ? modelChild(children, pathInfo.mid(path.size() + 1))
-        : nullptr;
-    if (!child) {
-        return "not found by " + path;
-    }
-    const QByteArray answer = childLabel(label, child->name);
-    return child->kind == TreeNode::Service
-        ? answer
-        : modelRoute(child->children, answer, path + '/' + child->name, pathInfo);
-}
-
-QByteArray libraryRoute(BwaAbstractFcgiService& root, const QByteArray& pathInfo)
-{
-    const FcgiReply reply = replyOf(root, requestTo(pathInfo));
-    if (reply.out != errorPage(404, "Not Found")) {
-        return reply.out;
-    }
-    // Error in dispatcher service "<path>" for script ...
-    const int start = reply.err.indexOf('"') + 1;
-    return "not found by " + reply.err.mid(start, reply.err.indexOf('"', start) - start);
 }
 
 } // namespace

@@ -5,10 +5,27 @@
 
 #include "fcgi/BwaFcgiRequest.h"
 
+#include <QTemporaryDir>
+
 #include <stdexcept>
 #include <utility>
 
-#include <unistd.h>
+namespace {
+
+// One for the process: opening it takes longer than most exchanges.
+struct ListeningSocket {
+    QTemporaryDir folder;
+    QByteArray path = folder.path().toLatin1() + "/socket";
+    int descriptor = FCGX_OpenSocket(path.constData(), 5);
+};
+
+const ListeningSocket& listeningSocket()
+{
+    static const ListeningSocket socket;
+    return socket;
+}
+
+} // namespace
 
 FcgiExchange::FcgiExchange(const FcgiParameters& parameters, const QByteArray& body)
     : FcgiExchange(SentBytes{FcgiClient::requestBytes(parameters, body)})
@@ -21,20 +38,16 @@ FcgiExchange FcgiExchange::ofBytes(const QByteArray& bytes)
 }
 
 FcgiExchange::FcgiExchange(const SentBytes& sent)
-    : m_listeningSocket(-1)
+    : m_client(std::make_unique<FcgiClient>(listeningSocket().path))
     , m_request(nullptr)
 {
-    const QByteArray path = m_folder.path().toLatin1() + "/socket";
-    m_listeningSocket = FCGX_OpenSocket(path.constData(), 5);
-    m_client = std::make_unique<FcgiClient>(path);
     m_client->send(sent.bytes);
     m_client->shutDownSending(); // so that finishing the request does not wait for more
 
     FCGX_Init();
     auto request = std::make_unique<FCGX_Request>();
-    FCGX_InitRequest(request.get(), m_listeningSocket, 0);
+    FCGX_InitRequest(request.get(), listeningSocket().descriptor, 0);
     if (FCGX_Accept_r(request.get()) != 0) {
-        close(m_listeningSocket);
         throw std::runtime_error("the request was not accepted");
     }
     m_request = request.release();
@@ -46,7 +59,6 @@ FcgiExchange::~FcgiExchange()
         FCGX_Free(m_request, 1);
         delete m_request;
     }
-    close(m_listeningSocket);
 }
 
 FCGX_Request* FcgiExchange::takeFcgxRequest()

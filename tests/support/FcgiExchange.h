@@ -6,8 +6,6 @@
 
 #include "support/FcgiClient.h"
 
-#include <QTemporaryDir>
-
 #include <fcgiapp.h>
 
 #include <memory>
@@ -46,8 +44,6 @@ private:
 
     explicit FcgiExchange(const SentBytes& sent);
 
-    QTemporaryDir m_folder;
-    int m_listeningSocket; // owned
     std::unique_ptr<FcgiClient> m_client;
     FCGX_Request* m_request; // owned until taken
 };
