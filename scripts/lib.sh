@@ -10,9 +10,10 @@ library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsi
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light
     apache2-bin libapache2-mod-fcgid systemd)
+fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libclang-rt-14-dev llvm-14)
 package_packages=(debhelper dpkg-dev lintian)
 ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
-    abigail-tools musl)
+    abigail-tools musl libclang-rt-14-dev llvm-14)
 
 say()
 {

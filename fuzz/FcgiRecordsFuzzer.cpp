@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// Bytes on the listener's socket: whatever they are, the next good request is answered.
+
+#include "Fuzzing.h"
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiListener.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "services/BwaAbstractFcgiService.h"
+#include "support/FcgiClient.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/socket.h>
+
+namespace {
+
+/** Reads whatever body there is, answers, and says that it has. */
+class AnsweringService : public BwaAbstractFcgiService
+{
+public:
+    void processRequest(BwaFcgiRequest* request) override
+    {
+        request->cgiRequest()->processBodyContent();
+        request->out() << "Content-Type: text/plain\n\nanswered";
+        delete request;
+    }
+};
+
+/** A listener in the middle of its work, with the clients' ends of two connections. */
+class Server
+{
+public:
+    Server()
+        : m_application(m_argumentCount, m_arguments)
+        , m_listener({{QStringLiteral("/good"), &m_service}})
+        , m_path(m_folder.filePath(QStringLiteral("socket")).toLatin1())
+    {
+        QObject::connect(&m_listener, &BwaFcgiListener::listeningError, [] { std::abort(); });
+        m_listener.listen(QString::fromLatin1(m_path));
+    }
+
+    void take(const QByteArray& bytes)
+    {
+        FcgiClient client(m_path);
+        sendSome(client, bytes);
+        client.shutDownSending();
+        expectGoodAnswer();
+    }
+
+private:
+    // The listener may have closed the connection already.
+    static void sendSome(const FcgiClient& client, const QByteArray& bytes)
+    {
+        ::send(client.descriptor(), bytes.constData(), static_cast<std::size_t>(bytes.size()),
+               MSG_NOSIGNAL | MSG_DONTWAIT);
+    }
+
+    void expectGoodAnswer()
+    {
+        FcgiClient client(m_path);
+        client.sendRequest({{"SCRIPT_NAME", "/good"}});
+        client.shutDownSending();
+        char first = 0;
+        while (::recv(client.descriptor(), &first, 1, MSG_PEEK | MSG_DONTWAIT) < 0) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        }
+        EXPECT_EQ(client.readReply().out, "Content-Type: text/plain\n\nanswered");
+    }
+
+    int m_argumentCount = 1;
+    char m_name[5] = "fuzz";
+    char* m_arguments[2] = {m_name, nullptr};
+    QCoreApplication m_application;
+    QTemporaryDir m_folder;
+    AnsweringService m_service;
+    BwaFcgiListener m_listener;
+    QByteArray m_path;
+};
+
+} // namespace
+
+void fuzz(const QByteArray& input)
+{
+    static Server server;
+    server.take(input);
+}

@@ -1,0 +1,143 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// A JSON text: what the parser accepts, Qt's own parser accepts with the same value, and no
+// extractor writes to its output when it refuses.
+
+#include "Fuzzing.h"
+#include "json/BwaJsonParser_p.h"
+#include "json/JsonDescription.h"
+#include "json/JsonExtraction.h"
+#include "support/QtPrinters.h"
+
+#include <QJsonDocument>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+const int deepestExtraction = 8; // containers whose members are extracted
+
+// Qt's parser knows doubles and 64-bit integers only, so all numbers are compared as doubles.
+QVariant withDoubles(const QVariant& value)
+{
+    if (value.type() == QVariant::List) {
+        QVariantList list = value.toList();
+        std::transform(list.begin(), list.end(), list.begin(), withDoubles);
+        return list;
+    }
+    if (value.type() == QVariant::Map) {
+        QVariantMap map = value.toMap();
+        std::transform(map.begin(), map.end(), map.begin(), withDoubles);
+        return map;
+    }
+    if (value.type() == QVariant::LongLong || value.type() == QVariant::ULongLong ||
+        value.type() == QVariant::Double) {
+        return value.toDouble() + 0.0; // no negative zero
+    }
+    return value.userType() == QMetaType::Nullptr ? QVariant() : value;
+}
+
+// The colons outside strings, of which every member of an object has one.
+int writtenMembers(const QByteArray& text)
+{
+    int members = 0;
+    bool isInString = false;
+    for (int position = 0; position < text.size(); ++position) {
+        if (text.at(position) == '"') {
+            isInString = !isInString;
+        } else if (isInString && text.at(position) == '\\') {
+            ++position;
+        } else if (!isInString && text.at(position) == ':') {
+            ++members;
+        }
+    }
+    return members;
+}
+
+int keptMembers(const QVariant& value)
+{
+    const bool isMap = value.type() == QVariant::Map;
+    const QVariantList elements = isMap ? value.toMap().values() : value.toList();
+    int members = isMap ? elements.size() : 0;
+    for (const QVariant& element : elements) {
+        members += keptMembers(element);
+    }
+    return members;
+}
+
+void expectQtAgrees(const QByteArray& text, const QVariant& value)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson("[" + text + "]", &error);
+    const std::string expected = description(withDoubles(QVariantList() << value));
+    const bool isBeyondQt = error.error == QJsonParseError::IllegalNumber || // an underflow
+        error.error == QJsonParseError::DeepNesting ||
+        expected.find("\xEF\xBB\xBF") != std::string::npos; // taken for a byte order mark
+    if (isBeyondQt) {
+        return;
+    }
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString();
+    // Which one of several members of the same name Qt takes depends on how many there are.
+    if (writtenMembers(text) == keptMembers(value)) {
+        EXPECT_EQ(description(withDoubles(document.toVariant())), expected);
+    }
+}
+
+template <typename Target>
+void expectFormsAgree(const JsonExtractor<Target>& extractor, const QVariant& value)
+{
+    const std::string outcome = extracted(extractor, value);
+    EXPECT_NE(outcome.rfind("refused, but", 0), 0U) << outcome;
+    EXPECT_NE(outcome.rfind("value: ", 0), 0U) << outcome;
+}
+
+void extractAll(const QVariant& value)
+{
+    expectFormsAgree(integerExtractor<unsigned char>, value);
+    expectFormsAgree(integerExtractor<short>, value);
+    expectFormsAgree(integerExtractor<unsigned int>, value);
+    expectFormsAgree(integerExtractor<long long>, value);
+    expectFormsAgree(integerExtractor<unsigned long long>, value);
+    expectFormsAgree(integerExtractor<double>, value);
+    expectFormsAgree(realNumberExtractor<float>, value);
+    expectFormsAgree(realNumberExtractor<double>, value);
+    expectFormsAgree(booleanExtractor, value);
+    expectFormsAgree(base64Extractor, value);
+    expectFormsAgree(hexExtractor, value);
+    expectFormsAgree(listExtractor, value);
+    expectFormsAgree(objectExtractor, value);
+}
+
+void extractAllWithin(const QVariant& value, int depth)
+{
+    extractAll(value);
+    if (depth == deepestExtraction) {
+        return;
+    }
+    const QVariantList elements =
+        value.type() == QVariant::Map ? value.toMap().values() : value.toList();
+    for (const QVariant& element : elements) {
+        extractAllWithin(element, depth + 1);
+    }
+}
+
+} // namespace
+
+void fuzz(const QByteArray& input)
+{
+    bool ok = false;
+    const QVariant value = BwaJsonParser::parse(input, &ok);
+
+    bool okAgain = false;
+    EXPECT_EQ(description(BwaJsonParser::parse(input, &okAgain)), description(value));
+    EXPECT_EQ(okAgain, ok);
+    if (ok) {
+        expectQtAgrees(input, value);
+        extractAllWithin(value, 0);
+    } else {
+        EXPECT_FALSE(value.isValid());
+    }
+}

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef MULTIPARTBODY_H
+#define MULTIPARTBODY_H
+
+#include <QByteArray>
+
+#include <algorithm>
+#include <random>
+
+// An input is a body as it stands, so that bodies from elsewhere can be tried. All else follows
+// from it.
+
+/** The boundary that the first line of @a body shows; "B" without one. */
+inline QByteArray boundaryOf(const QByteArray& body)
+{
+    const QByteArray line = body.left(body.indexOf("\r\n"));
+    const auto isPlain = [](char character) {
+        return character > 0 && character != '"' && character != '\\';
+    };
+    const bool isUsable =
+        line.startsWith("--") && line.size() < 80 && std::all_of(line.begin(), line.end(), isPlain);
+    return isUsable ? line.mid(2) : QByteArray("B");
+}
+
+/** Where the choices beside @a body come from: the same for the same body. */
+inline std::minstd_rand choicesFor(const QByteArray& body)
+{
+    return std::minstd_rand(qChecksum(body.constData(), static_cast<uint>(body.size())));
+}
+
+inline unsigned int below(unsigned int limit, std::minstd_rand& choices)
+{
+    return static_cast<unsigned int>(choices()) % limit;
+}
+
+#endif
