@@ -245,7 +245,7 @@ PidFile $work/apache.pid
 DefaultRuntimeDir $work
 ErrorLog /dev/stderr
 DocumentRoot $work/htdocs
-$(for module in mpm_event authz_core "${@:2}"; do
+$(for module in mpm_event authz_core alias "${@:2}"; do
         echo "LoadModule ${module}_module /usr/lib/apache2/modules/mod_$module.so"
     done)
 User www-data
