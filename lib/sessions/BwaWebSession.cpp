@@ -3,6 +3,9 @@
 
 #include "sessions/BwaWebSession.h"
 
+#include "sessions/BwaEmittingSession_p.h"
+#include "sessions/BwaSessionTimers_p.h"
+
 namespace {
 
 // Ready to start; starting is up to the caller.
@@ -10,16 +13,13 @@ void setUpTimer(QTimer& timer, int interval)
 {
     timer.setInterval(interval);
     timer.setSingleShot(true);
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    timer.setTimerType(Qt::PreciseTimer); // others may be 5 % early
-#endif
 }
 
 // A negative interval means never.
 void startUnlessNegative(QTimer& timer)
 {
     if (timer.interval() >= 0) {
-        timer.start();
+        BwaSessionTimers::start(&timer);
     }
 }
 
@@ -30,6 +30,7 @@ BwaWebSession::BwaWebSession(const QString& username, int tokenLifetime, int rem
     : QObject(parent)
     , m_sessionId(QUuid::createUuid())
     , m_tokenExpired(true)
+    , m_removalStarted(false)
     , m_username(username)
 {
     setUpTimers(tokenLifetime, removalDelay);
@@ -42,6 +43,7 @@ BwaWebSession::BwaWebSession(const QString& username, const QUuid& sessionId, co
     , m_sessionId(sessionId)
     , m_token(token)
     , m_tokenExpired(false)
+    , m_removalStarted(false)
     , m_username(username)
 {
     setUpTimers(-1, -1);
@@ -49,12 +51,16 @@ BwaWebSession::BwaWebSession(const QString& username, const QUuid& sessionId, co
              username.toLocal8Bit().constData());
 }
 
-BwaWebSession::~BwaWebSession() = default;
+BwaWebSession::~BwaWebSession()
+{
+    BwaSessionTimers::stop(&m_tokenTimer);
+    BwaSessionTimers::stop(&m_removalTimer);
+}
 
 QUuid BwaWebSession::generateNewToken()
 {
-    expireToken();
-    m_removalTimer.stop();
+    endToken(); // without starting the removal's timer, which would be stopped at once
+    callRemovalOff();
     m_token = QUuid::createUuid();
     m_tokenExpired = false;
     startUnlessNegative(m_tokenTimer);
@@ -63,18 +69,39 @@ QUuid BwaWebSession::generateNewToken()
 
 void BwaWebSession::remove()
 {
-    Q_EMIT aboutToRemove();
+    {
+        const BwaEmittingSession emitting(this);
+        Q_EMIT aboutToRemove();
+    }
     deleteLater();
 }
 
 void BwaWebSession::expireToken()
 {
+    if (endToken()) {
+        m_removalStarted = true;
+        startUnlessNegative(m_removalTimer);
+    }
+}
+
+// The flag spares every renewal of a valid token a search among the timers.
+void BwaWebSession::callRemovalOff()
+{
+    if (m_removalStarted) {
+        m_removalStarted = false;
+        BwaSessionTimers::stop(&m_removalTimer);
+    }
+}
+
+bool BwaWebSession::endToken()
+{
     if (m_tokenExpired) {
-        return;
+        return false;
     }
     m_tokenExpired = true;
+    const BwaEmittingSession emitting(this);
     Q_EMIT tokenExpired();
-    startUnlessNegative(m_removalTimer);
+    return true;
 }
 
 void BwaWebSession::setUpTimers(int tokenLifetime, int removalDelay)

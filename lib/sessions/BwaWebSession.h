@@ -58,11 +58,14 @@ private Q_SLOTS:
     void expireToken();
 
 private:
+    bool endToken(); // false when it had expired before
+    void callRemovalOff();
     void setUpTimers(int tokenLifetime, int removalDelay);
 
     QUuid m_sessionId;
     QUuid m_token;
     bool m_tokenExpired;
+    bool m_removalStarted; // once the token has expired; takes no room of its own
     QTimer m_removalTimer;
     QTimer m_tokenTimer;
     QString m_username;

@@ -3,6 +3,7 @@
 
 #include "sessions/BwaWebSessionManager.h"
 
+#include "sessions/BwaEmittingSession_p.h"
 #include "sessions/BwaWebSession.h"
 
 namespace {
@@ -65,7 +66,7 @@ void BwaWebSessionManager::removeSessions()
 
 void BwaWebSessionManager::existingSessionAboutToRemove()
 {
-    auto* const session = qobject_cast<BwaWebSession*>(sender());
+    BwaWebSession* const session = senderSession();
     if (!session) {
         return;
     }
@@ -78,7 +79,7 @@ void BwaWebSessionManager::existingSessionAboutToRemove()
 
 void BwaWebSessionManager::existingSessionTokenExpired()
 {
-    if (const auto* const session = qobject_cast<BwaWebSession*>(sender())) {
+    if (const BwaWebSession* const session = senderSession()) {
         Q_EMIT tokenExpired(session->sessionId());
     }
 }
@@ -90,4 +91,12 @@ BwaWebSession* BwaWebSessionManager::adopt(BwaWebSession* session)
     m_sessions.insert(session->sessionId(), session);
     Q_EMIT sessionCreated(session->sessionId());
     return session;
+}
+
+// Qt's sender() searches all that is connected.
+BwaWebSession* BwaWebSessionManager::senderSession() const
+{
+    BwaWebSession* const emitting = BwaEmittingSession::current();
+    return emitting && emitting->parent() == this ? emitting
+                                                  : qobject_cast<BwaWebSession*>(sender());
 }

@@ -61,6 +61,7 @@ private Q_SLOTS:
 
 private:
     BwaWebSession* adopt(BwaWebSession* session);
+    BwaWebSession* senderSession() const;
 
     QMap<QUuid, BwaWebSession*> m_sessions; // owned as QObject children
 };

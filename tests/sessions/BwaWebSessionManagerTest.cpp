@@ -355,6 +355,32 @@ TEST_F(BwaWebSessionManagerTest, WhenAValidTokenIsRenewedAnnouncesTheOldOnesEnd)
     EXPECT_THAT(recorder.texts, ElementsAre(signalText("tokenExpired", session->sessionId())));
 }
 
+TEST_F(BwaWebSessionManagerTest, WhenOneExpiresBecauseAnotherDoesAnnouncesBoth)
+{
+    const BwaWebSession* first = manager.createSession(ann, lifetime, delay);
+    BwaWebSession* second = manager.createSession(ann, 2 * lifetime, delay);
+    const auto connection =
+        QObject::connect(first, &BwaWebSession::tokenExpired, [&] { second->generateNewToken(); });
+    const SignalRecorder recorder(&manager);
+
+    clock->advance(lifetime);
+
+    EXPECT_THAT(recorder.texts,
+                ElementsAre(signalText("tokenExpired", first->sessionId()),
+                            signalText("tokenExpired", second->sessionId())));
+    QObject::disconnect(connection);
+}
+
+TEST_F(BwaWebSessionManagerTest, GivenSignalThatTheSessionDidNotEmitKnowsTheSession)
+{
+    BwaWebSession* session = manager.createSession(ann, lifetime, delay);
+    const SignalRecorder recorder(&manager);
+
+    Q_EMIT session->tokenExpired();
+
+    EXPECT_THAT(recorder.texts, ElementsAre(signalText("tokenExpired", session->sessionId())));
+}
+
 TEST_F(BwaWebSessionManagerTest, WhenASessionRunsOutForgetsIt)
 {
     const QPointer<BwaWebSession> session(manager.createSession(ann, lifetime, delay));

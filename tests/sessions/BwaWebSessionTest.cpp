@@ -8,6 +8,7 @@
 #include "sessions/MessageRecorder.h"
 #include "support/QtPrinters.h"
 
+#include <QElapsedTimer>
 #include <QMetaMethod>
 #include <QPointer>
 
@@ -478,6 +479,56 @@ TEST_F(BwaWebSessionTest, GivenGivenTokenWhenRenewedNeverExpires)
     EXPECT_EQ(clock->started(), 0);
 }
 
+TEST_F(BwaWebSessionTest, WhenRenewedOnExpiryIsRemovedAfterTheDelayNevertheless)
+{
+    const QPointer<BwaWebSession> session(newSession(lifetime, delay));
+    QObject::connect(session, &BwaWebSession::tokenExpired, [&] { session->generateNewToken(); });
+
+    clock->advance(lifetime + delay);
+
+    EXPECT_TRUE(session.isNull());
+}
+
+// Many sessions
+
+TEST_F(BwaWebSessionTest, GivenManySessionsRunsOneTimer)
+{
+    for (int i = 0; i < 1000; ++i) {
+        newSession(lifetime + i % 7, delay)->generateNewToken();
+    }
+
+    EXPECT_EQ(clock->running(), 1);
+}
+
+TEST_F(BwaWebSessionTest, GivenTheSameTimeExpiresInTheOrderOfTheStart)
+{
+    std::string order;
+    BwaWebSession* renewed = newSession(lifetime, -1);
+    QObject::connect(renewed, &BwaWebSession::tokenExpired, [&] { order += "renewed "; });
+    QObject::connect(newSession(lifetime, -1), &BwaWebSession::tokenExpired,
+                     [&] { order += "first "; });
+    renewed->generateNewToken();
+    QObject::connect(newSession(lifetime, -1), &BwaWebSession::tokenExpired,
+                     [&] { order += "last "; });
+    order.clear();
+
+    clock->advance(lifetime);
+
+    EXPECT_EQ(order, "first renewed last ");
+}
+
+TEST_F(BwaWebSessionTest, WhenExpiryDeletesAnotherThatIsDueTheOtherStaysSilent)
+{
+    const BwaWebSession* first = newSession(lifetime, delay);
+    auto* second = newSession(lifetime, delay);
+    const SignalRecorder recorder(second);
+    QObject::connect(first, &BwaWebSession::tokenExpired, [&] { delete second; });
+
+    clock->advance(lifetime);
+
+    EXPECT_THAT(recorder.names, IsEmpty());
+}
+
 // Removal
 
 TEST_F(BwaWebSessionTest, WhenRemovedAnnouncesItAndIsDeletedByTheEventLoop)
@@ -508,7 +559,81 @@ TEST_F(BwaWebSessionTest, CanBeRemovedByASignal)
     EXPECT_TRUE(session.isNull());
 }
 
+// Applications that come and go
+
+TEST(BwaWebSession, WhenItOutlivesTheApplicationCanBeRenewedInTheNext)
+{
+    int argumentCount = 1;
+    char name[] = "test";
+    char* arguments[] = {name, nullptr};
+    auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);
+    BwaWebSession session(user, lifetime, delay);
+    application.reset();
+    auto* const clock = new ManualClock;
+    QCoreApplication::setEventDispatcher(clock);
+    application = std::make_unique<QCoreApplication>(argumentCount, arguments);
+
+    session.generateNewToken();
+    clock->advance(lifetime);
+
+    EXPECT_TRUE(session.isTokenExpired());
+}
+
+TEST(BwaWebSession, WhenCreatedWithoutApplicationDoesNotKeepOthersFromExpiring)
+{
+    const MessageRecorder silence; // of Qt's warning
+    int argumentCount = 1;
+    char name[] = "test";
+    char* arguments[] = {name, nullptr};
+    const BwaWebSession early(user, lifetime, delay);
+    auto* const clock = new ManualClock;
+    QCoreApplication::setEventDispatcher(clock);
+    const QCoreApplication application(argumentCount, arguments);
+
+    const BwaWebSession session(user, lifetime, delay);
+    clock->advance(lifetime);
+
+    EXPECT_TRUE(session.isTokenExpired());
+}
+
 // Real time
+
+TEST_F(BwaWebSessionInRealTime, NeverExpiresEarly)
+{
+    std::vector<std::unique_ptr<BwaWebSession>> sessions;
+    qint64 earliest = 1000000000; // nanoseconds late
+    int expired = 0;
+    for (int i = 0; i < 50; ++i) {
+        const int milliseconds = 1 + i * 7 % 20;
+        QElapsedTimer sinceStart;
+        sinceStart.start();
+        sessions.push_back(std::make_unique<BwaWebSession>(user, milliseconds, -1));
+        QObject::connect(
+            sessions.back().get(), &BwaWebSession::tokenExpired, [=, &earliest, &expired] {
+                earliest = std::min(earliest, sinceStart.nsecsElapsed() - milliseconds * 1000000LL);
+                ++expired;
+            });
+    }
+    const BwaWebSession last(user, 21, -1);
+
+    ASSERT_TRUE(waitFor(&last, &BwaWebSession::tokenExpired));
+
+    EXPECT_EQ(expired, 50);
+    EXPECT_GE(earliest, 0);
+}
+
+TEST_F(BwaWebSessionInRealTime, WhenASlotRunsAnEventLoopOthersExpireInIt)
+{
+    const BwaWebSession first(user, 1, -1);
+    const BwaWebSession second(user, 2, -1);
+    bool expiredWithin = false;
+    QObject::connect(&first, &BwaWebSession::tokenExpired,
+                     [&] { expiredWithin = waitFor(&second, &BwaWebSession::tokenExpired); });
+
+    ASSERT_TRUE(waitFor(&first, &BwaWebSession::tokenExpired));
+
+    EXPECT_TRUE(expiredWithin);
+}
 
 TEST_F(BwaWebSessionInRealTime, ExpiresThenRemovesTheSession)
 {

@@ -14,13 +14,22 @@
 #include <algorithm>
 #include <memory>
 
-/** An event dispatcher whose time stands still until a test moves it on. */
+/**
+ * An event dispatcher whose time stands still until a test moves it on. As long as it lives, the
+ * process has no other monotonic time.
+ */
 class ManualClock : public QAbstractEventDispatcher
 {
 public:
+    ManualClock();
+    ~ManualClock() override;
+
+    /** Milliseconds since the clock began. */
+    qint64 now() const { return m_now; }
     /** Fires what becomes due in the next @a milliseconds, and deletes what is to be deleted. */
     void advance(qint64 milliseconds)
     {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // as every loop does
         const qint64 end = m_now + milliseconds;
         for (auto timer = earliest(); timer != m_timers.end() && timer->due <= end;
              timer = earliest()) {

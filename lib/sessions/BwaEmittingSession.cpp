@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "sessions/BwaEmittingSession_p.h"
+
+namespace {
+
+thread_local BwaWebSession* emittingSession = nullptr; // not owned
+
+} // namespace
+
+BwaEmittingSession::BwaEmittingSession(BwaWebSession* session)
+    : m_previous(emittingSession)
+{
+    emittingSession = session;
+}
+
+BwaEmittingSession::~BwaEmittingSession()
+{
+    emittingSession = m_previous;
+}
+
+BwaWebSession* BwaEmittingSession::current()
+{
+    return emittingSession;
+}
