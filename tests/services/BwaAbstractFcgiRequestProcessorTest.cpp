@@ -7,21 +7,20 @@
 #include "fcgi/BwaFcgiRequest.h"
 #include "json/JsonDescription.h"
 #include "support/ErrorPage.h"
-#include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
+#include "support/TestReplies.h"
 
 #include <QVariant>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <ostream>
 #include <string>
 
 namespace {
 
-FcgiParameters jsonRequest(const QByteArray& contentType, const QByteArray& contentLength)
+CgiVariables jsonRequest(const QByteArray& contentType, const QByteArray& contentLength)
 {
     return {{"SCRIPT_NAME", "/app"},
             {"PATH_INFO", "/notes"},
@@ -34,25 +33,44 @@ struct Parsing {
     std::string value;
     bool ok;
     unsigned int bytesRead;
-    FcgiReply reply;
+    BwaTestReply reply;
 };
 
-Parsing parsing(const FcgiParameters& parameters, const QByteArray& body, bool okBefore)
+Parsing parsing(const CgiVariables& parameters, const QByteArray& body, bool okBefore)
 {
-    FcgiExchange exchange(parameters, body);
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-
-    bool ok = okBefore;
-    const QVariant value = BwaAbstractFcgiRequestProcessor::parseJsonContent(request.get(), &ok);
-
-    const unsigned int bytesRead = request->cgiRequest()->bodyBytesRead();
-    request.reset(); // not deleted by the call
-    return {description(value), ok, bytesRead, exchange.reply()};
+    Parsing result = {std::string(), okBefore, 0, BwaTestReply()};
+    const auto parse = [&result](BwaFcgiRequest* request) {
+        result.value =
+            description(BwaAbstractFcgiRequestProcessor::parseJsonContent(request, &result.ok));
+        result.bytesRead = request->cgiRequest()->bodyBytesRead();
+    };
+    result.reply = replyWhile(parse, parameters, body);
+    return result;
 }
 
 Parsing parsing(const QByteArray& contentType, const QByteArray& body)
 {
     return parsing(jsonRequest(contentType, QByteArray::number(body.size())), body, true);
+}
+
+BwaCgiEnvironment::ServerProtocol serverProtocolOf(const CgiVariables& variables)
+{
+    BwaCgiEnvironment::ServerProtocol protocol;
+    const auto parse = [&protocol](BwaFcgiRequest* request) {
+        protocol = BwaAbstractFcgiRequestProcessor::parseServerProtocol(request);
+    };
+    replyWhile(parse, variables);
+    return protocol;
+}
+
+QPair<QString, QHash<QString, QString>> contentTypeOf(const CgiVariables& variables)
+{
+    QPair<QString, QHash<QString, QString>> contentType;
+    const auto parse = [&contentType](BwaFcgiRequest* request) {
+        contentType = BwaAbstractFcgiRequestProcessor::parseContentType(request);
+    };
+    replyWhile(parse, variables);
+    return contentType;
 }
 
 struct ContentTypeCase {
@@ -84,10 +102,7 @@ const QByteArray mediaTypeMessage =
 
 TEST(ParseServerProtocol, ReadsTheProtocolOfTheRequest)
 {
-    FcgiExchange exchange(FcgiParameters{{"SERVER_PROTOCOL", "HTTP/1.0"}});
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-
-    const auto protocol = BwaAbstractFcgiRequestProcessor::parseServerProtocol(request.get());
+    const auto protocol = serverProtocolOf({{"SERVER_PROTOCOL", "HTTP/1.0"}});
 
     EXPECT_EQ(protocol.protocol, QStringLiteral("HTTP"));
     EXPECT_EQ(protocol.majorVersion, 1U);
@@ -96,10 +111,7 @@ TEST(ParseServerProtocol, ReadsTheProtocolOfTheRequest)
 
 TEST(ParseServerProtocol, GivenNoProtocolIsEmpty)
 {
-    FcgiExchange exchange;
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-
-    const auto protocol = BwaAbstractFcgiRequestProcessor::parseServerProtocol(request.get());
+    const auto protocol = serverProtocolOf({});
 
     EXPECT_EQ(protocol.protocol, QString());
     EXPECT_EQ(protocol.majorVersion, 0U);
@@ -108,10 +120,8 @@ TEST(ParseServerProtocol, GivenNoProtocolIsEmpty)
 
 TEST(ParseContentType, ReadsMediaTypeAndParametersAsWritten)
 {
-    FcgiExchange exchange(FcgiParameters{{"CONTENT_TYPE", "Text/HTML; CharSet=\"UTF-8\"; x = y"}});
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-
-    const auto contentType = BwaAbstractFcgiRequestProcessor::parseContentType(request.get());
+    const auto contentType =
+        contentTypeOf({{"CONTENT_TYPE", "Text/HTML; CharSet=\"UTF-8\"; x = y"}});
 
     EXPECT_EQ(contentType.first, QStringLiteral("Text/HTML"));
     EXPECT_EQ(contentType.second,
@@ -121,10 +131,7 @@ TEST(ParseContentType, ReadsMediaTypeAndParametersAsWritten)
 
 TEST(ParseContentType, GivenNoContentTypeIsEmpty)
 {
-    FcgiExchange exchange;
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-
-    const auto contentType = BwaAbstractFcgiRequestProcessor::parseContentType(request.get());
+    const auto contentType = contentTypeOf({});
 
     EXPECT_EQ(contentType.first, QString());
     EXPECT_TRUE(contentType.second.isEmpty());
@@ -136,8 +143,8 @@ TEST_P(ParseJsonContentAccepts, ContentType)
 
     EXPECT_EQ(result.value, "{a: [qulonglong 1, string x]}");
     EXPECT_TRUE(result.ok);
-    EXPECT_EQ(result.reply.out, "");
-    EXPECT_EQ(result.reply.err, "");
+    EXPECT_EQ(result.reply.raw, "");
+    EXPECT_EQ(result.reply.errorText, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -167,8 +174,8 @@ TEST_P(ParseJsonContentRefuses, ContentType)
     EXPECT_EQ(result.value, "invalid");
     EXPECT_FALSE(result.ok);
     EXPECT_EQ(result.bytesRead, 0U);
-    EXPECT_EQ(result.reply.out, errorPage(415, "Unsupported Media Type"));
-    EXPECT_EQ(result.reply.err, mediaTypeMessage);
+    EXPECT_EQ(result.reply.raw, errorPage(415, "Unsupported Media Type"));
+    EXPECT_EQ(result.reply.errorText, mediaTypeMessage);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -197,8 +204,8 @@ TEST(ParseJsonContent, WhenBodyEndsEarlyAnswersBadRequest)
 
     EXPECT_EQ(result.value, "invalid");
     EXPECT_FALSE(result.ok);
-    EXPECT_EQ(result.reply.out, errorPage(400, "Bad Request"));
-    EXPECT_EQ(result.reply.err,
+    EXPECT_EQ(result.reply.raw, errorPage(400, "Bad Request"));
+    EXPECT_EQ(result.reply.errorText,
               "Error in request processor for request to script \"/app\" with path info "
               "\"/notes\": Cannot read the all the content of the body to parse it");
 }
@@ -207,8 +214,8 @@ TEST(ParseJsonContent, WhenBothContentTypeAndBodyAreBadRefusesTheContentType)
 {
     const Parsing result = parsing(jsonRequest("text/plain", "10"), "[1]", true);
 
-    EXPECT_EQ(result.reply.out, errorPage(415, "Unsupported Media Type"));
-    EXPECT_EQ(result.reply.err, mediaTypeMessage);
+    EXPECT_EQ(result.reply.raw, errorPage(415, "Unsupported Media Type"));
+    EXPECT_EQ(result.reply.errorText, mediaTypeMessage);
 }
 
 TEST(ParseJsonContent, WhenBodyIsNoJsonSendsNothing)
@@ -217,8 +224,8 @@ TEST(ParseJsonContent, WhenBodyIsNoJsonSendsNothing)
 
     EXPECT_EQ(result.value, "invalid");
     EXPECT_FALSE(result.ok);
-    EXPECT_EQ(result.reply.out, "");
-    EXPECT_EQ(result.reply.err, "");
+    EXPECT_EQ(result.reply.raw, "");
+    EXPECT_EQ(result.reply.errorText, "");
 }
 
 TEST(ParseJsonContent, WhenBodyIsEmptySendsNothing)
@@ -227,8 +234,8 @@ TEST(ParseJsonContent, WhenBodyIsEmptySendsNothing)
 
     EXPECT_EQ(result.value, "invalid");
     EXPECT_FALSE(result.ok);
-    EXPECT_EQ(result.reply.out, "");
-    EXPECT_EQ(result.reply.err, "");
+    EXPECT_EQ(result.reply.raw, "");
+    EXPECT_EQ(result.reply.errorText, "");
 }
 
 TEST(ParseJsonContent, WhenBodyIsJsonNullIsOkWithInvalidVariant)
@@ -250,12 +257,15 @@ TEST(ParseJsonContent, ReadsNothingBeyondTheAnnouncedLength)
 
 TEST(ParseJsonContent, GivesTheSameValueAgain)
 {
-    FcgiExchange exchange(jsonRequest("application/json", "3"), "[1]");
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
     bool ok = false;
-    BwaAbstractFcgiRequestProcessor::parseJsonContent(request.get());
+    QVariant value;
 
-    const QVariant value = BwaAbstractFcgiRequestProcessor::parseJsonContent(request.get(), &ok);
+    replyWhile(
+        [&](BwaFcgiRequest* request) {
+            BwaAbstractFcgiRequestProcessor::parseJsonContent(request);
+            value = BwaAbstractFcgiRequestProcessor::parseJsonContent(request, &ok);
+        },
+        jsonRequest("application/json", "3"), "[1]");
 
     EXPECT_TRUE(ok);
     EXPECT_EQ(description(value), "[qulonglong 1]");
@@ -285,16 +295,16 @@ class ParseJsonContentWithoutFlag : public testing::TestWithParam<WithoutFlagCas
 
 TEST_P(ParseJsonContentWithoutFlag, DoesTheSame)
 {
-    FcgiExchange exchange(jsonRequest(GetParam().contentType, GetParam().contentLength),
-                          GetParam().body);
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    QVariant value;
 
-    const QVariant value =
-        BwaAbstractFcgiRequestProcessor::parseJsonContent(request.get(), nullptr);
+    const BwaTestReply reply = replyWhile(
+        [&](BwaFcgiRequest* request) {
+            value = BwaAbstractFcgiRequestProcessor::parseJsonContent(request, nullptr);
+        },
+        jsonRequest(GetParam().contentType, GetParam().contentLength), GetParam().body);
 
-    request.reset();
     EXPECT_EQ(description(value), GetParam().value);
-    EXPECT_EQ(exchange.reply().out, GetParam().out);
+    EXPECT_EQ(reply.raw, GetParam().out);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -312,7 +322,7 @@ TEST(ParseJsonContent, WhenNamesHoldMarkersLogsThemAsTheyAre)
     const Parsing result =
         parsing({{"SCRIPT_NAME", "/a%2b%1"}, {"PATH_INFO", "/%1%3%L1"}}, "", true);
 
-    EXPECT_EQ(result.reply.err,
+    EXPECT_EQ(result.reply.errorText,
               "Error in request processor for request to script \"/a%2b%1\" with path info "
               "\"/%1%3%L1\": Media type for a request body must be \"application/json\" and "
               "charset (if present) must be \"utf-8\"");
@@ -326,7 +336,7 @@ TEST(ParseJsonContent, WhenNamesAreBeyondAsciiLogsTheirBytes)
                                     {"CONTENT_LENGTH", "5"}},
                                    "", true);
 
-    EXPECT_EQ(result.reply.err,
+    EXPECT_EQ(result.reply.errorText,
               "Error in request processor for request to script \"/caf\xe9\" with path info "
               "\"/\xc3\xa9\": Cannot read the all the content of the body to parse it");
 }

@@ -152,6 +152,6 @@ TEST(SetParentService, WhenAdoptedByOtherDispatcherLeavesTheFirst)
     EXPECT_EQ(second.childServiceName(service), QStringLiteral("new"));
     EXPECT_EQ(service->parentService(), &second);
     EXPECT_EQ(service->parent(), &second);
-    EXPECT_EQ(replyOf(first, requestTo("/old")).out, errorPage(404, "Not Found"));
-    EXPECT_EQ(replyOf(second, requestTo("/new")).out, "service");
+    EXPECT_EQ(replyOf(first, requestTo("/old")).raw, errorPage(404, "Not Found"));
+    EXPECT_EQ(replyOf(second, requestTo("/new")).raw, "service");
 }

@@ -53,10 +53,10 @@ QByteArray childNotFound(const QByteArray& servicePath, const QByteArray& pathIn
         pathInfo + "\"";
 }
 
-void expectNotFound(const FcgiReply& reply, const QByteArray& log)
+void expectNotFound(const BwaTestReply& reply, const QByteArray& log)
 {
-    EXPECT_EQ(reply.out, errorPage(404, "Not Found"));
-    EXPECT_EQ(reply.err, log);
+    EXPECT_EQ(reply.raw, errorPage(404, "Not Found"));
+    EXPECT_EQ(reply.errorText, log);
 }
 
 // Throws a standard exception with its text, after some output and with the request alive.
@@ -186,10 +186,10 @@ TEST_P(Route, LeadsTo)
     LabelledDispatcher root("root");
     addChildren(&root, "root", GetParam().children);
 
-    const FcgiReply reply = replyOf(root, requestTo(GetParam().pathInfo));
+    const BwaTestReply reply = replyOf(root, requestTo(GetParam().pathInfo));
 
-    EXPECT_EQ(reply.out, GetParam().label);
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, GetParam().label);
+    EXPECT_EQ(reply.errorText, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -264,7 +264,7 @@ TEST_P(NoRoute, IsNotFound)
     LabelledDispatcher root("root");
     addChildren(&root, "root", GetParam().children);
 
-    const FcgiReply reply = replyOf(root, requestTo(GetParam().pathInfo));
+    const BwaTestReply reply = replyOf(root, requestTo(GetParam().pathInfo));
 
     expectNotFound(reply, childNotFound(GetParam().servicePath, GetParam().pathInfo));
 }
@@ -308,10 +308,10 @@ TEST(ProcessRequest, GivenPlainDispatcherItselfIsForbidden)
 {
     BwaDispatcherFcgiService root;
 
-    const FcgiReply reply = replyOf(root, requestTo("/"));
+    const BwaTestReply reply = replyOf(root, requestTo("/"));
 
-    EXPECT_EQ(reply.out, errorPage(403, "Forbidden"));
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, errorPage(403, "Forbidden"));
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST(ProcessRequest, GivenPlainDispatcherBelowIsForbidden)
@@ -319,17 +319,17 @@ TEST(ProcessRequest, GivenPlainDispatcherBelowIsForbidden)
     BwaDispatcherFcgiService root;
     root.addDispatcherService(QStringLiteral("orders"));
 
-    const FcgiReply reply = replyOf(root, requestTo("/orders/"));
+    const BwaTestReply reply = replyOf(root, requestTo("/orders/"));
 
-    EXPECT_EQ(reply.out, errorPage(403, "Forbidden"));
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, errorPage(403, "Forbidden"));
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST(ProcessRequest, GivenNoPathInfoAnswersItself)
 {
     LabelledDispatcher root("root");
 
-    EXPECT_EQ(replyOf(root, {{"SCRIPT_NAME", "/app"}}).out, "root");
+    EXPECT_EQ(replyOf(root, {{"SCRIPT_NAME", "/app"}}).raw, "root");
 }
 
 TEST(ProcessRequest, GivenPathOfSiblingIsNotFound)
@@ -348,7 +348,7 @@ TEST(ProcessRequest, WhenNamesHoldMarkersLogsThemAsTheyAre)
     BwaDispatcherFcgiService root;
     root.addDispatcherService(QStringLiteral("%3%2"));
 
-    const FcgiReply reply =
+    const BwaTestReply reply =
         replyOf(root, {{"SCRIPT_NAME", "/%1%3%L2"}, {"PATH_INFO", "/%3%2/%1%2%99"}});
 
     expectNotFound(reply,
@@ -362,7 +362,8 @@ TEST(ProcessRequest, WhenNamesAreBeyondAsciiLogsLatin1)
     BwaDispatcherFcgiService* child =
         root.addDispatcherService(QString::fromUtf8("\xe2\x82\xac\xc3\xa9"));
 
-    const FcgiReply reply = replyOf(*child, {{"SCRIPT_NAME", "/\xff"}, {"PATH_INFO", "/\xc3\xa9"}});
+    const BwaTestReply reply =
+        replyOf(*child, {{"SCRIPT_NAME", "/\xff"}, {"PATH_INFO", "/\xc3\xa9"}});
 
     expectNotFound(reply,
                    "Error in dispatcher service \"/?\xe9\" for script \"/\xff\": Cannot find a "
@@ -376,10 +377,10 @@ TEST(ProcessRequest, WhenChildThrowsAnswersInternalServerError)
     BwaDispatcherFcgiService root;
     root.addService(a, new ThrowingService("no more notes"));
 
-    const FcgiReply reply = replyOf(root, requestTo("/a"));
+    const BwaTestReply reply = replyOf(root, requestTo("/a"));
 
-    EXPECT_EQ(reply.out, errorPage(500, "Internal Server Error"));
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.raw, errorPage(500, "Internal Server Error"));
+    EXPECT_EQ(reply.errorText,
               "Error in dispatcher service \"\" for script \"/app\" while handling request with "
               "path info \"/a\": no more notes");
 }
@@ -389,10 +390,10 @@ TEST(ProcessRequest, WhenChildOfChildThrowsOnlyItsDispatcherAnswers)
     BwaDispatcherFcgiService root;
     root.addDispatcherService(a)->addService(b, new ThrowingService("below"));
 
-    const FcgiReply reply = replyOf(root, requestTo("/a/b"));
+    const BwaTestReply reply = replyOf(root, requestTo("/a/b"));
 
-    EXPECT_EQ(reply.out, errorPage(500, "Internal Server Error"));
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.raw, errorPage(500, "Internal Server Error"));
+    EXPECT_EQ(reply.errorText,
               "Error in dispatcher service \"/a\" for script \"/app\" while handling request with "
               "path info \"/a/b\": below");
 }
@@ -401,10 +402,10 @@ TEST(ProcessRequest, WhenItsOwnProcessingThrowsAnswersInternalServerError)
 {
     ThrowingDispatcher root;
 
-    const FcgiReply reply = replyOf(root, requestTo(""));
+    const BwaTestReply reply = replyOf(root, requestTo(""));
 
-    EXPECT_EQ(reply.out, errorPage(500, "Internal Server Error"));
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.raw, errorPage(500, "Internal Server Error"));
+    EXPECT_EQ(reply.errorText,
               "Error in dispatcher service \"\" for script \"/app\" while handling request with "
               "path info \"\": itself");
 }
@@ -414,7 +415,7 @@ TEST(ProcessRequest, WhenChildThrowsAfterOutputKeepsTheOutput)
     BwaDispatcherFcgiService root;
     root.addService(a, new ThrowingService("late", "Status: 200 OK\n\npart"));
 
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out,
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw,
               "Status: 200 OK\n\npart" + errorPage(500, "Internal Server Error"));
 }
 
@@ -424,10 +425,10 @@ TEST(ProcessRequest, WhenChildThrowsTooLateIsLoggedOnly)
     BwaDispatcherFcgiService root;
     root.addService(a, new FunctionService(answerAndThrow));
 
-    const FcgiReply reply = replyOf(root, requestTo("/a"));
+    const BwaTestReply reply = replyOf(root, requestTo("/a"));
 
-    EXPECT_EQ(reply.out, "all");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "all");
+    EXPECT_EQ(reply.errorText, "");
     EXPECT_THAT(messages.all(), ElementsAre(tooLate));
 }
 
@@ -442,7 +443,7 @@ TEST(ProcessRequest, WhenOneWithinTheOtherThrowsTooLateEachIsLoggedOnly)
                          throw std::runtime_error("too late");
                      }));
 
-    EXPECT_EQ(replyOf(outer, requestTo("/a")).out, "all");
+    EXPECT_EQ(replyOf(outer, requestTo("/a")).raw, "all");
 
     EXPECT_THAT(messages.all(), ElementsAre(tooLate, tooLate));
 }
@@ -458,7 +459,7 @@ TEST(ProcessRequest, WhenOneThrowsTooLateAfterTheOtherHasReturnedIsLoggedOnly)
                          answerAndThrow(request);
                      }));
 
-    EXPECT_EQ(replyOf(outer, requestTo("/a")).out, "all");
+    EXPECT_EQ(replyOf(outer, requestTo("/a")).raw, "all");
 
     EXPECT_THAT(messages.all(), ElementsAre(tooLate));
 }
@@ -470,22 +471,20 @@ TEST(ProcessRequest, WhenChildThrowsAnswersTheNextRequest)
     root.addService(b, new LabelledService("b"));
     replyOf(root, requestTo("/a"));
 
-    EXPECT_EQ(replyOf(root, requestTo("/b")).out, "b");
+    EXPECT_EQ(replyOf(root, requestTo("/b")).raw, "b");
 }
 
 TEST(ProcessRequest, WhenChildThrowsNoStandardExceptionLetsItPassWithTheRequestAlive)
 {
     BwaDispatcherFcgiService root;
     root.addService(a, new NonStandardThrowingService);
-    FcgiExchange exchange(requestTo("/a"));
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
-    EXPECT_THROW(root.processRequest(request.get()), NotStandard);
+    const BwaTestReply reply = replyWhile(
+        [&](BwaFcgiRequest* request) { EXPECT_THROW(root.processRequest(request), NotStandard); },
+        requestTo("/a"));
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 namespace {
@@ -512,9 +511,9 @@ TEST_P(ExceptionText, IsLoggedAsTheBytesItHolds)
     BwaDispatcherFcgiService root;
     root.addService(QStringLiteral("%4"), new ThrowingService(GetParam().text));
 
-    const FcgiReply reply = replyOf(root, {{"SCRIPT_NAME", "/%4"}, {"PATH_INFO", "/%4"}});
+    const BwaTestReply reply = replyOf(root, {{"SCRIPT_NAME", "/%4"}, {"PATH_INFO", "/%4"}});
 
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.errorText,
               "Error in dispatcher service \"\" for script \"/%4\" while handling request with "
               "path info \"/%4\": " +
                   GetParam().logged);
@@ -537,7 +536,7 @@ TEST(AddService, RoutesToTheService)
 
     root.addService(a, new LabelledService("a"));
 
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "a");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "a");
 }
 
 TEST(AddService, GivenUsedNameRoutesToTheNewService)
@@ -547,9 +546,9 @@ TEST(AddService, GivenUsedNameRoutesToTheNewService)
 
     root.addService(a, new LabelledService("new"));
 
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "new");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "new");
     deleteDeferred();
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "new");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "new");
 }
 
 TEST(AddService, GivenUsedNameReleasesTheOldServiceAndDeletesItLater)
@@ -578,7 +577,7 @@ TEST(AddService, GivenTheSameServiceAgainDeletesItLaterAndForgetsIt)
     root.addService(a, service);
 
     EXPECT_EQ(service->parentService(), &root);
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "a");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "a");
     deleteDeferred();
     EXPECT_TRUE(watched.isNull());
     expectNotFound(replyOf(root, requestTo("/a")), childNotFound("", "/a"));
@@ -621,7 +620,7 @@ TEST(AddDispatcherService, GivenUsedNameReplacesTheService)
 
     root.addDispatcherService(a)->addService(b, new LabelledService("b"));
 
-    EXPECT_EQ(replyOf(root, requestTo("/a/b")).out, "b");
+    EXPECT_EQ(replyOf(root, requestTo("/a/b")).raw, "b");
     deleteDeferred();
     EXPECT_TRUE(old.isNull());
 }
@@ -649,7 +648,7 @@ TEST(RemoveService, GivenUnknownNameIsNull)
     EXPECT_EQ(root.removeService(b), nullptr);
     EXPECT_EQ(root.removeService(QStringLiteral("A")), nullptr);
     EXPECT_EQ(root.removeService(QString()), nullptr);
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "a");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "a");
 }
 
 TEST(RemoveService, WhenCalledAgainIsNull)
@@ -671,7 +670,7 @@ TEST(RemoveService, KeepsTheOtherChildren)
 
     root.removeService(a);
 
-    EXPECT_EQ(replyOf(root, requestTo("/b")).out, "b");
+    EXPECT_EQ(replyOf(root, requestTo("/b")).raw, "b");
 }
 
 // Settled: a released service asks once more for its name, which is null by then and so equals the
@@ -751,7 +750,7 @@ TEST(DestroyedChild, WhenDeletedLaterIsForgotten)
 
     child->deleteLater();
 
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "child");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "child");
     deleteDeferred();
     expectNotFound(replyOf(root, requestTo("/a")), childNotFound("", "/a"));
 }
@@ -776,7 +775,7 @@ TEST(DestroyedChild, LeavesItsSiblings)
 
     delete child;
 
-    EXPECT_EQ(replyOf(root, requestTo("/b")).out, "b");
+    EXPECT_EQ(replyOf(root, requestTo("/b")).raw, "b");
 }
 
 TEST(DestroyedChild, WhenRemovedBeforeDoesNotTouchItsSuccessor)
@@ -789,7 +788,7 @@ TEST(DestroyedChild, WhenRemovedBeforeDoesNotTouchItsSuccessor)
 
     child.reset();
 
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "new");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "new");
 }
 
 TEST(DestroyedChild, WhenRemovedBeforeDoesNotTouchTheDestroyedDispatcher)
@@ -800,7 +799,7 @@ TEST(DestroyedChild, WhenRemovedBeforeDoesNotTouchTheDestroyedDispatcher)
     root->removeService(a);
     root.reset();
 
-    EXPECT_EQ(replyOf(*child, requestTo("/a")).out, "child");
+    EXPECT_EQ(replyOf(*child, requestTo("/a")).raw, "child");
 }
 
 TEST(DestroyedChild, WhenRemovedAndAddedAgainIsForgotten)
@@ -828,7 +827,7 @@ TEST(DestroyedChild, WhenRemovedAndAddedUnderOtherNameIsForgottenUnderThatOnly)
     delete child;
 
     expectNotFound(replyOf(root, requestTo("/b")), childNotFound("", "/b"));
-    EXPECT_EQ(replyOf(root, requestTo("/a")).out, "successor");
+    EXPECT_EQ(replyOf(root, requestTo("/a")).raw, "successor");
 }
 
 TEST(DestroyedChild, WhenMovedIsForgottenByTheNewDispatcherOnly)
@@ -843,7 +842,7 @@ TEST(DestroyedChild, WhenMovedIsForgottenByTheNewDispatcherOnly)
     delete child;
 
     expectNotFound(replyOf(second, requestTo("/a")), childNotFound("", "/a"));
-    EXPECT_EQ(replyOf(first, requestTo("/a")).out, "successor");
+    EXPECT_EQ(replyOf(first, requestTo("/a")).raw, "successor");
 }
 
 TEST(DestroyedChild, WhenMovedThereAndBackIsForgotten)
@@ -871,7 +870,7 @@ TEST(DestroyedChild, WhenMovedOutlivesTheOldDispatcher)
 
     first.reset();
 
-    EXPECT_EQ(replyOf(second, requestTo("/a")).out, "child");
+    EXPECT_EQ(replyOf(second, requestTo("/a")).raw, "child");
     delete child;
     expectNotFound(replyOf(second, requestTo("/a")), childNotFound("", "/a"));
 }

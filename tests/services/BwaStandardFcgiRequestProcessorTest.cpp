@@ -10,13 +10,12 @@
 #include "sessions/TwoSessions.h"
 #include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
-#include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
+#include "support/TestReplies.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -27,21 +26,9 @@ using testing::StrictMock;
 
 namespace {
 
-FcgiParameters requestWith(const QByteArray& method)
+CgiVariables requestWith(const QByteArray& method)
 {
     return {{"SCRIPT_NAME", "/app"}, {"PATH_INFO", "/notes"}, {"REQUEST_METHOD", method}};
-}
-
-// What a processor, which must delete the request, answers to it.
-FcgiReply replyOf(BwaAbstractFcgiRequestProcessor& processor, const FcgiParameters& parameters)
-{
-    FcgiExchange exchange(parameters);
-
-    processor.processRequest(exchange.takeRequest());
-
-    FcgiReply reply = exchange.reply();
-    EXPECT_TRUE(reply.ended) << "the request was not deleted";
-    return reply;
 }
 
 // Answers with the name of the hook that was called.
@@ -195,10 +182,10 @@ TEST_P(Method, CallsItsHook)
 {
     HookProcessor processor;
 
-    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+    const BwaTestReply reply = replyOf(processor, requestWith(GetParam().method));
 
-    EXPECT_EQ(reply.out, GetParam().hook);
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, GetParam().hook);
+    EXPECT_EQ(reply.errorText, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(Own, Method,
@@ -225,17 +212,17 @@ TEST(BwaStandardFcgiRequestProcessor, GivenNoMethodCallsTheHookOfOthers)
 {
     HookProcessor processor;
 
-    EXPECT_EQ(replyOf(processor, FcgiParameters()).out, "other ");
+    EXPECT_EQ(replyOf(processor, CgiVariables()).raw, "other ");
 }
 
 TEST_P(NotAllowedMethod, IsRefusedByDefault)
 {
     BwaStandardFcgiRequestProcessor processor(nullptr);
 
-    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+    const BwaTestReply reply = replyOf(processor, requestWith(GetParam().method));
 
-    EXPECT_EQ(reply.out, errorPage(405, "Method Not Allowed"));
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, errorPage(405, "Method Not Allowed"));
+    EXPECT_EQ(reply.errorText, "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -249,14 +236,13 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ProcessNotAllowedMethod, RefusesAndDeletesTheRequest)
 {
     OpenProcessor processor(nullptr);
-    FcgiExchange exchange(requestWith("GET"));
 
-    processor.processNotAllowedMethod(exchange.takeRequest());
+    const BwaTestReply reply = testRequest(requestWith("GET")).sendTo([&](BwaFcgiRequest* request) {
+        processor.processNotAllowedMethod(request);
+    });
 
-    const FcgiReply reply = exchange.reply();
-    EXPECT_TRUE(reply.ended);
-    EXPECT_EQ(reply.out, errorPage(405, "Method Not Allowed"));
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, errorPage(405, "Method Not Allowed"));
+    EXPECT_EQ(reply.errorText, "");
 }
 
 // Exceptions
@@ -265,10 +251,10 @@ TEST_P(Method, WhenItsHookThrowsAnswersInternalServerError)
 {
     ThrowingProcessor<std::runtime_error> processor(std::runtime_error("no more notes"));
 
-    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+    const BwaTestReply reply = replyOf(processor, requestWith(GetParam().method));
 
-    EXPECT_TRUE(reply.out.endsWith(errorPage(500, "Internal Server Error")));
-    EXPECT_EQ(reply.err,
+    EXPECT_TRUE(reply.raw.endsWith(errorPage(500, "Internal Server Error")));
+    EXPECT_EQ(reply.errorText,
               "Error in request processor for request to script \"/app\" with path info "
               "\"/notes\": no more notes");
 }
@@ -278,10 +264,10 @@ TEST_P(Method, WhenItsHookThrowsTooLateIsLoggedOnly)
     const DebugMessages messages;
     TooLateProcessor processor;
 
-    const FcgiReply reply = replyOf(processor, requestWith(GetParam().method));
+    const BwaTestReply reply = replyOf(processor, requestWith(GetParam().method));
 
-    EXPECT_EQ(reply.out, "all");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "all");
+    EXPECT_EQ(reply.errorText, "");
     EXPECT_THAT(messages.all(),
                 ElementsAre("An exception occurs while processing a FastCGI request: too late"));
 }
@@ -290,22 +276,20 @@ TEST(BwaStandardFcgiRequestProcessor, WhenHookThrowsAfterOutputKeepsTheOutput)
 {
     ThrowingProcessor<std::bad_alloc> processor{std::bad_alloc()};
 
-    EXPECT_EQ(replyOf(processor, requestWith("GET")).out,
+    EXPECT_EQ(replyOf(processor, requestWith("GET")).raw,
               "begun" + errorPage(500, "Internal Server Error"));
 }
 
 TEST(BwaStandardFcgiRequestProcessor, WhenHookThrowsNoStandardExceptionLetsItPassWithTheRequest)
 {
     ThrowingProcessor<int> processor(42);
-    FcgiExchange exchange(requestWith("PUT"));
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
-    EXPECT_THROW(processor.processRequest(request.get()), int);
+    const BwaTestReply reply = replyWhile(
+        [&](BwaFcgiRequest* request) { EXPECT_THROW(processor.processRequest(request), int); },
+        requestWith("PUT"));
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 namespace {
@@ -331,11 +315,11 @@ TEST_P(ProcessorExceptionText, IsLoggedAsTheBytesItHolds)
 {
     ThrowingProcessor<std::logic_error> processor{std::logic_error(GetParam().text)};
 
-    const FcgiReply reply =
+    const BwaTestReply reply =
         replyOf(processor,
                 {{"SCRIPT_NAME", "/%3%2"}, {"PATH_INFO", "/%1%3\xe9"}, {"REQUEST_METHOD", "POST"}});
 
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.errorText,
               "Error in request processor for request to script \"/%3%2\" with path info "
               "\"/%1%3\xe9\": " +
                   GetParam().logged);
@@ -367,35 +351,35 @@ TEST(AuthenticateRequest, GivenSessionReturnsItSilently)
     const TwoSessions sessions;
     StrictMock<MockIdentifier> identifier;
     OpenProcessor processor(&identifier);
-    FcgiExchange exchange(requestWith("GET"));
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-    EXPECT_CALL(identifier, session(request.get())).WillOnce(Return(sessions.session));
     EXPECT_CALL(identifier, die());
 
-    EXPECT_EQ(processor.authenticateRequest(request.get()), sessions.session);
+    const BwaTestReply reply = replyWhile(
+        [&](BwaFcgiRequest* request) {
+            EXPECT_CALL(identifier, session(request)).WillOnce(Return(sessions.session));
+            EXPECT_EQ(processor.authenticateRequest(request), sessions.session);
+        },
+        requestWith("GET"));
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST(AuthenticateRequest, GivenNoSessionLogsRefusesAndKeepsTheRequest)
 {
     StrictMock<MockIdentifier> identifier;
     OpenProcessor processor(&identifier);
-    FcgiExchange exchange(requestWith("GET"));
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-    EXPECT_CALL(identifier, session(request.get())).WillOnce(Return(nullptr));
-    EXPECT_CALL(identifier, sendUnauthorizedReply(request.get()));
     EXPECT_CALL(identifier, die());
 
-    EXPECT_EQ(processor.authenticateRequest(request.get(), true), nullptr);
+    const BwaTestReply reply = replyWhile(
+        [&](BwaFcgiRequest* request) {
+            EXPECT_CALL(identifier, session(request)).WillOnce(Return(nullptr));
+            EXPECT_CALL(identifier, sendUnauthorizedReply(request));
+            EXPECT_EQ(processor.authenticateRequest(request, true), nullptr);
+        },
+        requestWith("GET"));
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, noSession);
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, noSession);
 }
 
 namespace {
@@ -405,26 +389,27 @@ struct ExpiredTokenTest : public testing::Test {
     ExpiredTokenTest()
         : identifier(&sessions.manager, QStringLiteral("api"))
         , processor(&identifier)
-        , exchange({{"SCRIPT_NAME", "/app"},
-                    {"PATH_INFO", "/notes"},
-                    {"HTTP_AUTHORIZATION",
-                     "SESSION-TOKEN " + credentials::id + ":" + credentials::token}})
-        , request(exchange.takeRequest())
     {
         QMetaObject::invokeMethod(sessions.session, "expireToken");
     }
 
-    FcgiReply reply()
+    /** What is replied while authenticateRequest() with these arguments gives that session. */
+    template <typename... Arguments>
+    BwaTestReply replyWhenGiven(const BwaWebSession* session, Arguments... arguments)
     {
-        request.reset();
-        return exchange.reply();
+        return replyWhile(
+            [&](BwaFcgiRequest* request) {
+                EXPECT_EQ(processor.authenticateRequest(request, arguments...), session);
+            },
+            {{"SCRIPT_NAME", "/app"},
+             {"PATH_INFO", "/notes"},
+             {"HTTP_AUTHORIZATION",
+              "SESSION-TOKEN " + credentials::id + ":" + credentials::token}});
     }
 
     TwoSessions sessions;
     BwaSessionTokenFcgiSessionIdentifier identifier;
     OpenProcessor processor;
-    FcgiExchange exchange;
-    std::unique_ptr<BwaFcgiRequest> request;
 };
 
 const QByteArray challenge = "Status: 401 Unauthorized\n"
@@ -435,36 +420,30 @@ const QByteArray challenge = "Status: 401 Unauthorized\n"
 
 TEST_F(ExpiredTokenTest, IsRefusedByDefault)
 {
-    EXPECT_EQ(processor.authenticateRequest(request.get()), nullptr);
+    const BwaTestReply reply = replyWhenGiven(nullptr);
 
-    const FcgiReply answer = reply();
-    EXPECT_EQ(answer.out, challenge);
-    EXPECT_EQ(answer.err, noSession);
+    EXPECT_EQ(reply.raw, challenge);
+    EXPECT_EQ(reply.errorText, noSession);
 }
 
 TEST_F(ExpiredTokenTest, IsRefusedOnDemand)
 {
-    EXPECT_EQ(processor.authenticateRequest(request.get(), false), nullptr);
-
-    EXPECT_EQ(reply().out, challenge);
+    EXPECT_EQ(replyWhenGiven(nullptr, false).raw, challenge);
 }
 
 TEST_F(ExpiredTokenTest, IsAcceptedOnDemand)
 {
-    EXPECT_EQ(processor.authenticateRequest(request.get(), true), sessions.session);
+    const BwaTestReply reply = replyWhenGiven(sessions.session, true);
 
-    const FcgiReply answer = reply();
-    EXPECT_EQ(answer.out, "");
-    EXPECT_EQ(answer.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST_F(ExpiredTokenTest, WhenSessionIsRemovedIsRefusedEvenOnDemand)
 {
     sessions.manager.removeSession(sessions.session->sessionId());
 
-    EXPECT_EQ(processor.authenticateRequest(request.get(), true), nullptr);
-
-    EXPECT_EQ(reply().out, challenge);
+    EXPECT_EQ(replyWhenGiven(nullptr, true).raw, challenge);
 }
 
 // Whoever is refused learns nothing of the reason.
@@ -499,16 +478,16 @@ TEST_P(Refusal, OfSessionTokenIsTheSameChallenge)
 {
     BwaSessionTokenFcgiSessionIdentifier identifier(manager(), QStringLiteral("api"));
     GreetingProcessor processor(&identifier);
-    FcgiParameters parameters = requestWith("GET");
+    CgiVariables parameters = requestWith("GET");
     if (!GetParam().id.isNull()) {
         parameters.append(
             {"HTTP_AUTHORIZATION", "SESSION-TOKEN " + GetParam().id + ":" + GetParam().token});
     }
 
-    const FcgiReply reply = replyOf(processor, parameters);
+    const BwaTestReply reply = replyOf(processor, parameters);
 
-    EXPECT_EQ(reply.out, challenge);
-    EXPECT_EQ(reply.err, noSession);
+    EXPECT_EQ(reply.raw, challenge);
+    EXPECT_EQ(reply.errorText, noSession);
 }
 
 TEST_P(Refusal, OfCookiesIsTheSamePage)
@@ -516,15 +495,15 @@ TEST_P(Refusal, OfCookiesIsTheSamePage)
     BwaCookiesFcgiSessionIdentifier identifier(manager(), QStringLiteral("sid"),
                                                QStringLiteral("tok"));
     GreetingProcessor processor(&identifier);
-    FcgiParameters parameters = requestWith("GET");
+    CgiVariables parameters = requestWith("GET");
     if (!GetParam().id.isNull()) {
         parameters.append({"HTTP_COOKIE", "sid=" + GetParam().id + "; tok=" + GetParam().token});
     }
 
-    const FcgiReply reply = replyOf(processor, parameters);
+    const BwaTestReply reply = replyOf(processor, parameters);
 
-    EXPECT_EQ(reply.out, errorPage(403, "Forbidden"));
-    EXPECT_EQ(reply.err, noSession);
+    EXPECT_EQ(reply.raw, errorPage(403, "Forbidden"));
+    EXPECT_EQ(reply.errorText, noSession);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -541,12 +520,12 @@ TEST(BwaStandardFcgiRequestProcessor, GivenGoodCredentialsAnswersWithTheSession)
     const TwoSessions sessions;
     BwaSessionTokenFcgiSessionIdentifier identifier(&sessions.manager, QStringLiteral("api"));
     GreetingProcessor processor(&identifier);
-    FcgiParameters parameters = requestWith("GET");
+    CgiVariables parameters = requestWith("GET");
     parameters.append(
         {"HTTP_AUTHORIZATION", "SESSION-TOKEN " + credentials::id + ":" + credentials::token});
 
-    const FcgiReply reply = replyOf(processor, parameters);
+    const BwaTestReply reply = replyOf(processor, parameters);
 
-    EXPECT_EQ(reply.out, "hello ann");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "hello ann");
+    EXPECT_EQ(reply.errorText, "");
 }

@@ -5,8 +5,8 @@
 
 #include "fcgi/BwaFcgiRequest.h"
 #include "services/MockRequestProcessor.h"
-#include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
+#include "support/TestReplies.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,28 +19,24 @@ TEST(BwaStandardFcgiService, HandsTheRequestToItsProcessorOnce)
 {
     auto* processor = new StrictMock<MockRequestProcessor>;
     BwaStandardFcgiService service(processor);
-    FcgiExchange exchange;
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-
-    EXPECT_CALL(*processor, processRequest(request.get()));
     EXPECT_CALL(*processor, die());
 
-    service.processRequest(request.get());
+    replyWhile([&](BwaFcgiRequest* request) {
+        EXPECT_CALL(*processor, processRequest(request));
+        service.processRequest(request);
+    });
 }
 
 TEST(BwaStandardFcgiService, LeavesReplyAndDeletionToItsProcessor)
 {
     auto* processor = new testing::NiceMock<MockRequestProcessor>;
     BwaStandardFcgiService service(processor);
-    FcgiExchange exchange;
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
-    service.processRequest(request.get());
+    const BwaTestReply reply =
+        replyWhile([&](BwaFcgiRequest* request) { service.processRequest(request); });
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST(BwaStandardFcgiService, WhenDestroyedDeletesItsProcessorOnce)

@@ -44,8 +44,8 @@ TEST(BwaStandardProcessableDispatcherFcgiService, HandsRequestsToItselfToItsProc
     root.addService(orders,
                     new BwaStandardProcessableDispatcherFcgiService(new AnsweringProcessor));
 
-    EXPECT_EQ(replyOf(root, requestTo("/orders")).out, "processor");
-    EXPECT_EQ(replyOf(root, requestTo("/orders/")).out, "processor");
+    EXPECT_EQ(replyOf(root, requestTo("/orders")).raw, "processor");
+    EXPECT_EQ(replyOf(root, requestTo("/orders/")).raw, "processor");
 }
 
 TEST(BwaStandardProcessableDispatcherFcgiService, RoutesToItsChildren)
@@ -55,17 +55,17 @@ TEST(BwaStandardProcessableDispatcherFcgiService, RoutesToItsChildren)
     root.addService(orders, dispatcher);
     dispatcher->addService(QStringLiteral("open"), new LabelledService("open"));
 
-    EXPECT_EQ(replyOf(root, requestTo("/orders/open")).out, "open");
+    EXPECT_EQ(replyOf(root, requestTo("/orders/open")).raw, "open");
 }
 
 TEST(BwaStandardProcessableDispatcherFcgiService, GivenUnknownChildIsNotFound)
 {
     BwaStandardProcessableDispatcherFcgiService root(new AnsweringProcessor);
 
-    const FcgiReply reply = replyOf(root, requestTo("/orders"));
+    const BwaTestReply reply = replyOf(root, requestTo("/orders"));
 
-    EXPECT_EQ(reply.out, errorPage(404, "Not Found"));
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.raw, errorPage(404, "Not Found"));
+    EXPECT_EQ(reply.errorText,
               "Error in dispatcher service \"\" for script \"/app\": Cannot find a child service "
               "to handle a request with path info \"/orders\"");
 }
@@ -74,17 +74,17 @@ TEST(BwaStandardProcessableDispatcherFcgiService, CallsTheProcessorOnceAndDoesNo
 {
     auto* processor = new StrictMock<MockRequestProcessor>;
     BwaStandardProcessableDispatcherFcgiService root(processor);
-    FcgiExchange exchange(requestTo(""));
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
-    EXPECT_CALL(*processor, processRequest(request.get()));
     EXPECT_CALL(*processor, die());
 
-    root.processRequest(request.get());
+    const BwaTestReply reply = replyWhile(
+        [&](BwaFcgiRequest* request) {
+            EXPECT_CALL(*processor, processRequest(request));
+            root.processRequest(request);
+        },
+        requestTo(""));
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST(BwaStandardProcessableDispatcherFcgiService, WhenProcessorThrowsAnswersInternalServerError)
@@ -93,10 +93,10 @@ TEST(BwaStandardProcessableDispatcherFcgiService, WhenProcessorThrowsAnswersInte
     BwaStandardProcessableDispatcherFcgiService root(processor);
     EXPECT_CALL(*processor, processRequest).WillOnce(Throw(std::runtime_error("no orders")));
 
-    const FcgiReply reply = replyOf(root, requestTo("/"));
+    const BwaTestReply reply = replyOf(root, requestTo("/"));
 
-    EXPECT_EQ(reply.out, errorPage(500, "Internal Server Error"));
-    EXPECT_EQ(reply.err,
+    EXPECT_EQ(reply.raw, errorPage(500, "Internal Server Error"));
+    EXPECT_EQ(reply.errorText,
               "Error in dispatcher service \"\" for script \"/app\" while handling request with "
               "path info \"/\": no orders");
 }

@@ -53,13 +53,14 @@ inline QByteArray modelRoute(const std::vector<TreeNode>& children, const QByteA
 /** What modelRoute() tells, as the library has it. */
 inline QByteArray libraryRoute(BwaAbstractFcgiService& root, const QByteArray& pathInfo)
 {
-    const FcgiReply reply = replyOf(root, requestTo(pathInfo));
-    if (reply.out != errorPage(404, "Not Found")) {
-        return reply.out;
+    const BwaTestReply reply = replyOf(root, requestTo(pathInfo));
+    if (reply.raw != errorPage(404, "Not Found")) {
+        return reply.raw;
     }
     // Error in dispatcher service "<path>" for script ...
-    const int start = reply.err.indexOf('"') + 1;
-    return "not found by " + reply.err.mid(start, reply.err.indexOf('"', start) - start);
+    const int start = reply.errorText.indexOf('"') + 1;
+    return "not found by " +
+        reply.errorText.mid(start, reply.errorText.indexOf('"', start) - start);
 }
 
 #endif

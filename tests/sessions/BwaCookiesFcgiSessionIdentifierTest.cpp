@@ -6,12 +6,11 @@
 #include "fcgi/BwaFcgiRequest.h"
 #include "sessions/TwoSessions.h"
 #include "support/ErrorPage.h"
-#include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
+#include "support/TestReplies.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <ostream>
 #include <string>
 
@@ -30,15 +29,14 @@ BwaWebSession* sessionFor(const BwaWebSessionManager& manager, const QByteArray&
 {
     BwaCookiesFcgiSessionIdentifier identifier(&manager, QStringLiteral("sid"),
                                                QStringLiteral("tok"));
-    FcgiExchange exchange(FcgiParameters{{"HTTP_COOKIE", cookies}});
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    BwaWebSession* session = nullptr;
 
-    BwaWebSession* const session = identifier.session(request.get());
+    const BwaTestReply reply =
+        replyWhile([&](BwaFcgiRequest* request) { session = identifier.session(request); },
+                   {{"HTTP_COOKIE", cookies}});
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
     return session;
 }
 
@@ -144,10 +142,9 @@ TEST(BwaCookiesFcgiSessionIdentifier, GivenBothNamesEqualFindsNoSession)
     manager.createSession(QStringLiteral("ann"), both, both);
     BwaCookiesFcgiSessionIdentifier identifier(&manager, QStringLiteral("sid"),
                                                QStringLiteral("sid"));
-    FcgiExchange exchange(FcgiParameters{{"HTTP_COOKIE", "sid=" + id + "; sid=" + id}});
-    const std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
-    EXPECT_EQ(identifier.session(request.get()), nullptr);
+    replyWhile([&](BwaFcgiRequest* request) { EXPECT_EQ(identifier.session(request), nullptr); },
+               {{"HTTP_COOKIE", "sid=" + id + "; sid=" + id}});
 }
 
 TEST(BwaCookiesFcgiSessionIdentifier, WhenTokenIsRenewedAcceptsOnlyTheNewOne)
@@ -181,13 +178,10 @@ TEST(BwaCookiesFcgiSessionIdentifier, RefusesWithForbiddenPageAndKeepsTheRequest
     const BwaWebSessionManager manager;
     BwaCookiesFcgiSessionIdentifier identifier(&manager, QStringLiteral("sid"),
                                                QStringLiteral("tok"));
-    FcgiExchange exchange;
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
-    identifier.sendUnauthorizedReply(request.get());
+    const BwaTestReply reply =
+        replyWhile([&](BwaFcgiRequest* request) { identifier.sendUnauthorizedReply(request); });
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, errorPage(403, "Forbidden"));
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, errorPage(403, "Forbidden"));
+    EXPECT_EQ(reply.errorText, "");
 }

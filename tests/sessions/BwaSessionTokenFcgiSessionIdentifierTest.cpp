@@ -5,13 +5,12 @@
 
 #include "fcgi/BwaFcgiRequest.h"
 #include "sessions/TwoSessions.h"
-#include "support/FcgiExchange.h"
 #include "support/QtPrinters.h"
+#include "support/TestReplies.h"
 
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <memory>
 #include <ostream>
 #include <string>
 
@@ -29,30 +28,24 @@ namespace {
 BwaWebSession* sessionFor(const BwaWebSessionManager& manager, const QByteArray& authorization)
 {
     BwaSessionTokenFcgiSessionIdentifier identifier(&manager, QStringLiteral("api"));
-    FcgiExchange exchange(FcgiParameters{{"HTTP_AUTHORIZATION", authorization}});
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
+    BwaWebSession* session = nullptr;
 
-    BwaWebSession* const session = identifier.session(request.get());
+    const BwaTestReply reply =
+        replyWhile([&](BwaFcgiRequest* request) { session = identifier.session(request); },
+                   {{"HTTP_AUTHORIZATION", authorization}});
 
-    request.reset();
-    const FcgiReply reply = exchange.reply();
-    EXPECT_EQ(reply.out, "");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.raw, "");
+    EXPECT_EQ(reply.errorText, "");
     return session;
 }
 
 // What a client without a session gets.
-FcgiReply refusal(const QString& realm)
+BwaTestReply refusal(const QString& realm)
 {
     const BwaWebSessionManager manager;
     BwaSessionTokenFcgiSessionIdentifier identifier(&manager, realm);
-    FcgiExchange exchange;
-    std::unique_ptr<BwaFcgiRequest> request(exchange.takeRequest());
 
-    identifier.sendUnauthorizedReply(request.get());
-
-    request.reset(); // not deleted by the call
-    return exchange.reply();
+    return replyWhile([&](BwaFcgiRequest* request) { identifier.sendUnauthorizedReply(request); });
 }
 
 struct AuthorizationCase {
@@ -244,18 +237,18 @@ TEST(BwaSessionTokenFcgiSessionIdentifier, WhenSessionIsRemovedFindsItNoLonger)
 
 TEST(BwaSessionTokenFcgiSessionIdentifier, RefusesWithChallengeOfItsRealm)
 {
-    const FcgiReply reply = refusal(QStringLiteral("api"));
+    const BwaTestReply reply = refusal(QStringLiteral("api"));
 
-    EXPECT_EQ(reply.out,
+    EXPECT_EQ(reply.raw,
               "Status: 401 Unauthorized\n"
               "WWW-Authenticate: SESSION-TOKEN, realm=\"api\"\n"
               "\n");
-    EXPECT_EQ(reply.err, "");
+    EXPECT_EQ(reply.errorText, "");
 }
 
 TEST(BwaSessionTokenFcgiSessionIdentifier, QuotesItsRealm)
 {
-    EXPECT_EQ(refusal(QStringLiteral("the \"api\" of \\ann")).out,
+    EXPECT_EQ(refusal(QStringLiteral("the \"api\" of \\ann")).raw,
               "Status: 401 Unauthorized\n"
               "WWW-Authenticate: SESSION-TOKEN, realm=\"the \\\"api\\\" of \\\\ann\"\n"
               "\n");
@@ -263,7 +256,7 @@ TEST(BwaSessionTokenFcgiSessionIdentifier, QuotesItsRealm)
 
 TEST(BwaSessionTokenFcgiSessionIdentifier, GivenNoRealmQuotesNothing)
 {
-    EXPECT_EQ(refusal(QString()).out,
+    EXPECT_EQ(refusal(QString()).raw,
               "Status: 401 Unauthorized\n"
               "WWW-Authenticate: SESSION-TOKEN, realm=\"\"\n"
               "\n");

@@ -13,7 +13,8 @@
 class BwaFcgiRequest;
 
 /**
- * One FastCGI request accepted from a real socket, without a second thread.
+ * One FastCGI request accepted from a real socket, without a second thread: for tests of what goes
+ * over the connection. Others need none; see TestReplies.h.
  *
  * The client's end has sent everything before the request is accepted, so parameters, body and
  * reply must fit into the socket's buffers (about 100 KB each way).

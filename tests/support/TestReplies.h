@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef TESTREPLIES_H
+#define TESTREPLIES_H
+
+#include "fcgi/BwaFcgiRequest.h"
+#include "testing/BwaTestRequest.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+
+#include <gtest/gtest.h>
+
+/** Name and value of each CGI variable. */
+using CgiVariables = QList<QPair<QByteArray, QByteArray>>;
+
+/** A request with these variables and no others, and this body, whatever its length says. */
+inline BwaTestRequest testRequest(const CgiVariables& variables,
+                                  const QByteArray& body = QByteArray())
+{
+    BwaTestRequest request{QByteArray()};
+    request.setBody(QByteArray(), body);
+    for (const char* name : {"REQUEST_METHOD", "SCRIPT_NAME", "PATH_INFO", "QUERY_STRING",
+                             "SERVER_PROTOCOL", "REMOTE_ADDR", "CONTENT_LENGTH"}) {
+        request.setVariable(name, QByteArray());
+    }
+    for (const auto& variable : variables) {
+        request.setVariable(variable.first, variable.second);
+    }
+    return request;
+}
+
+/** What a service or a processor answers to it; it must delete the request and throw nothing. */
+template <typename Receiver>
+BwaTestReply replyOf(Receiver& receiver, const CgiVariables& variables)
+{
+    return testRequest(variables).sendTo([&receiver](BwaFcgiRequest* request) {
+        EXPECT_NO_THROW(receiver.processRequest(request));
+    });
+}
+
+/** What is replied while @a use has a request in its hand, which it must not delete. */
+template <typename Use>
+BwaTestReply replyWhile(const Use& use, const CgiVariables& variables = CgiVariables(),
+                        const QByteArray& body = QByteArray())
+{
+    return testRequest(variables, body).sendTo([&use](BwaFcgiRequest* request) {
+        EXPECT_NO_THROW(use(request));
+        delete request;
+    });
+}
+
+#endif
