@@ -253,6 +253,7 @@ Group www-data
 <IfModule fcgid_module>
     FcgidIPCDir $work/fcgid
     FcgidProcessTableFile $work/fcgid/table
+    FcgidInitialEnv LD_LIBRARY_PATH $work
 </IfModule>
 Include $work/app.conf
 CONF

@@ -24,7 +24,8 @@ start_showcase()
 start_showcase_behind()
 {
     case $1 in
-    *-spawned | *-fcgid) program=$2 ;;
+    *-spawned) program=$2 ;;
+    *-fcgid) copy_program "$2" ;;
     *-tcp)
         pick_free_port application_port
         start_showcase "$2" --socket "127.0.0.1:$application_port"
@@ -35,6 +36,14 @@ start_showcase_behind()
     # Apache lays down the rights of root, and what it starts must reach its files.
     [[ $1 != apache-* || $(id -u) != 0 ]] || chown -R www-data: "$work"
     start_front "${1%-activated}"
+}
+
+# To where the user of Apache can reach it.
+copy_program()
+{
+    program=$work/showcase
+    # shellcheck disable=SC2046 # no word where the library is part of the program
+    cp "$1" $(ldd "$1" | awk '/libbwebapi/ { print $3 }') "$work"
 }
 
 # As the socket unit does it: the socket is there first, and descriptor 0 of the program.
