@@ -100,26 +100,27 @@ BwaCgiEnvironment::BwaCgiEnvironment(BwaAbstractCgiInput* input)
     , m_contentLength(0)
     , m_https(false)
 {
+    const VariableNames& known = names();
     m_serverPort =
-        static_cast<unsigned short>(decimalNumber(input->getenv(names().serverPort), 65535));
-    m_requestMethod = input->getenv(names().requestMethod);
-    m_pathInfo = input->getenv(names().pathInfo);
-    m_pathTranslated = input->getenv(names().pathTranslated);
-    m_scriptName = input->getenv(names().scriptName);
-    m_queryString = input->getenv(names().queryString);
-    m_remoteHost = input->getenv(names().remoteHost);
-    m_remoteAddr = input->getenv(names().remoteAddr);
-    m_authType = input->getenv(names().authType);
-    m_remoteUser = input->getenv(names().remoteUser);
-    m_remoteIdent = input->getenv(names().remoteIdent);
-    m_contentType = input->getenv(names().contentType);
-    m_contentLength = decimalNumber(input->getenv(names().contentLength), 4294967295U);
-    m_httpAccept = input->getenv(names().httpAccept);
-    m_httpAcceptLanguage = input->getenv(names().httpAcceptLanguage);
-    m_httpUserAgent = input->getenv(names().httpUserAgent);
-    m_httpAuthorization = input->getenv(names().httpAuthorization);
-    m_httpCookie = input->getenv(names().httpCookie);
-    m_https = input->getenv(names().https) == QLatin1String("on");
+        static_cast<unsigned short>(decimalNumber(input->getenv(known.serverPort), 65535));
+    m_requestMethod = input->getenv(known.requestMethod);
+    m_pathInfo = input->getenv(known.pathInfo);
+    m_pathTranslated = input->getenv(known.pathTranslated);
+    m_scriptName = input->getenv(known.scriptName);
+    m_queryString = input->getenv(known.queryString);
+    m_remoteHost = input->getenv(known.remoteHost);
+    m_remoteAddr = input->getenv(known.remoteAddr);
+    m_authType = input->getenv(known.authType);
+    m_remoteUser = input->getenv(known.remoteUser);
+    m_remoteIdent = input->getenv(known.remoteIdent);
+    m_contentType = input->getenv(known.contentType);
+    m_contentLength = decimalNumber(input->getenv(known.contentLength), 4294967295U);
+    m_httpAccept = input->getenv(known.httpAccept);
+    m_httpAcceptLanguage = input->getenv(known.httpAcceptLanguage);
+    m_httpUserAgent = input->getenv(known.httpUserAgent);
+    m_httpAuthorization = input->getenv(known.httpAuthorization);
+    m_httpCookie = input->getenv(known.httpCookie);
+    m_https = input->getenv(known.https) == QLatin1String("on");
     m_cookies = parseCookies(m_httpCookie);
 }
 

@@ -3,6 +3,7 @@
 
 #include "fcgi/BwaFcgiRequest.h"
 
+#include "BwaRecentTexts_p.h"
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 #include "cgi/BwaGrowingRead_p.h"
@@ -73,6 +74,13 @@ unsigned int hashOf(const Character* name, int size)
     const auto middle = static_cast<unsigned char>(size > 0 ? name[size / 2] : 0);
     const auto last = static_cast<unsigned char>(size > 0 ? name[size - 1] : 0);
     return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
+}
+
+// Most values are the same in each request.
+QString textOf(QLatin1String value)
+{
+    thread_local BwaRecentTexts values;
+    return values.textOf(value);
 }
 
 const unsigned int smallRead = 4096; // bytes
@@ -339,7 +347,7 @@ QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
     while (index >= 0) { // from the last to the first: the last counts
         const Variable& variable = m_variables.at(index);
         if (name == QLatin1String(variable.name, variable.nameSize)) {
-            return QString::fromLatin1(variable.name + variable.nameSize + 1, variable.valueSize);
+            return textOf(QLatin1String(variable.name + variable.nameSize + 1, variable.valueSize));
         }
         index = variable.next;
     }

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
+#include "BwaRecentTexts_p.h"
 #include "json/BwaJsonParser_p.h"
 
 #include <QString>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -34,11 +34,16 @@ bool isAscii(std::string_view text)
     return (bits & 0x8080808080808080U) == 0;
 }
 
+QLatin1String latin1(std::string_view text)
+{
+    return QLatin1String(text.data(), static_cast<int>(text.size()));
+}
+
 // QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
 QString stringOf(std::string_view text)
 {
     if (isAscii(text)) { // nearly always, and faster then
-        return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
+        return latin1(text);
     }
     const std::string_view mark("\xEF\xBB\xBF");
     if (text.substr(0, mark.size()) == mark) {
@@ -47,32 +52,6 @@ QString stringOf(std::string_view text)
     }
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
-
-/** Shares the strings of keys that come again, in one text or in the next. */
-class Keys
-{
-public:
-    QString keyOf(std::string_view text)
-    {
-        if (text.empty() || text.size() > longestKept || !isAscii(text)) {
-            return stringOf(text);
-        }
-        const auto first = static_cast<std::size_t>(text.front());
-        const auto last = static_cast<std::size_t>(text.back());
-        const std::size_t place = text.size() + 2 * first + 12 * last;
-        QString& kept = m_kept[place % m_kept.size()];
-        const QLatin1String key(text.data(), static_cast<int>(text.size()));
-        if (kept != key) {
-            kept = key;
-        }
-        return kept;
-    }
-
-private:
-    static const std::size_t longestKept = 32; // characters
-
-    std::array<QString, 64> m_kept;
-};
 
 QVariant integerOf(qlonglong number)
 {
@@ -84,7 +63,7 @@ class VariantBuilder
 {
 public:
     /** @a keys must outlive the builder. */
-    explicit VariantBuilder(Keys& keys)
+    explicit VariantBuilder(BwaRecentTexts& keys)
         : m_keys(keys)
     {
     }
@@ -94,10 +73,11 @@ public:
     std::size_t depth() const { return m_deepest; }
 
 private:
+    QString keyOf(std::string_view text);
     QVariant mapOf(simdjson::dom::object object);
     QVariant listOf(simdjson::dom::array array);
 
-    Keys& m_keys; // not owned
+    BwaRecentTexts& m_keys; // not owned
     std::size_t m_depth = 0;
     std::size_t m_deepest = 0;
 };
@@ -125,12 +105,17 @@ QVariant VariantBuilder::variantOf(simdjson::dom::element element)
     return QVariant();
 }
 
+QString VariantBuilder::keyOf(std::string_view text)
+{
+    return isAscii(text) ? m_keys.textOf(latin1(text)) : stringOf(text);
+}
+
 QVariant VariantBuilder::mapOf(simdjson::dom::object object)
 {
     QVariantMap map;
     m_deepest = std::max(m_deepest, ++m_depth);
     for (const simdjson::dom::key_value_pair field : object) {
-        *map.insert(m_keys.keyOf(field.key), QVariant()) = variantOf(field.value);
+        *map.insert(keyOf(field.key), QVariant()) = variantOf(field.value);
     }
     --m_depth;
     return map;
@@ -154,7 +139,7 @@ QVariant BwaJsonParser::parse(const QByteArray& text, bool* ok)
 {
     // Kept for its buffers, unless one large text has made them large.
     thread_local simdjson::dom::parser parser;
-    thread_local Keys keys;
+    thread_local BwaRecentTexts keys;
 
     // The parser does not count an empty innermost container, but does count a value in it.
     simdjson::error_code error = parser.capacity() > 0
