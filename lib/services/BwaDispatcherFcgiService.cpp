@@ -64,10 +64,11 @@ void BwaDispatcherFcgiService::dispatch(BwaFcgiRequest* request)
 }
 
 // The names that begin the rest of the path come first in the map when they are shorter. So they
-// are looked up from the shortest on, instead of walking over all children.
+// are looked up from the shortest on, instead of walking over all children; in the map, because it
+// compares little of a long name, and a hash would need each of them whole.
 BwaAbstractFcgiService* BwaDispatcherFcgiService::childForPath(const QString& rest) const
 {
-    if (BwaAbstractFcgiService* const child = m_children.value(rest)) {
+    if (BwaAbstractFcgiService* const child = m_exactChildren.value(rest)) {
         return child;
     }
     for (int slash = rest.indexOf(QLatin1Char('/')); slash >= 0;
@@ -93,6 +94,7 @@ void BwaDispatcherFcgiService::addService(const QString& name, BwaAbstractFcgiSe
         replaced->deleteLater();
     }
     m_children.insert(name, service);
+    m_exactChildren.insert(name, service);
     m_names.insert(service, name);
     // In this order: the mapping brings a connection of its own, which forgets it on destroyed().
     connect(service, SIGNAL(destroyed()), &m_destroyedMapper, SLOT(map()));
@@ -141,5 +143,6 @@ void BwaDispatcherFcgiService::serviceDestroyed(const QString& name)
 
 void BwaDispatcherFcgiService::forgetName(const QString& name)
 {
+    m_exactChildren.remove(name);
     m_names.remove(m_children.take(name), name);
 }

@@ -57,6 +57,7 @@ private:
     QSignalMapper m_destroyedMapper;                   // from a child that is destroyed to its name
     QMap<QString, BwaAbstractFcgiService*> m_children; // owned as QObject children
     QMultiHash<const BwaAbstractFcgiService*, QString> m_names; // m_children the other way round
+    QHash<QString, BwaAbstractFcgiService*> m_exactChildren;    // m_children in no order
 };
 
 #endif

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <random>
 #include <set>
 #include <vector>
@@ -21,6 +22,7 @@ namespace {
 using Random = std::mt19937;
 
 const std::vector<QByteArray> names = {"a", "b", "ab", "a/b", "a/b/a", "", "/", "a/", "A", "\xe9"};
+const std::vector<QByteArray> changing = {"a", "b", "ab", "a/b", "a/b/a", "/", "a/", "\xe9"};
 const std::vector<QByteArray> pieces = {"/", "/", "/a", "/b", "/ab", "a", "/A", "/\xe9"};
 
 // BWA_TEST_SEED repeats a failed run.
@@ -67,6 +69,43 @@ QByteArray randomPath(Random& random)
     return path;
 }
 
+// A dispatcher whose children come and go, next to the labels of those that it has.
+class ChangingTree
+{
+public:
+    // Adds or replaces, releases, or destroys the child of that name, if there is one.
+    void change(const QByteArray& name, int action, const QByteArray& label)
+    {
+        if (action == 0) {
+            m_children[name] = {label, new LabelledService(label)};
+            root.addService(QString::fromLatin1(name), m_children[name].service);
+        } else if (m_children.count(name) > 0) {
+            BwaAbstractFcgiService* const child = m_children[name].service;
+            m_children.erase(name);
+            if (action == 1) {
+                EXPECT_EQ(root.removeService(QString::fromLatin1(name)), child);
+            }
+            delete child;
+        }
+    }
+
+    QByteArray modelRouteTo(const QByteArray& name) const
+    {
+        const auto child = m_children.find(name);
+        return child == m_children.end() ? "not found by " : child->second.label;
+    }
+
+    LabelledDispatcher root{"root"};
+
+private:
+    struct Child {
+        QByteArray label;
+        BwaAbstractFcgiService* service; // owned by the dispatcher
+    };
+
+    std::map<QByteArray, Child> m_children;
+};
+
 } // namespace
 
 TEST(Routing, EqualsTheModelForRandomTreesAndPaths)
@@ -85,5 +124,21 @@ TEST(Routing, EqualsTheModelForRandomTreesAndPaths)
             ASSERT_EQ(libraryRoute(root, path), modelRoute(children, "root", "", path))
                 << "path info " << path.constData() << " in tree " << tree;
         }
+    }
+}
+
+TEST(Routing, EqualsTheModelWhileChildrenComeAndGo)
+{
+    const unsigned int thisSeed = seed();
+    SCOPED_TRACE("BWA_TEST_SEED=" + std::to_string(thisSeed));
+    Random random(thisSeed);
+    ChangingTree tree;
+
+    for (int step = 0; step < 2000; ++step) {
+        tree.change(oneOf(changing, random), upTo(2, random), QByteArray::number(step));
+        const QByteArray asked = oneOf(changing, random);
+
+        ASSERT_EQ(libraryRoute(tree.root, '/' + asked), tree.modelRouteTo(asked))
+            << asked.constData() << " in step " << step;
     }
 }
