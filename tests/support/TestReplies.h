@@ -32,13 +32,21 @@ inline BwaTestRequest testRequest(const CgiVariables& variables,
     return request;
 }
 
+/** Does @a action with @a request, and expects that nothing is thrown: the listener catches it. */
+template <typename Action>
+// NOLINTNEXTLINE(readability-function-size): the nesting is the macro's
+void expectNoThrow(const Action& action, BwaFcgiRequest* request)
+{
+    EXPECT_NO_THROW(action(request));
+}
+
 /** What a service or a processor answers to it; it must delete the request and throw nothing. */
 template <typename Receiver>
 BwaTestReply replyOf(Receiver& receiver, const CgiVariables& variables)
 {
-    return testRequest(variables).sendTo([&receiver](BwaFcgiRequest* request) {
-        EXPECT_NO_THROW(receiver.processRequest(request));
-    });
+    const auto process = [&receiver](BwaFcgiRequest* request) { receiver.processRequest(request); };
+    return testRequest(variables).sendTo(
+        [&process](BwaFcgiRequest* request) { expectNoThrow(process, request); });
 }
 
 /** What is replied while @a use has a request in its hand, which it must not delete. */
@@ -47,7 +55,7 @@ BwaTestReply replyWhile(const Use& use, const CgiVariables& variables = CgiVaria
                         const QByteArray& body = QByteArray())
 {
     return testRequest(variables, body).sendTo([&use](BwaFcgiRequest* request) {
-        EXPECT_NO_THROW(use(request));
+        expectNoThrow(use, request);
         delete request;
     });
 }
