@@ -130,21 +130,18 @@ public:
     QString take(unsigned int stops)
     {
         const Character* const begin = m_read;
-        const Character* end = begin;
-        unsigned int kindsMet = plain;
-        for (m_stop = plain; end < m_end; ++end) {
-            const unsigned int kind = kindOf(*end);
-            if (kind & stops) {
-                m_stop = kind;
-                break;
-            }
-            kindsMet |= kind;
+        const Character* end = skipPlain(begin);
+        bool isEncoded = false;
+        while (end < m_end && !(kindOf(*end) & stops)) {
+            isEncoded = isEncoded || kindOf(*end) == encoded;
+            end = skipPlain(end + 1);
         }
-        m_read = m_stop == plain ? end : end + 1;
+        m_stop = end < m_end ? kindOf(*end) : plain;
+        m_read = end < m_end ? end + 1 : end;
         if (begin == end) {
             return QString();
         }
-        return kindsMet & encoded ? decoded(begin, end) : textBetween(begin, end);
+        return isEncoded ? decoded(begin, end) : textBetween(begin, end);
     }
 
     QMultiHash<QString, QString> variables()
@@ -159,6 +156,14 @@ public:
     }
 
 private:
+    const Character* skipPlain(const Character* read) const
+    {
+        while (read < m_end && kindOf(*read) == plain) {
+            ++read;
+        }
+        return read;
+    }
+
     const Character* m_read;
     const Character* m_end;
     unsigned int m_stop; // the kind of the character that ended the last piece; plain at the end
