@@ -26,8 +26,7 @@ struct LiveSessions {
     QVector<BwaWebSession*> sessions; // owned by the manager
 };
 
-// Made once for each number, and never destroyed: that alone would take longer than the rest. A
-// smaller number comes first, as all timers of the process are in each other's way.
+// Made once for each number, and never destroyed.
 LiveSessions& liveSessions(qint64 count, int lifetime)
 {
     static std::map<QPair<qint64, int>, LiveSessions*> made;

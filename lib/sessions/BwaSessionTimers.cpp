@@ -15,12 +15,21 @@
 #include <chrono>
 #include <map>
 #include <unordered_map>
-#include <utility>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Turn = std::pair<Clock::time_point, quint64>; // when due, and at which start
+
+// When a timer fires. Of two that are due at once, the one that was started first.
+struct Turn {
+    Clock::time_point due;
+    quint64 start;
+
+    bool operator<(const Turn& other) const
+    {
+        return due < other.due || (due == other.due && start < other.start);
+    }
+};
 
 class TimerQueue : public QTimer
 {
@@ -58,7 +67,7 @@ TimerQueue::TimerQueue()
 
 void TimerQueue::insert(QTimer* timer)
 {
-    const Turn turn(Clock::now() + std::chrono::milliseconds(timer->interval()), ++m_starts);
+    const Turn turn = {Clock::now() + std::chrono::milliseconds(timer->interval()), ++m_starts};
     const auto inserted = m_running.insert({timer, {turn, turn}});
     if (!inserted.second) {
         inserted.first->second.turn = turn;
@@ -93,12 +102,12 @@ void TimerQueue::timerEvent(QTimerEvent* /*event*/)
 // The next timer that is to fire, no longer running; null if none is due.
 QTimer* TimerQueue::takeDue(Clock::time_point now)
 {
-    while (!m_queue.empty() && m_queue.begin()->first.first <= now) {
+    while (!m_queue.empty() && m_queue.begin()->first.due <= now) {
         QTimer* const timer = m_queue.begin()->second;
         m_queue.erase(m_queue.begin());
         const auto running = m_running.find(timer);
         const Turn turn = running->second.turn;
-        if (turn == running->second.place) {
+        if (turn.start == running->second.place.start) {
             m_running.erase(running);
             return timer;
         }
@@ -114,7 +123,7 @@ void TimerQueue::wakeUpForFirst()
         stop();
         return;
     }
-    const Clock::time_point first = m_queue.begin()->first.first;
+    const Clock::time_point first = m_queue.begin()->first.due;
     if (timerId() > 0 && m_wakeUp == first) {
         return;
     }
