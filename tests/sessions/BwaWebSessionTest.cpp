@@ -585,8 +585,8 @@ TEST(BwaWebSession, WhenCreatedWithoutApplicationDoesNotKeepOthersFromExpiring)
     int argumentCount = 1;
     char name[] = "test";
     char* arguments[] = {name, nullptr};
-    const BwaWebSession early(user, lifetime, delay);
     auto* const clock = new ManualClock;
+    const BwaWebSession early(user, lifetime, delay);
     QCoreApplication::setEventDispatcher(clock);
     const QCoreApplication application(argumentCount, arguments);
 
