@@ -6,10 +6,10 @@
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiFinish_p.h"
+#include "fcgi/BwaFcgiOpenRequests_p.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "services/BwaAbstractFcgiService.h"
 
-#include <QCoreApplication>
 #include <QMetaType>
 
 #include <csignal>
@@ -60,9 +60,10 @@ BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& s
                                  QObject* parent)
     : QObject(parent)
     , m_services(services)
-    , m_stopping(false)
+    , m_openRequests(std::make_shared<BwaFcgiOpenRequests>(mostOpenRequests()))
 {
     m_thread.setObjectName(QString::fromLatin1("BwaFcgiListener's thread"));
+    m_worker.m_openRequests = m_openRequests;
     m_worker.moveToThread(&m_thread);
     connect(this, SIGNAL(startListening(quint16)), &m_worker, SLOT(listen(quint16)));
     connect(this, SIGNAL(startListening(QString)), &m_worker, SLOT(listen(QString)));
@@ -73,7 +74,6 @@ BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& s
 
 BwaFcgiListener::~BwaFcgiListener()
 {
-    m_stopping = true;
     m_thread.quit();
     // Again and again: the thread may be about to open its socket, or to read from a silent peer.
     do {
@@ -100,7 +100,7 @@ bool BwaFcgiListener::startThread()
 {
     static const bool initialized = initializeLibfcgi();
     Q_UNUSED(initialized)
-    if (m_stopping || m_thread.isRunning()) {
+    if (m_thread.isRunning()) {
         return false;
     }
     m_thread.start(QThread::InheritPriority);
@@ -109,18 +109,17 @@ bool BwaFcgiListener::startThread()
 
 void BwaFcgiListener::newRequest(FCGX_Request* request)
 {
-    if (m_stopping) {
-        closeAndDelete(request);
-        return;
-    }
+    m_openRequests->take(request);
     BwaFcgiRequest* wrapper = nullptr;
     try {
         wrapper = new BwaFcgiRequest(request);
     } catch (const std::exception& exception) {
         BwaFcgiRequest::logException(exception);
         finishAndDelete(request);
+        m_openRequests->finished();
         return;
     }
+    wrapper->m_openRequests = m_openRequests;
     const BwaFcgiRequest::Watch watch(wrapper);
     try {
         handOver(wrapper);
@@ -149,9 +148,10 @@ void BwaFcgiListener::handOver(BwaFcgiRequest* request)
     delete request;
 }
 
-// The events of the accepting thread that are still queued; newRequest() drops what they bring.
+// The signals that would bring them go with this object.
 void BwaFcgiListener::dropUndeliveredRequests()
 {
-    blockSignals(true);
-    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+    while (FCGX_Request* const request = m_openRequests->takeNext()) {
+        closeAndDelete(request);
+    }
 }

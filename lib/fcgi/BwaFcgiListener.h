@@ -11,7 +11,10 @@
 #include <QString>
 #include <QThread>
 
+#include <memory>
+
 class BwaAbstractFcgiService;
+class BwaFcgiOpenRequests;
 class BwaFcgiRequest;
 
 /**
@@ -20,6 +23,11 @@ class BwaFcgiRequest;
  *
  * The listener's thread must run an event loop. Requests are served one after another, in the order
  * in which they were accepted.
+ *
+ * At most half as many requests as the process may open descriptors, and never more than 1024, are
+ * accepted and not finished at a time; those that the application keeps to answer them later count
+ * until they are deleted. Further ones wait in the backlog of the socket. So a service must not
+ * hold so many requests until another one comes.
  */
 class BWA_EXPORT BwaFcgiListener : public QObject
 {
@@ -76,7 +84,7 @@ private:
     QMap<QString, BwaAbstractFcgiService*> m_services; // not owned
     BwaFcgiListenerThread m_worker;                    // lives in m_thread
     QThread m_thread;
-    bool m_stopping;
+    std::shared_ptr<BwaFcgiOpenRequests> m_openRequests;
 };
 
 #endif

@@ -4,9 +4,14 @@
 #include "fcgi/BwaFcgiListenerThread.h"
 
 #include "fcgi/BwaFcgiFinish_p.h"
+#include "fcgi/BwaFcgiOpenRequests_p.h"
 #include "fcgi/BwaFcgiSocket_p.h"
 
 #include <QString>
+#include <QThread>
+
+#include <cerrno>
+#include <exception>
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -14,6 +19,8 @@
 namespace {
 
 const int backlog = 50; // connections that wait to be accepted
+
+const unsigned long moment = 20; // milliseconds until a lack may have passed
 
 // libfcgi shuts down for the whole process and for good, and a thread that is in accept at that
 // moment may never leave it. So the last accepting thread does it on its way out.
@@ -48,6 +55,19 @@ void refuseWaitingConnections(int descriptor)
     }
 }
 
+// libfcgi writes the number meanwhile, in one piece.
+int connectionOf(const FCGX_Request* request)
+{
+    return request ? __atomic_load_n(&request->ipcFd, __ATOMIC_RELAXED) : -1;
+}
+
+// Whether accepting has failed for a lack that passes, usually of descriptors.
+bool isPassing(int acceptResult)
+{
+    return acceptResult == -EMFILE || acceptResult == -ENFILE || acceptResult == -ENOBUFS ||
+        acceptResult == -ENOMEM;
+}
+
 } // namespace
 
 BwaFcgiListenerThread::BwaFcgiListenerThread(QObject* parent)
@@ -69,8 +89,7 @@ void BwaFcgiListenerThread::stopListening()
     m_stopRequested = true;
     ::shutdown(m_descriptor, SHUT_RD); // ends a blocked accept
     refuseWaitingConnections(m_descriptor);
-    const FCGX_Request* const awaited = m_awaited;
-    const int connection = awaited ? awaited->ipcFd : -1;
+    const int connection = connectionOf(m_awaited);
     if (connection >= 0) {
         ::shutdown(connection, SHUT_RDWR); // ends a blocked read of a request
     }
@@ -114,26 +133,77 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
 
 void BwaFcgiListenerThread::acceptRequests(int descriptor)
 {
-    while (true) {
-        FCGX_Request* const request = new FCGX_Request;
-        FCGX_InitRequest(request, descriptor, 0);
-        m_awaited = request;
-        if (m_stopRequested || FCGX_Accept_r(request) != 0) {
-            FCGX_Free(request, 1);
-            return;
+    bool goesOn = true;
+    while (goesOn && !m_stopRequested) {
+        if (m_openRequests && !m_openRequests->waitForRoom()) {
+            continue;
         }
-        m_awaited = nullptr;
-        if (FCGX_GetError(request->in) != 0) {
-            closeAndDelete(request); // cut short: what it asks for may not be what was meant
-        } else {
-            Q_EMIT newRequest(request);
+        try {
+            goesOn = acceptRequest(descriptor);
+        } catch (const std::exception&) {
+            QThread::msleep(moment); // memory is short
         }
     }
+}
+
+// Waits for the next request; false when none can come any more.
+bool BwaFcgiListenerThread::acceptRequest(int descriptor)
+{
+    FCGX_Request* const request = new FCGX_Request;
+    FCGX_InitRequest(request, descriptor, 0);
+    setAwaited(request);
+    if (!accept(request)) {
+        FCGX_Free(request, 1);
+        return false;
+    }
+    setAwaited(nullptr);
+    if (FCGX_GetError(request->in) != 0) {
+        closeAndDelete(request); // cut short: what it asks for may not be what was meant
+    } else {
+        handOver(request);
+    }
+    return true;
+}
+
+bool BwaFcgiListenerThread::accept(FCGX_Request* request)
+{
+    while (!m_stopRequested) {
+        const int result = FCGX_Accept_r(request);
+        if (!isPassing(result)) {
+            return result == 0;
+        }
+        QThread::msleep(moment);
+    }
+    return false;
+}
+
+void BwaFcgiListenerThread::handOver(FCGX_Request* request)
+{
+    try {
+        if (m_openRequests) {
+            m_openRequests->add(request);
+        }
+        Q_EMIT newRequest(request);
+    } catch (const std::exception&) {
+        if (m_openRequests) {
+            m_openRequests->take(request);
+            m_openRequests->finished();
+        }
+        closeAndDelete(request);
+        throw;
+    }
+}
+
+void BwaFcgiListenerThread::setAwaited(FCGX_Request* request)
+{
+    const std::lock_guard<std::mutex> lock(m_endMutex);
+    m_awaited = request;
 }
 
 void BwaFcgiListenerThread::endListening()
 {
     const std::lock_guard<std::mutex> lock(m_endMutex);
-    delete m_awaited.exchange(nullptr);
+    delete m_awaited;
+    m_awaited = nullptr;
     ::close(m_descriptor.exchange(-1));
 }

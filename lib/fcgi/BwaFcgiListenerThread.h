@@ -11,7 +11,10 @@
 #include <fcgiapp.h>
 
 #include <atomic>
+#include <memory>
 #include <mutex>
+
+class BwaFcgiOpenRequests;
 
 /**
  * Accepts FastCGI requests; the worker of a BwaFcgiListener, whose thread it lives in.
@@ -34,7 +37,10 @@ public:
     void stopListening();
 
 Q_SIGNALS:
-    /** A request has been accepted; made by plain new, the receiver owns it. */
+    /**
+     * A request has been accepted; made by plain new, the receiver owns it. When a directly
+     * connected slot throws a std::exception, the request is dropped: it must not be gone then.
+     */
     void newRequest(FCGX_Request* request);
     /** Listening could not start or has ended by itself. */
     void listeningError();
@@ -46,15 +52,22 @@ public Q_SLOTS:
     void listen(const QString& unixSocket);
 
 private:
+    friend class BwaFcgiListener;
+
     void internalListen(const QString& address);
     void acceptRequests(int descriptor);
+    bool acceptRequest(int descriptor);
+    bool accept(FCGX_Request* request);
+    void handOver(FCGX_Request* request);
+    void setAwaited(FCGX_Request* request);
     void endListening();
 
     std::atomic<bool> m_stopRequested;
     std::atomic<int> m_descriptor; // -1: not listening
-    // Neither the descriptor nor the last request goes while stopListening() looks at them.
+    // Neither the descriptor nor the awaited request goes while stopListening() looks at them.
     std::mutex m_endMutex;
-    std::atomic<FCGX_Request*> m_awaited; // owned; null unless a request is waited for
+    FCGX_Request* m_awaited; // owned; null unless a request is waited for; under m_endMutex
+    std::shared_ptr<BwaFcgiOpenRequests> m_openRequests; // the listener's, or null
 };
 
 #endif

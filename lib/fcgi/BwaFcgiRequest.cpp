@@ -8,6 +8,7 @@
 #include "cgi/BwaCgiRequest.h"
 #include "cgi/BwaGrowingRead_p.h"
 #include "fcgi/BwaFcgiFinish_p.h"
+#include "fcgi/BwaFcgiOpenRequests_p.h"
 #include "html/BwaHtmlClosingPairedTag.h"
 #include "html/BwaHtmlDoctype.h"
 #include "html/BwaHtmlElement.h"
@@ -150,6 +151,9 @@ void BwaFcgiRequest::finish()
     m_input.reset();
     finishAndDelete(m_request);
     m_request = nullptr;
+    if (m_openRequests) {
+        m_openRequests->finished();
+    }
 }
 
 // Finishes while somebody may still hold the request: the streams take nothing any more.

@@ -20,6 +20,7 @@
 #include <ostream>
 
 class BwaCgiRequest;
+class BwaFcgiOpenRequests;
 
 /**
  * One FastCGI request: what was asked, the stream of the reply, and the stream of error messages
@@ -199,9 +200,10 @@ private:
     // Unbuffered, so that they touch nothing when they are destroyed after the finish.
     ReplyBuffer m_outBuffer;
     fcgi_streambuf m_errBuffer;
-    std::ostream m_out; // writes to m_outBuffer
-    std::ostream m_err; // writes to m_errBuffer
-    Watch* m_watch;     // not owned; the innermost, or null
+    std::ostream m_out;                                  // writes to m_outBuffer
+    std::ostream m_err;                                  // writes to m_errBuffer
+    Watch* m_watch;                                      // not owned; the innermost, or null
+    std::shared_ptr<BwaFcgiOpenRequests> m_openRequests; // counts this until the finish; or null
 };
 
 /** The CGI variables and the body of a FastCGI request. */

@@ -12,6 +12,8 @@
 #include <fcgiapp.h>
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -287,6 +289,8 @@ TEST_P(BwaFcgiListenerOtherInput, IsAnErrorAndStaysOpen)
 INSTANTIATE_TEST_SUITE_P(
     Cases, BwaFcgiListenerOtherInput,
     testing::Values(OtherInput{"NullDevice", [] { return open("/dev/null", O_RDONLY); }},
+                    OtherInput{"File", [] { return open("/proc/self/exe", O_RDONLY); }},
+                    OtherInput{"Terminal", [] { return posix_openpt(O_RDWR | O_NOCTTY); }},
                     OtherInput{"Pipe", openPipe}, OtherInput{"ConnectedSocket", openSocketPair},
                     OtherInput{"UnboundSocket", [] { return socket(AF_INET, SOCK_STREAM, 0); }}),
     [](const auto& info) { return std::string(info.param.name); });

@@ -143,6 +143,18 @@ TEST_F(BwaFcgiListenerStopping, WhenIdleOnAPortIsDoneAtOnce)
     destroyWithin(atOnce);
 }
 
+TEST_F(BwaFcgiListenerStopping, RunsNothingThatWaitsForTheEventLoop)
+{
+    bool hasRun = false;
+    QMetaObject::invokeMethod(
+        &listener(), [&] { hasRun = true; }, Qt::QueuedConnection);
+    start();
+
+    destroyWithin(atOnce);
+
+    EXPECT_FALSE(hasRun);
+}
+
 TEST_F(BwaFcgiListenerStopping, WhenNothingWasEverListenedToIsDoneAtOnce)
 {
     listener();

@@ -14,6 +14,7 @@
 #include <fcgiapp.h>
 #include <gmock/gmock.h>
 
+#include <stdexcept>
 #include <type_traits>
 
 #include <sys/socket.h>
@@ -31,8 +32,7 @@ public:
     {
         FCGX_Init();
         worker.moveToThread(&thread);
-        QObject::connect(&worker, &BwaFcgiListenerThread::newRequest, &m_here,
-                         [this](FCGX_Request* request) { requests.append(request); });
+        connectReceiver();
         QObject::connect(&worker, &BwaFcgiListenerThread::listeningError, &m_here,
                          [this] { ++listeningErrors; });
         thread.start();
@@ -41,6 +41,12 @@ public:
     ~BwaFcgiListenerThreadWorker() override { stop(); }
 
 protected:
+    void connectReceiver()
+    {
+        QObject::connect(&worker, &BwaFcgiListenerThread::newRequest, &m_here,
+                         [this](FCGX_Request* request) { requests.append(request); });
+    }
+
     void listen(const QByteArray& address)
     {
         QMetaObject::invokeMethod(&worker, "listen", Qt::QueuedConnection,
@@ -135,6 +141,29 @@ TEST_F(BwaFcgiListenerThreadWorker, EmitsADifferentRequestEachTime)
     EXPECT_NE(requests.at(0), requests.at(1));
     nextPathInfo();
     nextPathInfo();
+}
+
+TEST_F(BwaFcgiListenerThreadWorker, WhenAReceiverThrowsDropsTheRequestAndGoesOn)
+{
+    int thrown = 0;
+    worker.disconnect(SIGNAL(newRequest(FCGX_Request*)));
+    QObject::connect(
+        &worker, &BwaFcgiListenerThread::newRequest, &worker,
+        [&thrown](FCGX_Request*) {
+            if (++thrown == 1) {
+                throw std::runtime_error("out of paper");
+            }
+        },
+        Qt::DirectConnection);
+    connectReceiver();
+    listen(path());
+
+    send("/first");
+    send("/second");
+
+    EXPECT_EQ(nextPathInfo(), QByteArray("/second"));
+    EXPECT_TRUE(requests.isEmpty());
+    EXPECT_EQ(listeningErrors, 0);
 }
 
 TEST_F(BwaFcgiListenerThreadWorker, WhenStoppedEndsWithoutAnError)
