@@ -9,8 +9,24 @@
 #include "cgi/BwaUrlEncoding_p.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
+
+bool isWithin(unsigned int limit, unsigned int number)
+{
+    return limit == 0 || number <= limit;
+}
+
+// As many as parseUrlEncodedVariables() finds.
+unsigned int variablesIn(const QByteArray& body)
+{
+    const char* const text = body.constData(); // ends at its first NUL
+    const auto separators = std::count_if(text, text + std::strlen(text), [](char character) {
+        return character == '&' || character == ';';
+    });
+    return static_cast<unsigned int>(separators) + 1;
+}
 
 // 8-bit text ends at its first NUL.
 QString textOf(const QByteArray& bytes)
@@ -33,6 +49,9 @@ bool BwaCgiRequest::processBodyContent()
 {
     if (m_bodyProcessed) {
         return true;
+    }
+    if (!isWithin(m_limits.maxBodySize, m_environment.contentLength())) {
+        return false;
     }
     const QString mediaType =
         BwaCgiEnvironment::parseContentType(m_environment.contentType()).first;
@@ -66,19 +85,37 @@ bool BwaCgiRequest::processUrlEncodedBody()
 {
     bool complete = false;
     const QByteArray bytes = readWholeBody(&complete);
-    if (complete) {
-        m_formVariables = urlEncodedVariables(bytes);
+    if (!complete || (m_limits.maxFormFields > 0 && variablesIn(bytes) > m_limits.maxFormFields)) {
+        return false;
+    }
+    m_formVariables = urlEncodedVariables(bytes);
+    return true;
+}
+
+bool BwaCgiRequest::processMultipartBody()
+{
+    const bool complete = readParts();
+    if (!complete) {
+        m_formVariables.clear();
+        m_files.clear();
     }
     return complete;
 }
 
-bool BwaCgiRequest::processMultipartBody()
+bool BwaCgiRequest::readParts()
 {
     BwaCgiMultipartFormDataReader reader(this);
     QString name;
     QString fileName;
     QString contentType;
+    unsigned int parts = 0;
+    unsigned int fields = 0;
     while (reader.nextPart(name, fileName, contentType)) {
+        ++parts;
+        fields += fileName.isNull() ? 1 : 0;
+        if (!isWithin(m_limits.maxParts, parts) || !isWithin(m_limits.maxFormFields, fields)) {
+            return false;
+        }
         const QByteArray data = reader.readAllFromPart();
         if (reader.failed()) {
             break;
@@ -88,10 +125,6 @@ bool BwaCgiRequest::processMultipartBody()
         } else {
             m_files.insert(name, BwaCgiFile(fileName, contentType, data));
         }
-    }
-    if (reader.failed()) {
-        m_formVariables.clear();
-        m_files.clear();
     }
     return !reader.failed();
 }

@@ -6,6 +6,7 @@
 
 #include "cgi/BwaCgiEnvironment.h"
 #include "cgi/BwaCgiFile.h"
+#include "cgi/BwaRequestLimits.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -30,15 +31,18 @@ public:
     /** Reads the variables from @a input, which must outlive this; reads nothing of the body. */
     explicit BwaCgiRequest(BwaAbstractCgiInput* input);
 
+    /** To be set before the body is processed; without, there are none. */
+    void setLimits(const BwaRequestLimits& limits) { m_limits = limits; }
     /**
      * Reads and decodes the body; at most once with success, later calls return true at once. A
      * request without CONTENT_LENGTH has no body, which is a success.
      *
-     * @return false when the body ends early or, being multipart, before its closing delimiter. The
-     * bytes read are then lost, and neither variables nor files nor body are kept.
+     * @return false when the body ends early or, being multipart, before its closing delimiter, and
+     * when it is beyond a limit. The bytes read are then lost, and neither variables nor files nor
+     * body are kept.
      */
     bool processBodyContent();
-    /** The next @a size bytes of the body at most, never beyond CONTENT_LENGTH. */
+    /** The next @a size bytes of the body at most, never beyond CONTENT_LENGTH; without limits. */
     QByteArray readFromBody(unsigned int size);
 
     /**
@@ -74,6 +78,7 @@ public:
 private:
     bool processUrlEncodedBody();
     bool processMultipartBody();
+    bool readParts();
     bool processOtherBody();
     QByteArray readWholeBody(bool* complete);
 
@@ -85,6 +90,7 @@ private:
     QByteArray m_body;
     bool m_bodyProcessed;
     unsigned int m_bodyBytesRead;
+    BwaRequestLimits m_limits;
 };
 
 #endif

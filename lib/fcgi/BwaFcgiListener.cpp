@@ -120,6 +120,7 @@ void BwaFcgiListener::newRequest(FCGX_Request* request)
         return;
     }
     wrapper->m_openRequests = m_openRequests;
+    wrapper->cgiRequest()->setLimits(m_requestLimits);
     const BwaFcgiRequest::Watch watch(wrapper);
     try {
         handOver(wrapper);

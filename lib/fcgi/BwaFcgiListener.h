@@ -4,6 +4,7 @@
 #ifndef BWAFCGILISTENER_H
 #define BWAFCGILISTENER_H
 
+#include "cgi/BwaRequestLimits.h"
 #include "fcgi/BwaFcgiListenerThread.h"
 
 #include <QMap>
@@ -47,6 +48,12 @@ public:
      */
     ~BwaFcgiListener() override;
 
+    /**
+     * What the bodies of the requests that are handed out from now on may hold; without, there are
+     * no limits. A body beyond them fails as one that ends early.
+     */
+    void setRequestLimits(const BwaRequestLimits& limits) { m_requestLimits = limits; }
+
 Q_SIGNALS:
     /** For the accepting thread only. */
     void startListening(quint16 listeningPort = 0);
@@ -85,6 +92,7 @@ private:
     BwaFcgiListenerThread m_worker;                    // lives in m_thread
     QThread m_thread;
     std::shared_ptr<BwaFcgiOpenRequests> m_openRequests;
+    BwaRequestLimits m_requestLimits;
 };
 
 #endif

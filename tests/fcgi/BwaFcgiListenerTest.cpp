@@ -105,6 +105,24 @@ TEST_F(BwaFcgiListenerServing, GivesTheServiceTheBody)
     EXPECT_EQ(reply.out, QByteArray("body"));
 }
 
+TEST_F(BwaFcgiListenerServing, GivenLimitsDoesNotTakeABodyBeyondThem)
+{
+    serve("/api", [](BwaFcgiRequest* request) {
+        const bool isTaken = request->cgiRequest()->processBodyContent();
+        request->out() << (isTaken ? "taken" : "refused");
+        delete request;
+    });
+    BwaRequestLimits limits;
+    limits.maxFormFields = 2;
+    listener().setRequestLimits(limits);
+    start();
+
+    EXPECT_EQ(replyTo({{"SCRIPT_NAME", "/api"}, {"CONTENT_LENGTH", "3"}}, "a&b").out,
+              QByteArray("taken"));
+    EXPECT_EQ(replyTo({{"SCRIPT_NAME", "/api"}, {"CONTENT_LENGTH", "5"}}, "a&b&c").out,
+              QByteArray("refused"));
+}
+
 TEST_F(BwaFcgiListenerServing, AnswersInTheOrderOfAcceptance)
 {
     QByteArray order;

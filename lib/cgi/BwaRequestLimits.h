@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAREQUESTLIMITS_H
+#define BWAREQUESTLIMITS_H
+
+/**
+ * What BwaCgiRequest::processBodyContent() takes of a body at most; 0 is no limit.
+ *
+ * A body beyond a limit fails before it costs more than reading its bytes, one that is announced
+ * too large before any is read.
+ */
+struct BwaRequestLimits {
+    unsigned int maxBodySize = 0;   // bytes, of CONTENT_LENGTH
+    unsigned int maxFormFields = 0; // of a form, files not counted
+    unsigned int maxParts = 0;      // fields and files of a multipart form
+};
+
+#endif
