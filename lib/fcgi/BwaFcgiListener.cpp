@@ -60,7 +60,7 @@ BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& s
                                  QObject* parent)
     : QObject(parent)
     , m_services(services)
-    , m_openRequests(std::make_shared<BwaFcgiOpenRequests>(mostOpenRequests()))
+    , m_openRequests(new BwaFcgiOpenRequests(mostOpenRequests()))
 {
     m_thread.setObjectName(QString::fromLatin1("BwaFcgiListener's thread"));
     m_worker.m_openRequests = m_openRequests;

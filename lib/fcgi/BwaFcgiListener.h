@@ -9,10 +9,9 @@
 
 #include <QMap>
 #include <QObject>
+#include <QSharedPointer>
 #include <QString>
 #include <QThread>
-
-#include <memory>
 
 class BwaAbstractFcgiService;
 class BwaFcgiOpenRequests;
@@ -91,7 +90,7 @@ private:
     QMap<QString, BwaAbstractFcgiService*> m_services; // not owned
     BwaFcgiListenerThread m_worker;                    // lives in m_thread
     QThread m_thread;
-    std::shared_ptr<BwaFcgiOpenRequests> m_openRequests;
+    QSharedPointer<BwaFcgiOpenRequests> m_openRequests;
     BwaRequestLimits m_requestLimits;
 };
 

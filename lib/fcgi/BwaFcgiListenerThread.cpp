@@ -87,6 +87,9 @@ void BwaFcgiListenerThread::stopListening()
         return;
     }
     m_stopRequested = true;
+    if (m_openRequests) {
+        m_openRequests->wake();
+    }
     ::shutdown(m_descriptor, SHUT_RD); // ends a blocked accept
     refuseWaitingConnections(m_descriptor);
     const int connection = connectionOf(m_awaited);
@@ -135,8 +138,8 @@ void BwaFcgiListenerThread::acceptRequests(int descriptor)
 {
     bool goesOn = true;
     while (goesOn && !m_stopRequested) {
-        if (m_openRequests && !m_openRequests->waitForRoom()) {
-            continue;
+        if (m_openRequests) {
+            m_openRequests->waitForRoom(m_stopRequested);
         }
         try {
             goesOn = acceptRequest(descriptor);

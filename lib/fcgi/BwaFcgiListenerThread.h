@@ -7,11 +7,11 @@
 #include "BwaGlobal.h"
 
 #include <QObject>
+#include <QSharedPointer>
 
 #include <fcgiapp.h>
 
 #include <atomic>
-#include <memory>
 #include <mutex>
 
 class BwaFcgiOpenRequests;
@@ -67,7 +67,7 @@ private:
     // Neither the descriptor nor the awaited request goes while stopListening() looks at them.
     std::mutex m_endMutex;
     FCGX_Request* m_awaited; // owned; null unless a request is waited for; under m_endMutex
-    std::shared_ptr<BwaFcgiOpenRequests> m_openRequests; // the listener's, or null
+    QSharedPointer<BwaFcgiOpenRequests> m_openRequests; // the listener's, or null
 };
 
 #endif

@@ -4,7 +4,6 @@
 #include "fcgi/BwaFcgiOpenRequests_p.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include <sys/resource.h>
 
@@ -14,11 +13,18 @@ BwaFcgiOpenRequests::BwaFcgiOpenRequests(std::size_t limit)
 {
 }
 
-bool BwaFcgiOpenRequests::waitForRoom()
+void BwaFcgiOpenRequests::waitForRoom(const std::atomic<bool>& stopRequested)
 {
-    const std::chrono::milliseconds moment(20);
     std::unique_lock<std::mutex> lock(m_mutex);
-    return m_room.wait_for(lock, moment, [this] { return m_count < m_limit; });
+    m_room.wait(lock, [&] { return m_count < m_limit || stopRequested; });
+}
+
+void BwaFcgiOpenRequests::wake()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex); // not between a look and the wait
+    }
+    m_room.notify_one();
 }
 
 void BwaFcgiOpenRequests::add(FCGX_Request* request)

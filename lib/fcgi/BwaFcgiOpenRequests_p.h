@@ -6,6 +6,7 @@
 
 #include <fcgiapp.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -23,8 +24,10 @@ class BwaFcgiOpenRequests
 public:
     explicit BwaFcgiOpenRequests(std::size_t limit);
 
-    /** Waits for a moment until fewer than the limit are open; false when it was in vain. */
-    bool waitForRoom();
+    /** Waits until fewer than the limit are open, or until wake() when @a stopRequested is set. */
+    void waitForRoom(const std::atomic<bool>& stopRequested);
+    /** Makes waitForRoom() look at its flag again. */
+    void wake();
     /** Opens @a request, which nobody has taken yet. */
     void add(FCGX_Request* request);
     /** Gives @a request, still open, to the caller; one that nobody has added is opened. */

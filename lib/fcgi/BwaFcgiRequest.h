@@ -10,6 +10,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QPair>
+#include <QSharedPointer>
 #include <QString>
 #include <QVector>
 
@@ -200,10 +201,10 @@ private:
     // Unbuffered, so that they touch nothing when they are destroyed after the finish.
     ReplyBuffer m_outBuffer;
     fcgi_streambuf m_errBuffer;
-    std::ostream m_out;                                  // writes to m_outBuffer
-    std::ostream m_err;                                  // writes to m_errBuffer
-    Watch* m_watch;                                      // not owned; the innermost, or null
-    std::shared_ptr<BwaFcgiOpenRequests> m_openRequests; // counts this until the finish; or null
+    std::ostream m_out;                                 // writes to m_outBuffer
+    std::ostream m_err;                                 // writes to m_errBuffer
+    Watch* m_watch;                                     // not owned; the innermost, or null
+    QSharedPointer<BwaFcgiOpenRequests> m_openRequests; // counts this until the finish; or null
 };
 
 /** The CGI variables and the body of a FastCGI request. */
