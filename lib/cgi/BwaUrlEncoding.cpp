@@ -173,7 +173,12 @@ private:
 
 QString urlDecoded(const QString& text)
 {
-    return Reader<QChar>(text.constBegin(), text.constEnd()).take(plain);
+    if (text.isEmpty()) {
+        return QString();
+    }
+    const bool isEncoded = text.contains(QLatin1Char('%')) || text.contains(QLatin1Char('+'));
+    return isEncoded ? decoded(text.constBegin(), text.constEnd())
+                     : textBetween(text.constBegin(), text.constEnd());
 }
 
 QMultiHash<QString, QString> urlEncodedVariables(const QString& text)
