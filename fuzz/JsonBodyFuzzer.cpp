@@ -68,20 +68,20 @@ int keptMembers(const QVariant& value)
     return members;
 }
 
+// Of several members of the same name Qt takes any, and loses memory.
 void expectQtAgrees(const QByteArray& text, const QVariant& value)
 {
+    if (writtenMembers(text) != keptMembers(value)) {
+        return;
+    }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson("[" + text + "]", &error);
     const std::string expected = description(withDoubles(QVariantList() << value));
     const bool isBeyondQt = error.error == QJsonParseError::IllegalNumber || // an underflow
         error.error == QJsonParseError::DeepNesting ||
         expected.find("\xEF\xBB\xBF") != std::string::npos; // taken for a byte order mark
-    if (isBeyondQt) {
-        return;
-    }
-    ASSERT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString();
-    // Which one of several members of the same name Qt takes depends on how many there are.
-    if (writtenMembers(text) == keptMembers(value)) {
+    if (!isBeyondQt) {
+        ASSERT_EQ(error.error, QJsonParseError::NoError) << error.errorString().toStdString();
         EXPECT_EQ(description(withDoubles(document.toVariant())), expected);
     }
 }
