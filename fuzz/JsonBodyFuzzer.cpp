@@ -97,17 +97,24 @@ void expectFormsAgree(const JsonExtractor<Target>& extractor, const QVariant& va
 void extractAll(const QVariant& value)
 {
     expectFormsAgree(integerExtractor<unsigned char>, value);
+    expectFormsAgree(integerExtractor<signed char>, value);
+    expectFormsAgree(integerExtractor<unsigned short>, value);
     expectFormsAgree(integerExtractor<short>, value);
     expectFormsAgree(integerExtractor<unsigned int>, value);
-    expectFormsAgree(integerExtractor<long long>, value);
+    expectFormsAgree(integerExtractor<int>, value);
     expectFormsAgree(integerExtractor<unsigned long long>, value);
+    expectFormsAgree(integerExtractor<long long>, value);
+    expectFormsAgree(integerExtractor<float>, value);
     expectFormsAgree(integerExtractor<double>, value);
+    expectFormsAgree(integerExtractor<long double>, value);
     expectFormsAgree(realNumberExtractor<float>, value);
     expectFormsAgree(realNumberExtractor<double>, value);
+    expectFormsAgree(realNumberExtractor<long double>, value);
     expectFormsAgree(booleanExtractor, value);
     expectFormsAgree(base64Extractor, value);
     expectFormsAgree(hexExtractor, value);
     expectFormsAgree(listExtractor, value);
+    expectFormsAgree(stringExtractor, value);
     expectFormsAgree(objectExtractor, value);
 }
 
