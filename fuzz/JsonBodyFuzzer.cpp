@@ -118,9 +118,19 @@ void extractAll(const QVariant& value)
     expectFormsAgree(objectExtractor, value);
 }
 
+void expectMembersFound(const QVariantMap& object)
+{
+    for (auto member = object.constBegin(); member != object.constEnd(); ++member) {
+        EXPECT_EQ(description(BwaJsonUtilities::fieldValue(object, member.key())),
+                  description(member.value()));
+        EXPECT_EQ(BwaJsonUtilities::isNullValue(object, member.key()), !member.value().isValid());
+    }
+}
+
 void extractAllWithin(const QVariant& value, int depth)
 {
     extractAll(value);
+    expectMembersFound(value.toMap());
     if (depth == deepestExtraction) {
         return;
     }
