@@ -5,8 +5,9 @@
 # built against CMAKE_SYSROOT, a copy of the device's file system, and tests run in the emulator.
 
 set(CMAKE_SYSTEM_NAME Linux)
-set(CMAKE_C_COMPILER ${bwa_triplet}-gcc)
-set(CMAKE_CXX_COMPILER ${bwa_triplet}-g++)
+if(NOT CMAKE_CXX_COMPILER)
+    set(CMAKE_CXX_COMPILER ${bwa_triplet}-g++)
+endif()
 set(CMAKE_LIBRARY_ARCHITECTURE ${bwa_triplet})
 
 if(NOT CMAKE_SYSROOT)
