@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "Accounts.h"
+#include "AssetProcessor.h"
 #include "ClientProcessor.h"
+#include "CountingService.h"
 #include "Database.h"
 #include "EchoProcessor.h"
 #include "FailingProcessor.h"
@@ -14,15 +16,19 @@
 #include "PageProcessor.h"
 #include "SessionIdentifier.h"
 #include "SessionProcessor.h"
+#include "Statistics.h"
+#include "StatisticsProcessor.h"
 #include "StopSignals.h"
 #include "UploadProcessor.h"
 #include "fcgi/BwaFcgiListener.h"
 #include "services/BwaDispatcherFcgiService.h"
 #include "services/BwaStandardFcgiService.h"
+#include "services/BwaStandardProcessableDispatcherFcgiService.h"
 #include "sessions/BwaWebSessionManager.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QElapsedTimer>
 
 #include <iostream>
 #include <stdexcept>
@@ -88,6 +94,24 @@ void addOpenServices(BwaDispatcherFcgiService& root, const QString& files)
     add("failure", new FailingProcessor(nullptr));
 }
 
+// The web page, and below it what it consists of.
+BwaAbstractFcgiService* newPageService()
+{
+    const auto newAsset = [](const char* fileName, const char* contentType) {
+        return new AssetProcessor(QString::fromLatin1(fileName), QString::fromLatin1(contentType));
+    };
+    auto* page = new BwaStandardProcessableDispatcherFcgiService(
+        newAsset("page.html", "text/html; charset=utf-8"));
+    page->addService(QStringLiteral("page.css"),
+                     new BwaStandardFcgiService(newAsset("page.css", "text/css; charset=utf-8")));
+    page->addService(
+        QStringLiteral("page.js"),
+        new BwaStandardFcgiService(newAsset("page.js", "text/javascript; charset=utf-8")));
+    page->addService(QStringLiteral("icon.svg"),
+                     new BwaStandardFcgiService(newAsset("icon.svg", "image/svg+xml")));
+    return page;
+}
+
 int serve(QCoreApplication& application, const Options& options)
 {
     StopSignals stopSignals;
@@ -107,7 +131,16 @@ int serve(QCoreApplication& application, const Options& options)
                                                                     &accounts, options.lifetimes)));
     root.addService(QStringLiteral("notes"), new NotesService(&identifier, &notes));
 
-    BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
+    root.addService(QStringLiteral("app"), newPageService());
+
+    QElapsedTimer clock;
+    clock.start();
+    Statistics statistics;
+    root.addService(QStringLiteral("statistics"),
+                    new BwaStandardFcgiService(new StatisticsProcessor(&statistics, &clock)));
+    CountingService counting(&root, &statistics, &clock);
+
+    BwaFcgiListener listener({{QStringLiteral("/api"), &counting}});
     QObject::connect(&listener, &BwaFcgiListener::listeningError, &application, [&options] {
         std::cerr << "cannot listen on "
                   << (options.socket.isNull() ? "descriptor 0" : qPrintable(options.socket))
