@@ -25,7 +25,9 @@ public:
 
     /** The name that the client gave; never to be used as a path. */
     QString fileName() const { return m_fileName; }
+    /** As the client sent it, or "text/plain"; never empty. */
     QString contentType() const { return m_contentType; }
+    /** The content, byte for byte. */
     QByteArray data() const { return m_data; }
 
 private:

@@ -58,8 +58,11 @@ public:
     bool processPartHeader(const QByteArray& header, QString& name, QString& filename,
                            QString& contentType) const;
 
+    /** The request that is read; not owned, may be null. */
     BwaCgiRequest* request() const { return m_request; }
+    /** What stands between two parts: "--" and the boundary, with the line ends around. */
     QByteArray delimiter() const { return m_delimiter; }
+    /** What ends the last part. */
     QByteArray closeDelimiter() const { return m_closeDelimiter; }
     /** The bytes taken from the body and not yet consumed. */
     QByteArray lookahead() const { return m_lookahead.mid(m_consumed); }
@@ -112,7 +115,9 @@ public:
     bool loadInternalBuffer();
 
 protected:
+    /** Reads @a n bytes at most, fewer at the end of the part. */
     std::streamsize xsgetn(char* s, std::streamsize n) override;
+    /** The next byte, or the end-of-file value at the end of the part. */
     int_type underflow() override;
 
 private:

@@ -64,9 +64,13 @@ public:
      */
     static QList<QPair<QString, QHash<QString, QString>>> parseGenericHeader(const QString& text);
 
+    /** Where variables and body come from; not owned. */
     BwaAbstractCgiInput* input() const { return m_input; }
+    /** The CGI variables. */
     const BwaCgiEnvironment& environment() const { return m_environment; }
+    /** The variables of the query string. */
     QMultiHash<QString, QString> queryVariables() const { return m_queryVariables; }
+    /** The fields of a form, but for its files; empty before processBodyContent(). */
     QMultiHash<QString, QString> formVariables() const { return m_formVariables; }
     /** By field name; of two files in the same field the last one counts. */
     QHash<QString, BwaCgiFile> files() const { return m_files; }

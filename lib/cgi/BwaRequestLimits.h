@@ -11,9 +11,9 @@
  * too large before any is read.
  */
 struct BwaRequestLimits {
-    unsigned int maxBodySize = 0;   // bytes, of CONTENT_LENGTH
-    unsigned int maxFormFields = 0; // of a form, files not counted
-    unsigned int maxParts = 0;      // fields and files of a multipart form
+    unsigned int maxBodySize = 0;   /**< Bytes, of CONTENT_LENGTH. */
+    unsigned int maxFormFields = 0; /**< Of a form, files not counted. */
+    unsigned int maxParts = 0;      /**< Fields and files of a multipart form. */
 };
 
 #endif

@@ -35,8 +35,8 @@ class BWA_EXPORT BwaFcgiListener : public QObject
 
 public:
     /**
-     * @param services the root service of each script name (SCRIPT_NAME, compared exactly); not
-     *        owned, they must outlive the listener
+     * Listens nowhere yet. @a services holds the root service of each script name (SCRIPT_NAME,
+     * compared exactly); they are not owned and must outlive the listener.
      */
     explicit BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& services,
                              QObject* parent = nullptr);

@@ -26,6 +26,7 @@ class BWA_EXPORT BwaFcgiListenerThread : public QObject
     Q_OBJECT
 
 public:
+    /** Does not listen yet. Without a @a parent it can be moved to its thread. */
     explicit BwaFcgiListenerThread(QObject* parent = nullptr);
     ~BwaFcgiListenerThread() override;
 

@@ -109,8 +109,11 @@ public:
     /** The script name and, right behind it, the path info. */
     QString fullPath() const;
 
+    /** The request of libfcgi; owned by this, null once finished. */
     FCGX_Request* fcgxRequest() { return m_request; }
+    /** Where variables and body come from; owned by this. */
     BwaFcgiInput* input() { return m_input.get(); }
+    /** What was asked; owned by this. */
     BwaCgiRequest* cgiRequest() { return m_cgiRequest.get(); }
     /** The reply: a header block, then the body. */
     std::ostream& out() { return m_out; }

@@ -12,6 +12,7 @@
 class BWA_EXPORT BwaAbstractHtmlTag : public BwaAbstractCgiStreamableElement
 {
 public:
+    /** A tag of that name, which is not checked. */
     explicit BwaAbstractHtmlTag(const QString& tagName);
     ~BwaAbstractHtmlTag() override;
 

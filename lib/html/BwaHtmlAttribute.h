@@ -14,6 +14,7 @@ class BWA_EXPORT BwaHtmlAttribute : public BwaAbstractCgiStreamableElement
 public:
     /** A boolean attribute in the XHTML form: its value is its name. */
     explicit BwaHtmlAttribute(const QString& name);
+    /** An attribute with a value, which may be empty. */
     BwaHtmlAttribute(const QString& name, const QString& value);
     ~BwaHtmlAttribute() override;
 
@@ -23,7 +24,9 @@ public:
     /** Writes name="value", also for an empty value. */
     void render(std::ostream& stream) const override;
 
+    /** Written as it stands. */
     QString name() const { return m_name; }
+    /** Written as it stands, between quotes. */
     QString value() const { return m_value; }
 
 private:

@@ -12,6 +12,7 @@
 class BWA_EXPORT BwaHtmlAttributeList : public BwaAbstractCgiStreamableElement
 {
 public:
+    /** A list without attributes. */
     BwaHtmlAttributeList();
     /** Not explicit: one attribute may stand where a list is asked for. */
     BwaHtmlAttributeList(const BwaHtmlAttribute& attribute);
@@ -28,7 +29,9 @@ public:
     /** Appends an attribute. Settled: a name that is there already is kept as well. */
     BwaHtmlAttributeList& set(const QString& name, const QString& value);
 
+    /** The attributes in the order of their addition. */
     QList<BwaHtmlAttribute> attributes() const { return m_attributes; }
+    /** There are no attributes. */
     bool isEmpty() const { return m_attributes.isEmpty(); }
 
 private:

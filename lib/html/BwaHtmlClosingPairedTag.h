@@ -10,6 +10,7 @@
 class BWA_EXPORT BwaHtmlClosingPairedTag : public BwaAbstractHtmlTag
 {
 public:
+    /** The end of an element of that name. */
     explicit BwaHtmlClosingPairedTag(const QString& tagName);
     ~BwaHtmlClosingPairedTag() override;
 

@@ -12,12 +12,14 @@
 class BWA_EXPORT BwaHtmlComment : public BwaAbstractHtmlNode
 {
 public:
+    /** A comment of that text, without its marks. */
     explicit BwaHtmlComment(const QString& text);
     ~BwaHtmlComment() override;
 
     void render(std::ostream& stream) const override;
     BwaAbstractHtmlNode* clone() const override;
 
+    /** The text without the marks of a comment. */
     QString text() const { return m_text; }
 
 private:

@@ -10,6 +10,7 @@
 class BWA_EXPORT BwaHtmlDoctype : public BwaAbstractCgiStreamableElement
 {
 public:
+    /** The declarations that can be written. */
     enum DocumentType : int {
         Html401Strict,
         Html401Transitional,
@@ -21,12 +22,14 @@ public:
         Html5
     };
 
+    /** The declaration of that type. */
     explicit BwaHtmlDoctype(DocumentType documentType);
     ~BwaHtmlDoctype() override;
 
     /** Writes the declaration without a line end; nothing for a value that is no member. */
     void render(std::ostream& stream) const override;
 
+    /** The type that is declared. */
     DocumentType documentType() const { return m_documentType; }
 
 private:

@@ -15,14 +15,18 @@ class BWA_EXPORT BwaHtmlElement : public BwaAbstractHtmlNode
     Q_DISABLE_COPY(BwaHtmlElement)
 
 public:
+    /** An element without attributes and children. */
     explicit BwaHtmlElement(const QString& tagName);
+    /** An element without children. */
     BwaHtmlElement(const QString& tagName, const BwaHtmlAttributeList& attributes);
     /** The children are clones of those of @a children. */
     BwaHtmlElement(const QString& tagName, const BwaHtmlNodeList& children);
     /** One child: a text node, also for an empty @a text. */
     BwaHtmlElement(const QString& tagName, const QString& text);
+    /** The children are clones of those of @a children. */
     BwaHtmlElement(const QString& tagName, const BwaHtmlAttributeList& attributes,
                    const BwaHtmlNodeList& children);
+    /** One child: a text node, also for an empty @a text. */
     BwaHtmlElement(const QString& tagName, const BwaHtmlAttributeList& attributes,
                    const QString& text);
     ~BwaHtmlElement() override;
@@ -46,8 +50,11 @@ public:
     /** Appends a text node. */
     BwaHtmlElement& append(const QString& text);
 
+    /** Written as it stands, in the case given. */
     QString tagName() const { return m_tagName; }
+    /** The attributes in the order of their addition. */
     BwaHtmlAttributeList attributes() const { return m_attributes; }
+    /** The children, which the element owns. */
     const BwaHtmlNodeList& children() const { return m_children; }
 
 private:

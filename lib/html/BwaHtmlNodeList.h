@@ -17,9 +17,11 @@
 class BWA_EXPORT BwaHtmlNodeList : public BwaAbstractCgiStreamableElement
 {
 public:
+    /** A list without nodes. */
     BwaHtmlNodeList();
     /** Holds a clone of @a node. Not explicit: one node may stand where a list is asked for. */
     BwaHtmlNodeList(const BwaAbstractHtmlNode& node);
+    /** Holds clones of the nodes of @a other. */
     BwaHtmlNodeList(const BwaHtmlNodeList& other);
     ~BwaHtmlNodeList() override;
 
@@ -33,7 +35,9 @@ public:
     /** Appends @a node itself and takes it over; it must be on the heap and not null. */
     BwaHtmlNodeList& append(BwaAbstractHtmlNode* node);
 
+    /** The nodes in their order; they stay owned by the list. */
     QList<BwaAbstractHtmlNode*> nodes() const { return m_nodes; }
+    /** There are no nodes. */
     bool isEmpty() const { return m_nodes.isEmpty(); }
 
 private:

@@ -12,12 +12,14 @@
 class BWA_EXPORT BwaHtmlTextNode : public BwaAbstractHtmlNode
 {
 public:
+    /** A node of that text, which is not escaped. */
     explicit BwaHtmlTextNode(const QString& text);
     ~BwaHtmlTextNode() override;
 
     void render(std::ostream& stream) const override;
     BwaAbstractHtmlNode* clone() const override;
 
+    /** The text as it was given. */
     QString text() const { return m_text; }
 
 private:

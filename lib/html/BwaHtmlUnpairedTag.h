@@ -11,7 +11,9 @@
 class BWA_EXPORT BwaHtmlUnpairedTag : public BwaAbstractHtmlTag
 {
 public:
+    /** A tag without attributes. */
     explicit BwaHtmlUnpairedTag(const QString& tagName);
+    /** A tag with attributes, written in their order. */
     BwaHtmlUnpairedTag(const QString& tagName, const BwaHtmlAttributeList& attributes);
     ~BwaHtmlUnpairedTag() override;
 
@@ -20,6 +22,7 @@ public:
 
     void render(std::ostream& stream) const override;
 
+    /** The attributes in the order of their addition. */
     BwaHtmlAttributeList attributes() const { return m_attributes; }
 
 private:

@@ -17,6 +17,7 @@ public:
     void render(std::ostream& stream) const override;
     ~BwaHttp201StatusHeader() override;
 
+    /** Where the new thing is found; null when none is written. */
     QString location() const { return m_location; }
 
 private:

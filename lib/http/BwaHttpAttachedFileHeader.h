@@ -16,6 +16,7 @@ public:
     void render(std::ostream& stream) const override;
     ~BwaHttpAttachedFileHeader() override;
 
+    /** The name offered to the client, without quotes. */
     QString fileName() const { return m_fileName; }
 
 private:

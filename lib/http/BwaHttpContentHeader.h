@@ -12,6 +12,7 @@
 class BWA_EXPORT BwaHttpContentHeader : public virtual BwaAbstractHttpHeader
 {
 public:
+    /** @a contentType is the whole value, parameters included. */
     explicit BwaHttpContentHeader(const QString& contentType);
 
     void render(std::ostream& stream) const override;

@@ -21,6 +21,7 @@ public:
     BwaHttpCookie();
     /** A session cookie: no lifetime, domain or path, neither secure nor httpOnly. */
     BwaHttpCookie(const QString& name, const QString& value);
+    /** A cookie with all its attributes, not expired; @a maxAge in seconds. */
     BwaHttpCookie(const QString& name, const QString& value, unsigned int maxAge,
                   const QString& domain, const QString& path, bool secure, bool httpOnly);
     ~BwaHttpCookie() override;
@@ -31,14 +32,14 @@ public:
     /** Writes the "Set-Cookie:" line without its line end. */
     void render(std::ostream& stream) const override;
 
-    QString name;
-    QString value;
+    QString name;        /**< Written as it stands. */
+    QString value;       /**< Written as it stands. */
     unsigned int maxAge; /**< Lifetime in seconds; 0 writes no lifetime. */
     QString domain;      /**< Null writes no domain; an empty text writes an empty one. */
     QString path;        /**< Null writes no path; an empty text writes an empty one. */
-    bool secure;
-    bool httpOnly;
-    bool expired; /**< Makes the client delete the cookie; maxAge is then not written. */
+    bool secure;         /**< For encrypted connections only. */
+    bool httpOnly;       /**< Out of reach of scripts. */
+    bool expired;        /**< Makes the client delete the cookie; maxAge is then not written. */
 };
 
 #endif

@@ -13,6 +13,7 @@
 class BWA_EXPORT BwaHttpReplyHeader : public BwaAbstractHttpHeader
 {
 public:
+    /** @a protocol is for example "HTTP/1.1"; nothing is checked. */
     BwaHttpReplyHeader(const QString& protocol, unsigned short statusCode,
                        const QString& reasonPhrase);
     ~BwaHttpReplyHeader() override;
@@ -22,8 +23,11 @@ public:
     /** Adds a line; earlier lines of the same name stay. */
     void addHeader(const QString& name, const QString& value);
 
+    /** The protocol of the status line. */
     QString protocol() const { return m_protocol; }
+    /** The code of the status line. */
     unsigned short statusCode() const { return m_statusCode; }
+    /** The text behind the code. */
     QString reasonPhrase() const { return m_reasonPhrase; }
     /** The added lines, without line ends, in the order of their addition. */
     QStringList headerLines() const { return m_headerLines; }

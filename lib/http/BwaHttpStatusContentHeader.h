@@ -13,6 +13,7 @@ class BWA_EXPORT BwaHttpStatusContentHeader
     , public BwaHttpContentHeader
 {
 public:
+    /** @a contentType is the whole value, parameters included. */
     BwaHttpStatusContentHeader(unsigned short statusCode, const QString& reasonPhrase,
                                const QString& contentType);
 

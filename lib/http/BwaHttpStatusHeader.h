@@ -12,12 +12,15 @@
 class BWA_EXPORT BwaHttpStatusHeader : public virtual BwaAbstractHttpHeader
 {
 public:
+    /** A header block of any status; neither code nor phrase is checked. */
     BwaHttpStatusHeader(unsigned short statusCode, const QString& reasonPhrase);
 
     void render(std::ostream& stream) const override;
     ~BwaHttpStatusHeader() override;
 
+    /** The code of the status line. */
     unsigned short statusCode() const { return m_statusCode; }
+    /** The text behind the code. */
     QString reasonPhrase() const { return m_reasonPhrase; }
 
 protected:

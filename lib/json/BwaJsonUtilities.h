@@ -36,7 +36,7 @@ public:
     /** The member is there and null. */
     static bool isNullValue(const QVariantMap& object, const QString& key);
 
-    // A number that is written without fraction and exponent.
+    /** A number that is written without fraction and exponent. @{ */
     BWA_JSON_EXTRACTOR(integerValue, unsigned char)
     BWA_JSON_EXTRACTOR(integerValue, signed char)
     BWA_JSON_EXTRACTOR(integerValue, unsigned short)
@@ -48,20 +48,35 @@ public:
     BWA_JSON_EXTRACTOR(integerValue, float)
     BWA_JSON_EXTRACTOR(integerValue, double)
     BWA_JSON_EXTRACTOR(integerValue, long double)
+    /** @} */
 
-    // Any number. For a float, one beyond the largest finite float is out of range.
+    /** Any number. For a float, one beyond the largest finite float is out of range. @{ */
     BWA_JSON_EXTRACTOR(realNumberValue, float)
     BWA_JSON_EXTRACTOR(realNumberValue, double)
     BWA_JSON_EXTRACTOR(realNumberValue, long double)
+    /** @} */
 
+    /** True or false. @{ */
     BWA_JSON_EXTRACTOR(booleanValue, bool)
+    /** @} */
+    /** A string, completely decoded; it may hold U+0000. @{ */
     BWA_JSON_EXTRACTOR(stringValue, QString)
-    // A string of padded base64 (RFC 4648, section 4), without line breaks or blanks; may be empty.
+    /** @} */
+    /**
+     * A string of padded base64 (RFC 4648, section 4), without line breaks or blanks; may be empty.
+     * @{
+     */
     BWA_JSON_EXTRACTOR(base64EncodedByteArrayValue, QByteArray)
-    // A string of an even number of hexadecimal digits of either case; may be empty.
+    /** @} */
+    /** A string of an even number of hexadecimal digits of either case; may be empty. @{ */
     BWA_JSON_EXTRACTOR(hexEncodedByteArrayValue, QByteArray)
+    /** @} */
+    /** An array. @{ */
     BWA_JSON_EXTRACTOR(listValue, QVariantList)
+    /** @} */
+    /** An object. @{ */
     BWA_JSON_EXTRACTOR(objectValue, QVariantMap)
+    /** @} */
 };
 
 #undef BWA_JSON_EXTRACTOR

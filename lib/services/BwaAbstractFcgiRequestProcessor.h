@@ -33,7 +33,7 @@ public:
      * with 415, a body that ends early with 400; both are logged. A text that is no JSON is neither
      * answered nor logged: the caller does that. The request stays the caller's in every case.
      *
-     * @param ok may be null; false when there is no value, which is then invalid
+     * @a ok, which may be null, becomes false when there is no value; the result is then invalid.
      */
     static QVariant parseJsonContent(BwaFcgiRequest* request, bool* ok = nullptr);
 

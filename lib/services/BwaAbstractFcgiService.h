@@ -18,6 +18,7 @@ class BWA_EXPORT BwaAbstractFcgiService : public QObject
     Q_OBJECT
 
 public:
+    /** A root service until a dispatcher adopts it. */
     explicit BwaAbstractFcgiService(QObject* parent = nullptr);
     ~BwaAbstractFcgiService() override;
 

@@ -23,6 +23,7 @@ class BWA_EXPORT BwaDispatcherFcgiService : public BwaAbstractFcgiService
     Q_OBJECT
 
 public:
+    /** A dispatcher without children. */
     explicit BwaDispatcherFcgiService(QObject* parent = nullptr);
     ~BwaDispatcherFcgiService() override;
 

@@ -25,12 +25,17 @@ public:
 
     void processRequest(BwaFcgiRequest* request) override;
 
+    /** What authenticateRequest() asks; not owned, may be null. */
     BwaAbstractFcgiSessionIdentifier* sessionIdentifier() const { return m_sessionIdentifier; }
 
 protected:
+    /** A "GET" request. */
     virtual void processGetMethod(BwaFcgiRequest* request);
+    /** A "POST" request. */
     virtual void processPostMethod(BwaFcgiRequest* request);
+    /** A "PUT" request. */
     virtual void processPutMethod(BwaFcgiRequest* request);
+    /** A "DELETE" request. */
     virtual void processDeleteMethod(BwaFcgiRequest* request);
     /** Any other method, "HEAD" and "get" included. */
     virtual void processOtherMethod(BwaFcgiRequest* request, const QString& method);

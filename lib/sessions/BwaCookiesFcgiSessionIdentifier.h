@@ -23,8 +23,11 @@ public:
     /** Of cookies with the same name, the last before both names have been seen counts. */
     BwaWebSession* session(BwaFcgiRequest* request) override;
 
+    /** Where sessions are looked up; not owned. */
     const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
+    /** The name of the cookie with the session's id. */
     QString sessionIdCookieName() const { return m_sessionIdCookieName; }
+    /** The name of the cookie with the token. */
     QString tokenCookieName() const { return m_tokenCookieName; }
 
 private:

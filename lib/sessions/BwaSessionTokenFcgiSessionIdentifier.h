@@ -27,7 +27,9 @@ public:
     BwaWebSession* session(BwaFcgiRequest* request) override;
     void sendUnauthorizedReply(BwaFcgiRequest* request) override;
 
+    /** Where sessions are looked up; not owned. */
     const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
+    /** The realm of the challenge. */
     QString realm() const { return m_realm; }
 
 private:

@@ -27,8 +27,8 @@ public:
     /**
      * A session with an id and a token of its own, both 122 random bits of the system's generator.
      *
-     * @param tokenLifetime milliseconds until a token expires; negative: never
-     * @param removalDelay milliseconds from then to the removal; negative: never
+     * @a tokenLifetime is the milliseconds until a token expires, @a removalDelay those from then
+     * to the removal; negative: never.
      */
     BwaWebSession(const QString& username, int tokenLifetime, int removalDelay,
                   QObject* parent = nullptr);
@@ -40,12 +40,17 @@ public:
     /** Expires the token if it is valid, replaces it, and calls a due removal off. */
     QUuid generateNewToken();
 
+    /** Never changes. */
     QUuid sessionId() const { return m_sessionId; }
+    /** The current token, expired or not. */
     QUuid token() const { return m_token; }
+    /** Whose session it is, as given when it was made. */
     QString username() const { return m_username; }
+    /** The token is no longer to be accepted; generateNewToken() renews it. */
     bool isTokenExpired() const { return m_tokenExpired; }
 
 Q_SIGNALS:
+    /** The session ends: it still exists, and is deleted from the event loop. */
     void aboutToRemove();
     /** The token has expired, or is about to be replaced while valid. */
     void tokenExpired();

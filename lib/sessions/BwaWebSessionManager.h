@@ -25,6 +25,7 @@ class BWA_EXPORT BwaWebSessionManager : public QObject
     Q_OBJECT
 
 public:
+    /** A manager without sessions. */
     explicit BwaWebSessionManager(QObject* parent = nullptr);
     ~BwaWebSessionManager() override;
 
@@ -42,9 +43,11 @@ public:
     BwaWebSession* findSession(const QUuid& sessionId) const { return m_sessions.value(sessionId); }
 
 Q_SIGNALS:
+    /** The session can be found from now on. */
     void sessionCreated(QUuid sessionId);
     /** The session is no longer found, but still exists. */
     void aboutToRemove(QUuid sessionId);
+    /** The token of the session has expired, or is about to be replaced while valid. */
     void tokenExpired(QUuid sessionId);
 
 public Q_SLOTS:
