@@ -84,6 +84,9 @@ async function deleteNote(title) {
 
 const said = (text) => page.getByRole("status").getByText(text, { exact: true }).waitFor();
 
+const tokenCookie = async () =>
+  (await page.context().cookies()).find((cookie) => cookie.name === "showcase-token").value;
+
 const focused = () => page.evaluate(() => document.activeElement.ariaLabel ?? document.activeElement.id);
 
 const overflow = () =>
@@ -173,6 +176,18 @@ test("WhenTheSessionEndsAsksForALogin", async () => {
   assert.equal(await page.locator("#notes").isVisible(), false);
 });
 
+test("WhenHalfOfItsLifetimeIsOverRenewsTheToken", async () => {
+  await page.clock.install();
+  await logIn();
+  const renewal = page.waitForResponse((reply) => reply.request().method() === "PUT");
+  const token = await tokenCookie();
+
+  await page.clock.fastForward("05:00");
+
+  assert.equal((await renewal).status(), 200);
+  assert.notEqual(await tokenCookie(), token);
+});
+
 test("GivenMarkupInANoteShowsItAsText", async () => {
   const markup = `<img src="x" onerror="alert(1)"> & "tea"`;
   await logIn();
@@ -230,6 +245,44 @@ test("WhenAFileIsUploadedTheBarGrowsAndTheDigestIsShown", async () => {
     await page.locator("#upload-digest").textContent(),
     "35bce4eae54ec8e6cc2868baa8d157914d6ae2858811b4cc0c078c94460fa26f",
   );
+});
+
+test("GivenAFileThatIsTooLargeSaysSo", async () => {
+  await page.getByLabel("File").setInputFiles({
+    name: "zeros.bin",
+    mimeType: "application/octet-stream",
+    buffer: Buffer.alloc(17000000),
+  });
+  await page.getByRole("button", { name: "Upload" }).click();
+
+  await said("This is more than the server takes.");
+  assert.equal(await page.locator("#upload-result").isVisible(), false);
+});
+
+test("GivenNoServerSaysSo", async () => {
+  await logIn();
+  await page.context().setOffline(true);
+
+  await page.getByLabel("Title").fill("Lost");
+  await page.keyboard.press("Enter");
+
+  await said("The server cannot be reached.");
+  assert.equal(await page.getByLabel("Title").inputValue(), "Lost");
+  await page.locator("#chart-summary").getByText("The server cannot be reached.").waitFor();
+  complaints = complaints.filter((complaint) => !/ERR_INTERNET_DISCONNECTED/.test(complaint));
+});
+
+test("GivenNoServerAnUploadEndsWithAMessage", async () => {
+  await page.context().setOffline(true);
+  await page.getByLabel("File").setInputFiles({
+    name: "a.txt",
+    mimeType: "text/plain",
+    buffer: Buffer.from("a"),
+  });
+  await page.getByRole("button", { name: "Upload" }).click();
+
+  await said("The upload was cut off.");
+  complaints = complaints.filter((complaint) => !/ERR_INTERNET_DISCONNECTED/.test(complaint));
 });
 
 test("WhenRequestsAreMadeTheChartCountsThem", async () => {
