@@ -1,0 +1,324 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiListener.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "http/BwaHttp201StatusJsonHeader.h"
+#include "http/BwaHttp204StatusHeader.h"
+#include "http/BwaHttpJsonHeader.h"
+#include "json/BwaJsonUtilities.h"
+#include "services/BwaDispatcherFcgiService.h"
+#include "services/BwaStandardFcgiRequestProcessor.h"
+#include "services/BwaStandardFcgiService.h"
+#include "services/BwaStandardProcessableDispatcherFcgiService.h"
+#include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
+#include "sessions/BwaWebSession.h"
+#include "sessions/BwaWebSessionManager.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMap>
+
+#include <cstdio>
+
+namespace {
+
+struct Task {
+    int id;
+    QString title;
+    bool isDone;
+};
+
+QJsonObject toJson(const Task& task)
+{
+    return {{QStringLiteral("id"), task.id},
+            {QStringLiteral("title"), task.title},
+            {QStringLiteral("done"), task.isDone}};
+}
+
+void writeJson(BwaFcgiRequest* request, const QJsonDocument& json)
+{
+    request->out() << json.toJson(QJsonDocument::Compact).constData() << '\n';
+}
+
+void sendJson(BwaFcgiRequest* request, const QJsonDocument& json)
+{
+    request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"));
+    writeJson(request, json);
+}
+
+// Reads a JSON object from the body; when there is none, answers and returns false.
+bool readObject(BwaFcgiRequest* request, QVariantMap& object)
+{
+    const BwaCgiRequest* asked = request->cgiRequest();
+    if (asked->environment().contentLength() == 0) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return false;
+    }
+    bool isJson = false;
+    object = BwaStandardFcgiRequestProcessor::parseJsonContent(request, &isJson).toMap();
+    if (!isJson && !asked->body().isEmpty()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON
+    } // another media type, or a body that ended early, has been answered
+    return isJson;
+}
+
+// For the tutorial only: a real application keeps salted hashes.
+bool isPasswordRight(const QString& user, const QString& password)
+{
+    return user == QLatin1String("ann") && password == QLatin1String("tea and biscuits");
+}
+
+} // namespace
+
+//! [service]
+// The list, and below it a service for each task, named by its id.
+class TasksService : public BwaStandardProcessableDispatcherFcgiService
+{
+public:
+    explicit TasksService(BwaAbstractFcgiSessionIdentifier* identifier);
+
+    const QMap<int, Task>& tasks() const { return m_tasks; }
+    Task& task(int id) { return m_tasks[id]; }
+    const Task& add(const QString& title);
+    void remove(int id);
+
+private:
+    BwaAbstractFcgiSessionIdentifier* m_identifier; // not owned
+    QMap<int, Task> m_tasks;
+    int m_lastId;
+};
+//! [service]
+
+// Answers for the list.
+class TasksProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    TasksProcessor(BwaAbstractFcgiSessionIdentifier* identifier, TasksService* service)
+        : BwaStandardFcgiRequestProcessor(identifier)
+        , m_service(service)
+    {
+    }
+
+protected:
+    //! [hooks]
+    void processGetMethod(BwaFcgiRequest* request) override
+    {
+        if (authenticateRequest(request)) {
+            list(request);
+        }
+        delete request;
+    }
+
+    void processPostMethod(BwaFcgiRequest* request) override
+    {
+        if (authenticateRequest(request)) {
+            add(request);
+        }
+        delete request;
+    }
+    //! [hooks]
+
+private:
+    void list(BwaFcgiRequest* request) const
+    {
+        QJsonArray tasks;
+        for (const Task& task : m_service->tasks()) {
+            tasks.append(toJson(task));
+        }
+        sendJson(request, QJsonDocument(tasks));
+    }
+
+    void add(BwaFcgiRequest* request)
+    {
+        QVariantMap object;
+        if (!readObject(request, object)) {
+            return;
+        }
+        QString title;
+        if (!BwaJsonUtilities::stringValue(object, QStringLiteral("title"), title) ||
+            title.isEmpty()) {
+            request->sendHttpError(BwaFcgiRequest::BadRequest);
+            return;
+        }
+        const Task& task = m_service->add(title);
+        request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
+        writeJson(request, QJsonDocument(toJson(task)));
+    }
+
+    TasksService* m_service; // not owned
+};
+
+//! [task-processor]
+// Answers for one task.
+class TaskProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    TaskProcessor(BwaAbstractFcgiSessionIdentifier* identifier, TasksService* service, int id)
+        : BwaStandardFcgiRequestProcessor(identifier)
+        , m_service(service)
+        , m_id(id)
+    {
+    }
+
+protected:
+    void processGetMethod(BwaFcgiRequest* request) override
+    {
+        if (authenticateRequest(request)) {
+            sendJson(request, QJsonDocument(toJson(m_service->task(m_id))));
+        }
+        delete request;
+    }
+
+    void processPutMethod(BwaFcgiRequest* request) override
+    {
+        if (authenticateRequest(request)) {
+            change(request);
+        }
+        delete request;
+    }
+
+    void processDeleteMethod(BwaFcgiRequest* request) override
+    {
+        if (authenticateRequest(request)) {
+            remove(request);
+        }
+        delete request;
+    }
+
+private:
+    void change(BwaFcgiRequest* request)
+    {
+        QVariantMap object;
+        if (!readObject(request, object)) {
+            return;
+        }
+        Task& task = m_service->task(m_id);
+        if (!BwaJsonUtilities::booleanValue(object, QStringLiteral("done"), task.isDone)) {
+            request->sendHttpError(BwaFcgiRequest::BadRequest); // and task is as it was
+            return;
+        }
+        sendJson(request, QJsonDocument(toJson(task)));
+    }
+
+    void remove(BwaFcgiRequest* request)
+    {
+        m_service->remove(m_id);
+        request->out() << BwaHttp204StatusHeader();
+    }
+
+    TasksService* m_service; // not owned
+    int m_id;
+};
+//! [task-processor]
+
+//! [tasks]
+TasksService::TasksService(BwaAbstractFcgiSessionIdentifier* identifier)
+    : BwaStandardProcessableDispatcherFcgiService(new TasksProcessor(identifier, this))
+    , m_identifier(identifier)
+    , m_lastId(0)
+{
+}
+
+const Task& TasksService::add(const QString& title)
+{
+    const int id = ++m_lastId;
+    addService(QString::number(id),
+               new BwaStandardFcgiService(new TaskProcessor(m_identifier, this, id)));
+    return *m_tasks.insert(id, {id, title, false});
+}
+
+void TasksService::remove(int id)
+{
+    m_tasks.remove(id);
+    removeService(QString::number(id))->deleteLater(); // it is still answering
+}
+//! [tasks]
+
+//! [session]
+// Logs in with POST, and out with DELETE.
+class SessionProcessor : public BwaStandardFcgiRequestProcessor
+{
+public:
+    SessionProcessor(BwaAbstractFcgiSessionIdentifier* identifier, BwaWebSessionManager* sessions)
+        : BwaStandardFcgiRequestProcessor(identifier)
+        , m_sessions(sessions)
+    {
+    }
+
+protected:
+    void processPostMethod(BwaFcgiRequest* request) override
+    {
+        QVariantMap object;
+        if (readObject(request, object)) {
+            logIn(request, object);
+        }
+        delete request;
+    }
+
+    void processDeleteMethod(BwaFcgiRequest* request) override
+    {
+        if (BwaWebSession* session = authenticateRequest(request)) {
+            session->remove();
+            request->out() << BwaHttp204StatusHeader();
+        }
+        delete request;
+    }
+
+private:
+    void logIn(BwaFcgiRequest* request, const QVariantMap& object)
+    {
+        QString user;
+        QString password;
+        BwaJsonUtilities::stringValue(object, QStringLiteral("user"), user);
+        BwaJsonUtilities::stringValue(object, QStringLiteral("password"), password);
+        if (!isPasswordRight(user, password)) {
+            request->sendHttpError(BwaFcgiRequest::Forbidden);
+            return;
+        }
+        const int tokenLifetime = 15 * 60 * 1000; // milliseconds
+        const int removalDelay = 60 * 60 * 1000;  // milliseconds
+        const BwaWebSession* session = m_sessions->createSession(user, tokenLifetime, removalDelay);
+        const QString authorization =
+            QStringLiteral("SESSION-TOKEN %1:%2")
+                .arg(session->sessionId().toString(), session->token().toString());
+        request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
+        writeJson(request,
+                  QJsonDocument(QJsonObject{{QStringLiteral("authorization"), authorization}}));
+    }
+
+    BwaWebSessionManager* m_sessions; // not owned
+};
+//! [session]
+
+//! [main]
+int main(int argc, char** argv)
+{
+    if (argc != 2) {
+        std::fputs("usage: tasks SOCKET\n", stderr);
+        return 2;
+    }
+    QCoreApplication application(argc, argv);
+
+    //! [tree]
+    // Each outlives what stands below it.
+    BwaWebSessionManager sessions;
+    BwaSessionTokenFcgiSessionIdentifier identifier(&sessions, QStringLiteral("tasks"));
+    BwaDispatcherFcgiService root;
+    root.addService(QStringLiteral("tasks"), new TasksService(&identifier));
+    root.addService(QStringLiteral("session"),
+                    new BwaStandardFcgiService(new SessionProcessor(&identifier, &sessions)));
+    //! [tree]
+
+    BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
+    QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
+        std::fputs("tasks: cannot listen\n", stderr);
+        QCoreApplication::exit(1);
+    });
+    listener.listen(QString::fromLocal8Bit(argv[1]));
+    return application.exec();
+}
+//! [main]
