@@ -137,8 +137,13 @@ BwaFcgiRequest::Watch::~Watch()
 
 void BwaFcgiRequest::logException(const std::exception& exception)
 {
-    const QString what = QString::fromLatin1(exception.what());
-    qDebug("An exception occurs while processing a FastCGI request: %s", what.toUtf8().constData());
+    try {
+        const QString what = QString::fromLatin1(exception.what());
+        qDebug("An exception occurs while processing a FastCGI request: %s",
+               what.toUtf8().constData());
+    } catch (const std::exception&) {
+        // Without memory there is no line, but serving goes on.
+    }
 }
 
 // Completes the exchange and frees all that belongs to it.

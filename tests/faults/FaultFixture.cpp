@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "FaultFixture.h"
+
+#include "BwaStringStreaming.h"
+#include "cgi/BwaCgiRequest.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+
+namespace {
+
+int unreadBytes(const FcgiClient& client)
+{
+    int bytes = -1;
+    ioctl(client.descriptor(), SIOCOUTQ, &bytes);
+    return bytes;
+}
+
+void countFields(BwaFcgiRequest* request)
+{
+    request->cgiRequest()->processBodyContent();
+    request->out() << QString::number(request->cgiRequest()->formVariables().size());
+    delete request;
+}
+
+} // namespace
+
+int faultRounds()
+{
+    return std::max(20, qEnvironmentVariableIntValue("BWA_FAULT_ROUNDS"));
+}
+
+void serveWhile(const std::function<void()>& work)
+{
+    std::atomic<bool> isDone(false);
+    std::thread webServer([&] {
+        work();
+        isDone = true;
+    });
+    QTimer tick;
+    tick.start(10);
+    while (!isDone) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    webServer.join();
+}
+
+void waitUntilRead(const FcgiClient& client)
+{
+    waitUntil([&] { return unreadBytes(client) == 0; });
+}
+
+FaultFixture::FaultFixture()
+{
+    serve("/api", countFields);
+}
+
+FcgiParameters FaultFixture::formRequest(const QByteArray& body)
+{
+    return {{"SCRIPT_NAME", "/api"},
+            {"PATH_INFO", "/form"},
+            {"REQUEST_METHOD", "POST"},
+            {"HTTP_COOKIE", QByteArray(200, 'c')},
+            {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
+            {"CONTENT_LENGTH", QByteArray::number(body.size())}};
+}
+
+void FaultFixture::expectGoodAnswer() const
+{
+    FcgiClient client(path());
+    expectGoodAnswer(client);
+}
+
+void FaultFixture::expectGoodAnswer(FcgiClient& client)
+{
+    client.sendRequest(formRequest("a&b&c"), "a&b&c");
+    client.shutDownSending();
+    EXPECT_EQ(client.readReply().out, QByteArray("3"));
+}
