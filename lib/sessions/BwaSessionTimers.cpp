@@ -69,12 +69,12 @@ void TimerQueue::insert(QTimer* timer)
 {
     const Turn turn = {Clock::now() + std::chrono::milliseconds(timer->interval()), ++m_starts};
     const auto inserted = m_running.insert({timer, {turn, turn}});
-    if (!inserted.second) {
+    if (inserted.second) {
+        m_queue.insert({turn, timer});
+    } else {
         inserted.first->second.turn = turn;
-        return;
     }
-    m_queue.insert({turn, timer});
-    wakeUpForFirst();
+    wakeUpForFirst(); // again, too: without an application it could not be
 }
 
 void TimerQueue::remove(QTimer* timer)
@@ -129,7 +129,7 @@ void TimerQueue::wakeUpForFirst()
     }
     m_wakeUp = first;
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(first - Clock::now());
-    start(qMax(0, static_cast<int>(wait.count())));
+    start(static_cast<int>(qMax<qint64>(0, wait.count())));
 }
 
 // Never destroyed, because static sessions may come after it.

@@ -596,6 +596,23 @@ TEST(BwaWebSession, WhenCreatedWithoutApplicationDoesNotKeepOthersFromExpiring)
     EXPECT_TRUE(session.isTokenExpired());
 }
 
+TEST(BwaWebSession, WhenCreatedWithoutApplicationAndRenewedInOneExpires)
+{
+    const MessageRecorder silence; // of Qt's warning
+    int argumentCount = 1;
+    char name[] = "test";
+    char* arguments[] = {name, nullptr};
+    auto* const clock = new ManualClock;
+    BwaWebSession early(user, lifetime, delay);
+    QCoreApplication::setEventDispatcher(clock);
+    const QCoreApplication application(argumentCount, arguments);
+
+    early.generateNewToken();
+    clock->advance(lifetime);
+
+    EXPECT_TRUE(early.isTokenExpired());
+}
+
 // Real time
 
 TEST_F(BwaWebSessionInRealTime, NeverExpiresEarly)
