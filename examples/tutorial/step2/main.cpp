@@ -20,9 +20,9 @@ namespace {
 
 //! [task]
 struct Task {
-    int id;
+    int id = 0;
     QString title;
-    bool isDone;
+    bool isDone = false;
 };
 
 QJsonObject toJson(const Task& task)

@@ -27,9 +27,9 @@
 namespace {
 
 struct Task {
-    int id;
+    int id = 0;
     QString title;
-    bool isDone;
+    bool isDone = false;
 };
 
 QJsonObject toJson(const Task& task)

@@ -22,9 +22,9 @@
 namespace {
 
 struct Task {
-    int id;
+    int id = 0;
     QString title;
-    bool isDone;
+    bool isDone = false;
 };
 
 QJsonObject toJson(const Task& task)

@@ -5,6 +5,7 @@
 
 #include "testing/BwaTestRequest.h"
 
+#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -27,6 +28,8 @@ protected:
             .toLatin1();
     }
 
+    int argumentCount = 0;
+    QCoreApplication application{argumentCount, nullptr}; // for the timers of the sessions
     TasksApi api;
 };
 //! [fixture]
