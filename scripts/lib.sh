@@ -15,7 +15,7 @@ browser_packages=("${demo_packages[@]}" chromium)
 package_packages=(debhelper dpkg-dev lintian)
 docs_packages=(doxygen doxygen-awesome-css graphviz perl-base)
 ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
-    abigail-tools musl libclang-rt-14-dev llvm-14)
+    abigail-tools musl libclang-rt-14-dev llvm-14 valgrind)
 
 say()
 {

@@ -5,6 +5,8 @@
 // for a megabyte. Each is first compared with the literal model at a size that the model can bear;
 // at full size the result must be right, and the test's time limit does the rest.
 
+#include "cgi/HostileBodies.h"
+
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaCgiRequest.h"
 #include "cgi/LiteralMultipartReader.h"
@@ -80,69 +82,6 @@ std::string modelOutcomeOf(const QByteArray& body, const QByteArray& boundary = 
 std::string readAll(int size)
 {
     return "read " + std::to_string(size) + " in " + std::to_string((size + 4095) / 4096);
-}
-
-QByteArray repeated(const char* bytes, int totalSize)
-{
-    return QByteArray(bytes).repeated(totalSize / static_cast<int>(qstrlen(bytes)));
-}
-
-// Every second line is a delimiter with a header that reaches to the end.
-QByteArray delimitersBeforeOneEmptyLine(int size)
-{
-    return repeated("--B\r\n", size) + "\r\n\r\n--B--\r\n";
-}
-
-QByteArray delimitersBeforeOneLongRefusedDisposition(int size)
-{
-    return repeated("--B\r\n", size / 2) + "Content-Disposition: attachment" +
-        repeated("; name=\"a\"", size / 2) + "\r\n\r\n\r\n--B--\r\n";
-}
-
-QByteArray delimitersBeforeOneField(int size)
-{
-    return repeated("--B\r\n", size) +
-        "Content-Disposition: form-data; name=a\r\n\r\n1\r\n--B--\r\n";
-}
-
-// Each header is refused for its own disposition, and all of them reach to the end.
-QByteArray refusedDispositionsBeforeOneEmptyLine(int size)
-{
-    return repeated("--B\r\nContent-Disposition: attachment\r\n", size) + "\r\n\r\n--B--\r\n";
-}
-
-QByteArray oneEndlessHeader(int size)
-{
-    return "--B\r\nX: " + QByteArray(size, 'x');
-}
-
-QByteArray oneLongHeader(int size)
-{
-    return "--B\r\nX: " + repeated("\r\n\r", size) +
-        "Content-Disposition: form-data; name=a\r\n\r\n1\r\n--B--\r\n";
-}
-
-QByteArray tinyParts(int size)
-{
-    return repeated("--B\r\nContent-Disposition: form-data; name=a\r\n\r\n1\r\n", size) +
-        "--B--\r\n";
-}
-
-QByteArray tinyRefusedParts(int size)
-{
-    return repeated("--B\r\n\r\n\r\n", size) + "--B--\r\n";
-}
-
-QByteArray nearlyDelimiters(int size)
-{
-    return "--B\r\nContent-Disposition: form-data; name=a\r\n\r\n" + repeated("\r\n--B\r", size) +
-        "\r\n--B--\r\n";
-}
-
-QByteArray lineBreaksOnly(int size)
-{
-    return "--B\r\nContent-Disposition: form-data; name=a\r\n\r\n" + repeated("\r", size) +
-        "\r\n--B--\r\n";
 }
 
 struct HostileCase {
