@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -84,11 +85,11 @@ QByteArray BwaCgiRequest::readWholeBody(bool* complete)
 bool BwaCgiRequest::processUrlEncodedBody()
 {
     bool complete = false;
-    const QByteArray bytes = readWholeBody(&complete);
+    QByteArray bytes = readWholeBody(&complete);
     if (!complete || (m_limits.maxFormFields > 0 && variablesIn(bytes) > m_limits.maxFormFields)) {
         return false;
     }
-    m_formVariables = urlEncodedVariables(bytes);
+    m_formVariables = urlEncodedVariables(std::move(bytes));
     return true;
 }
 

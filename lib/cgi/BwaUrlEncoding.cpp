@@ -7,6 +7,7 @@
 
 #include "cgi/BwaUrlEncoding_p.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -114,6 +115,14 @@ QString decoded(const Character* begin, const Character* end)
     return text;
 }
 
+// The position of the first separator at or behind @a from; the size when there is none.
+int firstSeparator(const QByteArray& text, int from)
+{
+    const auto isSeparator = [](char character) { return kindOf(character) == separator; };
+    const auto found = std::find_if(text.begin() + from, text.end(), isSeparator);
+    return static_cast<int>(found - text.begin());
+}
+
 /** Takes a text apart from left to right. */
 template <typename Character>
 class Reader
@@ -144,15 +153,13 @@ public:
         return isEncoded ? decoded(begin, end) : textBetween(begin, end);
     }
 
-    QMultiHash<QString, QString> variables()
+    void takeVariables(QMultiHash<QString, QString>* variables)
     {
-        QMultiHash<QString, QString> variables;
         do {
             const QString name = take(equalsSign | separator);
-            variables.insert(name,
-                             m_stop == equalsSign ? take(separator) : QString::fromLatin1(""));
+            variables->insert(name,
+                              m_stop == equalsSign ? take(separator) : QString::fromLatin1(""));
         } while (m_stop != plain);
-        return variables;
     }
 
 private:
@@ -183,11 +190,26 @@ QString urlDecoded(const QString& text)
 
 QMultiHash<QString, QString> urlEncodedVariables(const QString& text)
 {
-    return Reader<QChar>(text.constBegin(), text.constEnd()).variables();
+    QMultiHash<QString, QString> variables;
+    Reader<QChar>(text.constBegin(), text.constEnd()).takeVariables(&variables);
+    return variables;
 }
 
-QMultiHash<QString, QString> urlEncodedVariables(const QByteArray& latin1)
+// The variables can take fifty times the memory of a text. So of a long one the first half goes
+// before the second is taken apart.
+QMultiHash<QString, QString> urlEncodedVariables(QByteArray latin1)
 {
-    const char* const begin = latin1.constData();
-    return Reader<char>(begin, begin + qstrlen(begin)).variables();
+    const int shortText = 64 * 1024; // bytes
+    latin1.truncate(static_cast<int>(qstrlen(latin1.constData())));
+    QMultiHash<QString, QString> variables;
+    while (latin1.size() > shortText) {
+        const int half = firstSeparator(latin1, latin1.size() / 2);
+        if (half == latin1.size()) {
+            break;
+        }
+        Reader<char>(latin1.constBegin(), latin1.constBegin() + half).takeVariables(&variables);
+        latin1 = latin1.mid(half + 1);
+    }
+    Reader<char>(latin1.constBegin(), latin1.constEnd()).takeVariables(&variables);
+    return variables;
 }

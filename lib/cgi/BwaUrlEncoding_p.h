@@ -16,7 +16,7 @@ QString urlDecoded(const QString& text);
 /** The variables of @a text. */
 QMultiHash<QString, QString> urlEncodedVariables(const QString& text);
 
-/** The variables of @a latin1, which ends at its first NUL. */
-QMultiHash<QString, QString> urlEncodedVariables(const QByteArray& latin1);
+/** The variables of @a latin1, which ends at its first NUL; moved here, it is soon let go. */
+QMultiHash<QString, QString> urlEncodedVariables(QByteArray latin1);
 
 #endif

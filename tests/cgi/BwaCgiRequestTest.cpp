@@ -438,6 +438,45 @@ TEST(ProcessUrlEncodedBody, GivenRandomBytesAgreesWithTheLiteralRulesOfTheirText
     }
 }
 
+struct LongFormCase {
+    const char* name;
+    QByteArray body;
+};
+
+class ProcessLongUrlEncodedBody : public testing::TestWithParam<LongFormCase>
+{
+};
+
+// A long body is taken apart in pieces. EXPECT_EQ would print all of it.
+TEST_P(ProcessLongUrlEncodedBody, AgreesWithItsTextInOnePiece)
+{
+    const QByteArray& body = GetParam().body;
+    MemoryCgiInput input(urlEncoded, body);
+    BwaCgiRequest request(&input);
+
+    ASSERT_TRUE(request.processBodyContent());
+
+    const QString text = QString::fromLatin1(body.constData());
+    EXPECT_TRUE(shownVariables(request.formVariables()) ==
+                shownVariables(BwaCgiRequest::parseUrlEncodedVariables(text)));
+}
+
+const QByteArray longValue(150000, 'x');
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ProcessLongUrlEncodedBody,
+    testing::Values(
+        LongFormCase{"ManyFields", QByteArray("a=1&b=2;a=3&").repeated(20000)},
+        LongFormCase{"SeparatorsOnly", QByteArray(150001, '&')},
+        LongFormCase{"OneField", "a=" + longValue},
+        LongFormCase{"SeparatorAtTheStart", "&a=" + longValue},
+        LongFormCase{"SeparatorAtTheEnd", "a=" + longValue + "&"},
+        LongFormCase{"LongFieldBehindManyFields", QByteArray("a=1&").repeated(40000) + longValue},
+        LongFormCase{"ManyFieldsBehindALongField", longValue + QByteArray(";a=1").repeated(40000)},
+        LongFormCase{"NulInTheSecondHalf",
+                     QByteArray("a=1&").repeated(40000) + '\0' + QByteArray("a=2&").repeated(9)}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 TEST(ProcessUrlEncodedBody, GivenLongerInputStopsAtTheContentLength)
 {
     MemoryCgiInput input = cutShort(urlEncoded, "x=123", "3");
