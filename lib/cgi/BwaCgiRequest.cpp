@@ -115,6 +115,7 @@ bool BwaCgiRequest::readParts()
         ++parts;
         fields += fileName.isNull() ? 1 : 0;
         if (!isWithin(m_limits.maxParts, parts) || !isWithin(m_limits.maxFormFields, fields)) {
+            m_bodyBytesRead = m_environment.contentLength(); // a second call must not go on here
             return false;
         }
         const QByteArray data = reader.readAllFromPart();

@@ -136,7 +136,11 @@ INSTANTIATE_TEST_SUITE_P(
                     LimitCase{"OneFieldOfAMultipartTooMany", multipart,
                               field("a") + file("b") + field("c") + "--B--\r\n", ofFormFields(1)},
                     LimitCase{"OnePartTooMany", multipart,
-                              field("a") + file("b") + file("c") + "--B--\r\n", ofParts(2)}),
+                              field("a") + file("b") + file("c") + "--B--\r\n", ofParts(2)},
+                    LimitCase{"OnePartTooManyFarFromTheEnd", multipart,
+                              field("a") + field("b") + QByteArray(100000, 'x') + "\r\n" +
+                                  field("c") + "--B--\r\n",
+                              ofParts(1)}),
     nameOf);
 
 TEST(RequestLimits, GivenTooLargeABodyReadNothingOfIt)
