@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: The Brindo Web API authors
+# SPDX-License-Identifier: MIT
+
+# front-server-killed.sh APPLICATION: nginx is killed with requests under way, and started again,
+# BWA_FAULT_ROUNDS times or 3, but 100 at most.
+
+# shellcheck source-path=SCRIPTDIR source=../end-to-end/common.sh
+. "$(dirname "${BASH_SOURCE[0]}")/../end-to-end/common.sh"
+# shellcheck source-path=SCRIPTDIR source=descriptors.sh
+. "$(dirname "${BASH_SOURCE[0]}")/descriptors.sh"
+
+# For two seconds, if nobody is killed meanwhile.
+send_requests()
+{
+    curl -s --parallel --parallel-max 16 --max-time 20 -o /dev/null \
+        "http://127.0.0.1:$port/api/{slow,later,long}?[1-30]" 2>/dev/null &
+    client=$!
+}
+
+requests_are_under_way()
+{
+    [ "$(open_descriptors)" -gt "$descriptors" ]
+}
+
+kill_front()
+{
+    kill -KILL "$front_pid"
+    wait "$front_pid" 2>/dev/null || true
+    front_pid=
+}
+
+begin_serving
+rounds=${BWA_FAULT_ROUNDS:-3}
+start_application "$1" "$work/api.sock"
+start_front nginx
+descriptors=$(open_descriptors)
+
+for ((round = 1; round <= (rounds < 100 ? rounds : 100); ++round)); do
+    send_requests
+    await requests_are_under_way || fail "no request came to the application"
+    kill_front
+    wait "$client" || true
+    start_front nginx
+    expect_equal "answer after restart $round" "at once" "$(curl -s --max-time 5 "http://127.0.0.1:$port/api/now")"
+done
+
+await as_many_descriptors_as_before || fail "$(open_descriptors) descriptors, $descriptors before"
+say "$((round - 1)) restarts"
+stop_application || fail "the application ended with status $?"
