@@ -120,6 +120,18 @@ protected:
 
 } // namespace
 
+// fresh-processes runs it again and again.
+TEST_F(BwaFcgiListenerStopping, AfterTenRequestsIsDoneAtOnce)
+{
+    serve("/api", answerPathInfo);
+    start();
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_TRUE(replyTo(apiRequest("/x")).ended);
+    }
+
+    destroyWithin(promised);
+}
+
 TEST_F(BwaFcgiListenerStopping, WhenIdleIsDoneAtOnce)
 {
     serve("/api", answerPathInfo);
