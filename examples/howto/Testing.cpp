@@ -41,18 +41,28 @@ public:
     Patient()
         : BwaStandardFcgiRequestProcessor(nullptr)
     {
+        QObject::connect(&m_timer, &QTimer::timeout, [this] { answer(); });
+        m_timer.setSingleShot(true);
     }
 
 protected:
     //! [held]
     void processGetMethod(BwaFcgiRequest* request) override
     {
-        QTimer::singleShot(0, [request] {
-            request->out() << BwaHttpPlainTextHeader() << "at last";
-            delete request;
-        });
+        m_held = request; // ours until it is answered
+        m_timer.start(0);
+    }
+
+private:
+    void answer()
+    {
+        m_held->out() << BwaHttpPlainTextHeader() << "at last";
+        delete m_held;
     }
     //! [held]
+
+    QTimer m_timer;
+    BwaFcgiRequest* m_held = nullptr; // owned
 };
 
 } // namespace
