@@ -16,7 +16,7 @@ exists()
     case $1 in
     */*) [ -e "$root/$1" ] ;;
     *.\*) grep -q "^${1%\*}" <<<"$defined" ;;
-    *) grep -qxF -e "$1" -e "${1#EndToEnd.}" <<<"$defined
+    *) grep -qxF -e "$1" -e "${1#EndToEnd.}" -e "${1#Faults.}" <<<"$defined
 $registered" ;;
     esac
 }
