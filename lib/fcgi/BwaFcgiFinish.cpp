@@ -4,16 +4,32 @@
 // Closing a connection with input unread resets it, and a reply on its way may be lost. So the
 // sending side is closed first, and what still comes is read until the web server closes, too.
 // libfcgi does the same, but without an end as long as bytes keep dripping in.
+//
+// The accepting thread has allocated the parameters, and memory is cheapest where the thread that
+// allocated it also frees it. So they wait for that thread in a finished request, at most one.
 
 #include "fcgi/BwaFcgiFinish_p.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
 
+#include <atomic>
+#include <utility>
+
 #include <poll.h>
 #include <sys/socket.h>
 
 namespace {
+
+std::atomic<FCGX_Request*> finishedRequest; // owned; holds nothing but parameters
+
+void freeAndDelete(FCGX_Request* request)
+{
+    if (request) {
+        FCGX_Free(request, 0);
+        delete request;
+    }
+}
 
 // Reads what has come; false when the connection has ended or nothing is there.
 bool discardInput(int connection)
@@ -52,8 +68,16 @@ void closeAndDelete(FCGX_Request* request)
 {
     request->keepConnection = 0; // nobody will accept a second request on the connection
     FCGX_Detach(request);        // closes without waiting
+    FCGX_Request parameters = {};
+    std::swap(parameters.paramsPtr, request->paramsPtr);
     FCGX_Finish_r(request);
-    delete request;
+    *request = parameters;
+    freeAndDelete(finishedRequest.exchange(request));
+}
+
+void freeFinishedRequest()
+{
+    freeAndDelete(finishedRequest.exchange(nullptr));
 }
 
 int lingerTime()

@@ -16,6 +16,12 @@ void finishAndDelete(FCGX_Request* request);
 void closeAndDelete(FCGX_Request* request);
 
 /**
+ * Frees what the request that was finished last has left: its parameters. For the accepting thread,
+ * which has allocated them; it does so before it waits for the next request.
+ */
+void freeFinishedRequest();
+
+/**
  * How long, in milliseconds, a finished connection waits at most for the web server to close its
  * side: LIBFCGI_OS_CLOSE_POLL_TIMEOUT of the environment, else 200.
  */

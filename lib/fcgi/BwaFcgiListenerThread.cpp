@@ -152,6 +152,7 @@ void BwaFcgiListenerThread::acceptRequests(int descriptor)
 // Waits for the next request; false when none can come any more.
 bool BwaFcgiListenerThread::acceptRequest(int descriptor)
 {
+    freeFinishedRequest();
     FCGX_Request* const request = new FCGX_Request;
     FCGX_InitRequest(request, descriptor, 0);
     setAwaited(request);
@@ -208,5 +209,6 @@ void BwaFcgiListenerThread::endListening()
     const std::lock_guard<std::mutex> lock(m_endMutex);
     delete m_awaited;
     m_awaited = nullptr;
+    freeFinishedRequest();
     ::close(m_descriptor.exchange(-1));
 }
