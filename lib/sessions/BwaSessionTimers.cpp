@@ -12,9 +12,11 @@
 #include <QThreadStorage>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <unordered_map>
+#include <utility>
 
 namespace {
 
@@ -50,6 +52,7 @@ private:
 
     QTimer* takeDue(Clock::time_point now);
     void wakeUpForFirst();
+    void wakeUpBy(Clock::time_point due);
 
     std::unordered_map<QTimer*, Running> m_running;
     std::map<Turn, QTimer*> m_queue; // not owned
@@ -68,13 +71,15 @@ TimerQueue::TimerQueue()
 void TimerQueue::insert(QTimer* timer)
 {
     const Turn turn = {Clock::now() + std::chrono::milliseconds(timer->interval()), ++m_starts};
-    const auto inserted = m_running.insert({timer, {turn, turn}});
-    if (inserted.second) {
-        m_queue.insert({turn, timer});
-    } else {
-        inserted.first->second.turn = turn;
+    wakeUpBy(turn.due); // what may fail comes before anything changes
+    const auto running = m_running.find(timer);
+    if (running != m_running.end()) {
+        running->second.turn = turn;
+        return;
     }
-    wakeUpForFirst(); // again, too: without an application it could not be
+    std::map<Turn, QTimer*> place = {{turn, timer}};
+    m_running.insert({timer, {turn, turn}});
+    m_queue.merge(place);
 }
 
 void TimerQueue::remove(QTimer* timer)
@@ -85,7 +90,9 @@ void TimerQueue::remove(QTimer* timer)
     }
     m_queue.erase(running->second.place);
     m_running.erase(running);
-    wakeUpForFirst();
+    if (m_queue.empty()) {
+        stop(); // otherwise it may wake up for nothing, once
+    }
 }
 
 void TimerQueue::timerEvent(QTimerEvent* /*event*/)
@@ -103,32 +110,35 @@ void TimerQueue::timerEvent(QTimerEvent* /*event*/)
 QTimer* TimerQueue::takeDue(Clock::time_point now)
 {
     while (!m_queue.empty() && m_queue.begin()->first.due <= now) {
-        QTimer* const timer = m_queue.begin()->second;
-        m_queue.erase(m_queue.begin());
-        const auto running = m_running.find(timer);
+        auto first = m_queue.extract(m_queue.begin());
+        const auto running = m_running.find(first.mapped());
         const Turn turn = running->second.turn;
         if (turn.start == running->second.place.start) {
             m_running.erase(running);
-            return timer;
+            return first.mapped();
         }
         running->second.place = turn;
-        m_queue.insert({turn, timer});
+        first.key() = turn;
+        m_queue.insert(std::move(first));
     }
     return nullptr;
 }
 
 void TimerQueue::wakeUpForFirst()
 {
-    if (m_queue.empty()) {
-        stop();
+    if (!m_queue.empty()) {
+        wakeUpBy(m_queue.begin()->first.due);
+    }
+}
+
+// Wakes up at that time, or before; again, if there was no application to wake it up.
+void TimerQueue::wakeUpBy(Clock::time_point due)
+{
+    if (timerId() > 0 && m_wakeUp <= due) {
         return;
     }
-    const Clock::time_point first = m_queue.begin()->first.due;
-    if (timerId() > 0 && m_wakeUp == first) {
-        return;
-    }
-    m_wakeUp = first;
-    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(first - Clock::now());
+    m_wakeUp = m_queue.empty() ? due : std::min(due, m_queue.begin()->first.due);
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(m_wakeUp - Clock::now());
     start(static_cast<int>(qMax<qint64>(0, wait.count())));
 }
 
