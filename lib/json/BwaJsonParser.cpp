@@ -115,6 +115,7 @@ QVariant VariantBuilder::mapOf(simdjson::dom::object object)
     QVariantMap map;
     m_deepest = std::max(m_deepest, ++m_depth);
     for (const simdjson::dom::key_value_pair field : object) {
+        // Both containers would copy a value that is handed to them; assigned, it is moved in.
         *map.insert(keyOf(field.key), QVariant()) = variantOf(field.value);
     }
     --m_depth;

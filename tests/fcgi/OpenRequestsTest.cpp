@@ -162,7 +162,10 @@ TEST_F(BwaFcgiListenerOpenRequests, GivenHardlyAnyDescriptorsAreServedOneByOne)
 
 TEST_F(BwaFcgiListenerOpenRequests, WhenTheirServiceThrowsMakeRoomForTheNext)
 {
-    serve("/throwing", [](BwaFcgiRequest*) { throw std::runtime_error("out of paper"); });
+    serve("/throwing", [](BwaFcgiRequest* request) {
+        keep(request);
+        throw std::runtime_error("out of paper");
+    });
     startWithDescriptors(2);
 
     send("/a", "/throwing");
