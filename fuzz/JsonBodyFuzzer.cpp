@@ -23,18 +23,18 @@ const int deepestExtraction = 8; // containers whose members are extracted
 // Qt's parser knows doubles and 64-bit integers only, so all numbers are compared as doubles.
 QVariant withDoubles(const QVariant& value)
 {
-    if (value.type() == QVariant::List) {
+    if (value.userType() == QMetaType::QVariantList) {
         QVariantList list = value.toList();
         std::transform(list.begin(), list.end(), list.begin(), withDoubles);
         return list;
     }
-    if (value.type() == QVariant::Map) {
+    if (value.userType() == QMetaType::QVariantMap) {
         QVariantMap map = value.toMap();
         std::transform(map.begin(), map.end(), map.begin(), withDoubles);
         return map;
     }
-    if (value.type() == QVariant::LongLong || value.type() == QVariant::ULongLong ||
-        value.type() == QVariant::Double) {
+    if (value.userType() == QMetaType::LongLong || value.userType() == QMetaType::ULongLong ||
+        value.userType() == QMetaType::Double) {
         return value.toDouble() + 0.0; // no negative zero
     }
     return value.userType() == QMetaType::Nullptr ? QVariant() : value;
@@ -59,7 +59,7 @@ int writtenMembers(const QByteArray& text)
 
 int keptMembers(const QVariant& value)
 {
-    const bool isMap = value.type() == QVariant::Map;
+    const bool isMap = value.userType() == QMetaType::QVariantMap;
     const QVariantList elements = isMap ? value.toMap().values() : value.toList();
     int members = isMap ? elements.size() : 0;
     for (const QVariant& element : elements) {
@@ -135,7 +135,7 @@ void extractAllWithin(const QVariant& value, int depth)
         return;
     }
     const QVariantList elements =
-        value.type() == QVariant::Map ? value.toMap().values() : value.toList();
+        value.userType() == QMetaType::QVariantMap ? value.toMap().values() : value.toList();
     for (const QVariant& element : elements) {
         extractAllWithin(element, depth + 1);
     }

@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 
 // An input is a body as it stands, so that bodies from elsewhere can be tried. All else follows
@@ -27,7 +28,10 @@ inline QByteArray boundaryOf(const QByteArray& body)
 /** Where the choices beside @a body come from: the same for the same body. */
 inline std::minstd_rand choicesFor(const QByteArray& body)
 {
-    return std::minstd_rand(qChecksum(body.constData(), static_cast<uint>(body.size())));
+    const auto withByte = [](unsigned int sum, char byte) {
+        return 31 * sum + static_cast<unsigned char>(byte);
+    };
+    return std::minstd_rand(std::accumulate(body.begin(), body.end(), 0U, withByte));
 }
 
 inline unsigned int below(unsigned int limit, std::minstd_rand& choices)

@@ -4,7 +4,7 @@
 #ifndef BWAGLOBAL_H
 #define BWAGLOBAL_H
 
-#include <QtGlobal>
+#include <QByteArray>
 
 /** Marks what the shared library offers; everything else in it is hidden. */
 #ifdef BWA_LIBRARY
@@ -12,5 +12,9 @@
 #else
 #define BWA_EXPORT Q_DECL_IMPORT
 #endif
+
+/** What Qt counts bytes, characters and elements in: int up to Qt 5, as wide as a pointer in Qt 6.
+ */
+using BwaSize = decltype(QByteArray().size());
 
 #endif

@@ -4,6 +4,8 @@
 #ifndef BWARECENTTEXTS_P_H
 #define BWARECENTTEXTS_P_H
 
+#include "BwaQtVersion_p.h"
+
 #include <QString>
 
 #include <array>
@@ -17,7 +19,7 @@ class BwaRecentTexts
 {
 public:
     /** @a text, whose place follows from its size, its first and its last byte. */
-    QString textOf(QLatin1String text)
+    QString textOf(BwaLatin1 text)
     {
         if (text.size() == 0 || text.size() > longestKept) {
             return text;

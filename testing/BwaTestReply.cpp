@@ -3,6 +3,8 @@
 
 #include "testing/BwaTestReply.h"
 
+#include "BwaGlobal.h"
+
 namespace {
 
 bool isNamed(const QPair<QByteArray, QByteArray>& header, const QByteArray& name)
@@ -27,7 +29,7 @@ bool readHeaderLine(BwaTestReply* reply, const QByteArray& line, bool isFirst)
     if (isFirst && line.startsWith("HTTP/")) {
         return readStatus(reply, line.mid(line.indexOf(' ')).trimmed());
     }
-    const int colon = line.indexOf(':');
+    const BwaSize colon = line.indexOf(':');
     if (colon <= 0) {
         return false;
     }
@@ -40,10 +42,11 @@ bool readHeaderLine(BwaTestReply* reply, const QByteArray& line, bool isFirst)
 }
 
 // The position behind the empty line; -1 when there is no such header block.
-int readHeaderBlock(BwaTestReply* reply, const QByteArray& raw)
+BwaSize readHeaderBlock(BwaTestReply* reply, const QByteArray& raw)
 {
-    int lineStart = 0;
-    for (int lineEnd = raw.indexOf('\n'); lineEnd >= 0; lineEnd = raw.indexOf('\n', lineStart)) {
+    BwaSize lineStart = 0;
+    for (BwaSize lineEnd = raw.indexOf('\n'); lineEnd >= 0;
+         lineEnd = raw.indexOf('\n', lineStart)) {
         const QByteArray line = raw.mid(lineStart, lineEnd - lineStart);
         const bool isFirst = lineStart == 0;
         lineStart = lineEnd + 1;
@@ -62,7 +65,7 @@ int readHeaderBlock(BwaTestReply* reply, const QByteArray& raw)
 BwaTestReply::BwaTestReply(const QByteArray& rawReply, const QByteArray& errors)
 {
     BwaTestReply reply;
-    const int bodyStart = readHeaderBlock(&reply, rawReply);
+    const BwaSize bodyStart = readHeaderBlock(&reply, rawReply);
     if (bodyStart >= 0) {
         *this = reply;
         body = rawReply.mid(bodyStart);

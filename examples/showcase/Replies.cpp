@@ -55,7 +55,7 @@ bool readJsonObject(BwaFcgiRequest* request, QVariantMap& object)
     }
     bool ok = false;
     const QVariant body = BwaAbstractFcgiRequestProcessor::parseJsonContent(request, &ok);
-    if (ok && body.type() == QVariant::Map) {
+    if (ok && body.userType() == QMetaType::QVariantMap) {
         object = body.toMap();
         return true;
     }

@@ -61,7 +61,7 @@ unsigned int decimalNumber(const QString& text, unsigned int largest)
     return static_cast<unsigned int>(number);
 }
 
-int skipDigits(const QString& text, int position)
+BwaSize skipDigits(const QString& text, BwaSize position)
 {
     while (position < text.size() && text.at(position).isDigit()) {
         ++position;
@@ -70,18 +70,18 @@ int skipDigits(const QString& text, int position)
 }
 
 // The position of the next "; ", or the end of the text.
-int endOfCookie(const QString& text, int begin)
+BwaSize endOfCookie(const QString& text, BwaSize begin)
 {
-    int semicolon = indexOfAny<';'>(text, begin, text.size());
+    BwaSize semicolon = indexOfAny<';'>(text, begin, text.size());
     while (semicolon + 1 < text.size() && text.at(semicolon + 1) != QLatin1Char(' ')) {
         semicolon = indexOfAny<';'>(text, semicolon + 1, text.size());
     }
     return semicolon + 1 < text.size() ? semicolon : text.size();
 }
 
-BwaHttpCookie cookieBetween(const QString& text, int begin, int end)
+BwaHttpCookie cookieBetween(const QString& text, BwaSize begin, BwaSize end)
 {
-    const int equals = indexOfAny<'='>(text, begin, end);
+    const BwaSize equals = indexOfAny<'='>(text, begin, end);
     if (equals == end) {
         return BwaHttpCookie(QString::fromLatin1(""), textBetween(text, begin, end));
     }
@@ -126,15 +126,15 @@ BwaCgiEnvironment::BwaCgiEnvironment(BwaAbstractCgiInput* input)
 
 BwaCgiEnvironment::ServerProtocol BwaCgiEnvironment::parseServerProtocol(const QString& text)
 {
-    const int slash = text.indexOf(QLatin1Char('/'));
+    const BwaSize slash = text.indexOf(QLatin1Char('/'));
     if (slash < 0) {
         return {text, 0, 0};
     }
     ServerProtocol result = {text.left(slash), 0, 0};
-    const int majorBegin = slash + 1;
-    const int dot = skipDigits(text, majorBegin);
-    const int minorBegin = dot + 1;
-    const int end = skipDigits(text, minorBegin);
+    const BwaSize majorBegin = slash + 1;
+    const BwaSize dot = skipDigits(text, majorBegin);
+    const BwaSize minorBegin = dot + 1;
+    const BwaSize end = skipDigits(text, minorBegin);
     const bool isVersion = dot > majorBegin && dot < text.size() &&
         text.at(dot) == QLatin1Char('.') && end > minorBegin && end == text.size();
     if (isVersion) {
@@ -147,9 +147,9 @@ BwaCgiEnvironment::ServerProtocol BwaCgiEnvironment::parseServerProtocol(const Q
 QList<BwaHttpCookie> BwaCgiEnvironment::parseCookies(const QString& text)
 {
     QList<BwaHttpCookie> cookies;
-    int begin = 0;
+    BwaSize begin = 0;
     while (begin < text.size()) {
-        const int end = endOfCookie(text, begin);
+        const BwaSize end = endOfCookie(text, begin);
         const BwaHttpCookie cookie = cookieBetween(text, begin, end);
         if (!cookie.name.isEmpty() || !cookie.value.isEmpty()) {
             cookies.append(cookie);

@@ -33,25 +33,25 @@ const QByteArray& dispositionName()
     return text;
 }
 
-int indexIn(const QByteArray& data, const QByteArray& pattern, int from)
+BwaSize indexIn(const QByteArray& data, const QByteArray& pattern, BwaSize from)
 {
     const char* const begin = data.constData();
     const void* const match =
         ::memmem(begin + from, static_cast<std::size_t>(data.size() - from), pattern.constData(),
                  static_cast<std::size_t>(pattern.size()));
-    return match ? static_cast<int>(static_cast<const char*>(match) - begin) : -1;
+    return match ? static_cast<BwaSize>(static_cast<const char*>(match) - begin) : -1;
 }
 
 // The smaller of two positions, of which -1 is none.
-int firstOf(int first, int second)
+BwaSize firstOf(BwaSize first, BwaSize second)
 {
     return first < 0 || second < 0 ? std::max(first, second) : std::min(first, second);
 }
 
 // The value of a header line that starts at @a begin, up to the line's end.
-QByteArray lineFrom(const QByteArray& header, int begin)
+QByteArray lineFrom(const QByteArray& header, BwaSize begin)
 {
-    const int end = header.indexOf("\r\n", begin);
+    const BwaSize end = header.indexOf("\r\n", begin);
     return header.mid(begin, end < 0 ? -1 : end - begin);
 }
 
@@ -125,7 +125,7 @@ bool BwaCgiMultipartFormDataReader::isAtEndOfPart()
     if (!isUsable()) {
         return false;
     }
-    const int missing = m_closeDelimiter.size() - lookaheadSize();
+    const BwaSize missing = m_closeDelimiter.size() - lookaheadSize();
     if (missing > 0) {
         refill(static_cast<unsigned int>(missing));
         m_failed = lookaheadSize() < m_delimiter.size();
@@ -136,18 +136,18 @@ bool BwaCgiMultipartFormDataReader::isAtEndOfPart()
 void BwaCgiMultipartFormDataReader::skipEndOfPart()
 {
     do {
-        const int delimiter = indexOfDelimiter();
+        const BwaSize delimiter = indexOfDelimiter();
         if (delimiter >= 0) {
             consume(delimiter);
             return;
         }
         // The tail may be the start of a delimiter that the next refill completes.
-        consume(std::max(0, lookaheadSize() - (m_closeDelimiter.size() - 1)));
+        consume(std::max<BwaSize>(0, lookaheadSize() - (m_closeDelimiter.size() - 1)));
     } while (refill(chunkSize));
     m_failed = true;
 }
 
-int BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArray& data) const
+BwaSize BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArray& data) const
 {
     return firstOf(indexIn(data, m_delimiter, 0), indexIn(data, m_closeDelimiter, 0));
 }
@@ -155,7 +155,7 @@ int BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArra
 bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, QString& name,
                                                       QString& filename, QString& contentType) const
 {
-    const int disposition = header.indexOf(dispositionName());
+    const BwaSize disposition = header.indexOf(dispositionName());
     if (disposition < 0) {
         return false;
     }
@@ -171,7 +171,7 @@ bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, 
     filename = BwaCgiRequest::urlDecode(element.second.value(QString::fromLatin1("filename")));
 
     const QByteArray typeName("Content-Type: ");
-    const int type = header.indexOf(typeName);
+    const BwaSize type = header.indexOf(typeName);
     contentType =
         QString::fromLatin1(type < 0 ? "" : lineFrom(header, type + typeName.size()).constData());
     return true;
@@ -185,26 +185,26 @@ bool BwaCgiMultipartFormDataReader::lookaheadStartsWith(const QByteArray& patter
 }
 
 // The position in the lookahead of the first match, or -1.
-int BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search& search) const
+BwaSize BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search& search) const
 {
     const qint64 front = m_removed + m_consumed;
     if (!search.found || search.position < front) {
         const qint64 from = std::max(search.position, front);
-        const int match = indexIn(m_lookahead, pattern, static_cast<int>(from - m_removed));
+        const BwaSize match = indexIn(m_lookahead, pattern, static_cast<BwaSize>(from - m_removed));
         const qint64 firstUnknown = m_removed + m_lookahead.size() - (pattern.size() - 1);
         search.found = match >= 0;
         search.position = search.found ? m_removed + match : std::max(from, firstUnknown);
     }
-    return search.found ? static_cast<int>(search.position - front) : -1;
+    return search.found ? static_cast<BwaSize>(search.position - front) : -1;
 }
 
-int BwaCgiMultipartFormDataReader::indexOfDelimiter()
+BwaSize BwaCgiMultipartFormDataReader::indexOfDelimiter()
 {
     return firstOf(indexOf(m_delimiter, m_delimiterSearch),
                    indexOf(m_closeDelimiter, m_closeDelimiterSearch));
 }
 
-void BwaCgiMultipartFormDataReader::consume(int size)
+void BwaCgiMultipartFormDataReader::consume(BwaSize size)
 {
     m_consumed += size;
 }
@@ -223,17 +223,17 @@ bool BwaCgiMultipartFormDataReader::refill(unsigned int size)
 }
 
 // Appends the next @a size bytes of the part to @a content; fewer at the part's end or on failure.
-void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, int size)
+void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, BwaSize size)
 {
-    int missing = size;
+    BwaSize missing = size;
     if (!isUsable() || isAtEndOfPart()) {
         return;
     }
     while (true) {
-        const int delimiter = indexOfDelimiter();
+        const BwaSize delimiter = indexOfDelimiter();
         // Without a delimiter, its start may be among the last bytes.
-        const int safe = delimiter >= 0 ? delimiter : lookaheadSize() - m_closeDelimiter.size();
-        const int taken = std::min(std::max(safe, 0), missing);
+        const BwaSize safe = delimiter >= 0 ? delimiter : lookaheadSize() - m_closeDelimiter.size();
+        const BwaSize taken = std::min(std::max<BwaSize>(safe, 0), missing);
         content.append(m_lookahead.constData() + m_consumed, taken);
         consume(taken);
         missing -= taken;
@@ -263,8 +263,8 @@ bool BwaCgiMultipartFormDataReader::completePartHeader()
 bool BwaCgiMultipartFormDataReader::takePartHeader(QString& name, QString& filename,
                                                    QString& contentType)
 {
-    const int size = indexOf(emptyLine(), m_emptyLineSearch) + 2;
-    const int disposition = indexOf(dispositionName(), m_dispositionSearch);
+    const BwaSize size = indexOf(emptyLine(), m_emptyLineSearch) + 2;
+    const BwaSize disposition = indexOf(dispositionName(), m_dispositionSearch);
     const qint64 dispositionPosition = m_dispositionSearch.position;
     if (disposition < 0 || disposition + dispositionName().size() > size ||
         dispositionPosition == m_refusedDisposition) {

@@ -50,7 +50,7 @@ public:
     /** Leaves the lookahead at the next delimiter, or fails when the body ends first. */
     void skipEndOfPart();
     /** The first position of either delimiter in @a data, or -1. */
-    int indexOfFirstBoundaryDelimiter(const QByteArray& data) const;
+    BwaSize indexOfFirstBoundaryDelimiter(const QByteArray& data) const;
     /**
      * Reads a part's header lines, each ended by CR LF. When the part is to be passed over, the
      * result is false and the texts are untouched.
@@ -77,13 +77,13 @@ private:
     };
 
     bool isUsable() const { return m_request && !m_failed; }
-    int lookaheadSize() const { return m_lookahead.size() - m_consumed; }
+    BwaSize lookaheadSize() const { return m_lookahead.size() - m_consumed; }
     bool lookaheadStartsWith(const QByteArray& pattern) const;
-    int indexOf(const QByteArray& pattern, Search& search) const;
-    int indexOfDelimiter();
-    void consume(int size);
+    BwaSize indexOf(const QByteArray& pattern, Search& search) const;
+    BwaSize indexOfDelimiter();
+    void consume(BwaSize size);
     bool refill(unsigned int size);
-    void appendFromPart(QByteArray& content, int size);
+    void appendFromPart(QByteArray& content, BwaSize size);
     bool takePartHeader(QString& name, QString& filename, QString& contentType);
     bool completePartHeader();
 
@@ -92,8 +92,8 @@ private:
     QByteArray m_closeDelimiter;
     QByteArray m_lookahead; // with consumed bytes still in front
     bool m_failed;
-    int m_consumed;   // bytes at the front of m_lookahead
-    qint64 m_removed; // bytes that have left the front of m_lookahead
+    BwaSize m_consumed; // bytes at the front of m_lookahead
+    qint64 m_removed;   // bytes that have left the front of m_lookahead
     Search m_delimiterSearch;
     Search m_closeDelimiterSearch;
     Search m_emptyLineSearch;

@@ -29,8 +29,8 @@ BwaHeaderValueParser::Element BwaHeaderValueParser::takeElement()
 template <char... Separators>
 QString BwaHeaderValueParser::takeUntil()
 {
-    const int begin = std::min(m_position, m_text.size());
-    const int end = indexOfAny<Separators...>(m_text, begin, m_text.size());
+    const BwaSize begin = std::min(m_position, m_text.size());
+    const BwaSize end = indexOfAny<Separators...>(m_text, begin, m_text.size());
     m_separator = end < m_text.size() ? m_text.at(end) : QChar();
     m_position = end + 1;
     return textBetween(m_text, begin, end);

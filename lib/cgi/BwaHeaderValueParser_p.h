@@ -4,6 +4,8 @@
 #ifndef BWAHEADERVALUEPARSER_P_H
 #define BWAHEADERVALUEPARSER_P_H
 
+#include "BwaGlobal.h"
+
 #include <QHash>
 #include <QList>
 #include <QPair>
@@ -37,7 +39,7 @@ private:
     QString takeQuotedString();
 
     const QString& m_text; // not owned
-    int m_position;
+    BwaSize m_position;
     QChar m_separator; // null at the end of the text
 };
 

@@ -4,6 +4,8 @@
 #ifndef BWATEXTSCANNING_P_H
 #define BWATEXTSCANNING_P_H
 
+#include "BwaGlobal.h"
+
 #include <QString>
 
 #include <algorithm>
@@ -11,14 +13,14 @@
 // What the text parsers have in common. Pieces of length 0 are empty, never null.
 
 /** The characters of @a text from @a begin up to @a end. */
-inline QString textBetween(const QString& text, int begin, int end)
+inline QString textBetween(const QString& text, BwaSize begin, BwaSize end)
 {
     return begin < end ? QString(text.constData() + begin, end - begin) : QString::fromLatin1("");
 }
 
 /** The position of the first of the characters between @a begin and @a end; @a end without one. */
 template <char... Characters>
-int indexOfAny(const QString& text, int begin, int end)
+BwaSize indexOfAny(const QString& text, BwaSize begin, BwaSize end)
 {
     const auto isWanted = [](QChar character) {
         // NOLINTNEXTLINE(google-readability-casting): takes the pack for a cast
@@ -26,7 +28,7 @@ int indexOfAny(const QString& text, int begin, int end)
     };
     const QChar* const characters = text.constData();
     const QChar* const match = std::find_if(characters + begin, characters + end, isWanted);
-    return static_cast<int>(match - characters);
+    return static_cast<BwaSize>(match - characters);
 }
 
 #endif

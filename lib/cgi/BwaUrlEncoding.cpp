@@ -5,6 +5,7 @@
 // next character of certain kinds, and on the way there the scan sees whether any of it has to be
 // decoded. Texts come in 16-bit characters or as Latin-1 bytes, which are not converted before.
 
+#include "BwaGlobal.h"
 #include "cgi/BwaUrlEncoding_p.h"
 
 #include <algorithm>
@@ -53,12 +54,12 @@ QChar wide(QChar character)
 
 QString textBetween(const char* begin, const char* end)
 {
-    return QString::fromLatin1(begin, static_cast<int>(end - begin));
+    return QString::fromLatin1(begin, static_cast<BwaSize>(end - begin));
 }
 
 QString textBetween(const QChar* begin, const QChar* end)
 {
-    return QString(begin, static_cast<int>(end - begin));
+    return QString(begin, static_cast<BwaSize>(end - begin));
 }
 
 int hexDigitValue(QChar character)
@@ -110,8 +111,8 @@ QChar* decode(const Character* read, const Character* end, QChar* written)
 template <typename Character>
 QString decoded(const Character* begin, const Character* end)
 {
-    QString text(static_cast<int>(end - begin), Qt::Uninitialized);
-    text.truncate(static_cast<int>(decode(begin, end, text.data()) - text.data()));
+    QString text(static_cast<BwaSize>(end - begin), Qt::Uninitialized);
+    text.truncate(static_cast<BwaSize>(decode(begin, end, text.data()) - text.data()));
     return text;
 }
 

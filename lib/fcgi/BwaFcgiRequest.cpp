@@ -70,7 +70,7 @@ const ErrorReply errorReplies[] = {
 
 // The names of CGI differ in their size, their middle and their end.
 template <typename Character>
-unsigned int hashOf(const Character* name, int size)
+unsigned int hashOf(const Character* name, BwaSize size)
 {
     const auto middle = static_cast<unsigned char>(size > 0 ? name[size / 2] : 0);
     const auto last = static_cast<unsigned char>(size > 0 ? name[size - 1] : 0);
@@ -78,7 +78,7 @@ unsigned int hashOf(const Character* name, int size)
 }
 
 // Most values are the same in each request.
-QString textOf(QLatin1String value)
+QString textOf(BwaLatin1 value)
 {
     thread_local BwaRecentTexts values;
     return values.textOf(value);
@@ -317,7 +317,7 @@ BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
         textSize += std::strlen(*entry) + 1;
         ++count;
     }
-    m_text = QByteArray(static_cast<int>(textSize), Qt::Uninitialized);
+    m_text = QByteArray(static_cast<BwaSize>(textSize), Qt::Uninitialized);
     m_variables.reserve(count);
     std::fill_n(m_buckets, bucketCount, -1);
     char* name = m_text.data();
@@ -329,7 +329,7 @@ BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
             const int valueSize = static_cast<int>(end - name) - nameSize - 1;
             int& bucket = m_buckets[hashOf(name, nameSize) % bucketCount];
             m_variables.append({name, nameSize, valueSize, bucket});
-            bucket = m_variables.size() - 1;
+            bucket = static_cast<int>(m_variables.size()) - 1;
         }
         name = end + 1;
     }
@@ -342,7 +342,7 @@ QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
     QByteArray& kept = keptBuffer();
     if (size <= smallRead && kept.isDetached()) {
         kept.resize(static_cast<int>(size));
-        kept.resize(FCGX_GetStr(kept.data(), kept.size(), m_request->in));
+        kept.resize(FCGX_GetStr(kept.data(), static_cast<int>(size), m_request->in));
         return kept;
     }
     return growingRead(size, [this](char* buffer, int length) {
@@ -355,8 +355,8 @@ QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
     int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
     while (index >= 0) { // from the last to the first: the last counts
         const Variable& variable = m_variables.at(index);
-        if (name == QLatin1String(variable.name, variable.nameSize)) {
-            return textOf(QLatin1String(variable.name + variable.nameSize + 1, variable.valueSize));
+        if (name == BwaLatin1(variable.name, variable.nameSize)) {
+            return textOf(BwaLatin1(variable.name + variable.nameSize + 1, variable.valueSize));
         }
         index = variable.next;
     }

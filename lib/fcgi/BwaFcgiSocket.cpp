@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
+#include "BwaGlobal.h"
 #include "fcgi/BwaFcgiSocket_p.h"
 
 #include <QByteArray>
@@ -83,7 +84,7 @@ int openFcgiSocket(const QByteArray& address, int backlog)
 {
     // The address ends at a NUL for libfcgi, so it does here.
     const QByteArray text(address.constData());
-    const int colon = text.indexOf(':');
+    const BwaSize colon = text.indexOf(':');
     const int port =
         colon < 0 ? 0 : std::atoi(text.constData() + colon + 1); // NOLINT(cert-err34-c)
     const bool isPort = static_cast<short>(port) != 0;           // decided as libfcgi does

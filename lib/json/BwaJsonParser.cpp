@@ -34,9 +34,9 @@ bool isAscii(std::string_view text)
     return (bits & 0x8080808080808080U) == 0;
 }
 
-QLatin1String latin1(std::string_view text)
+BwaLatin1 latin1(std::string_view text)
 {
-    return QLatin1String(text.data(), static_cast<int>(text.size()));
+    return BwaLatin1(text.data(), static_cast<BwaSize>(text.size()));
 }
 
 // QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
@@ -48,9 +48,9 @@ QString stringOf(std::string_view text)
     const std::string_view mark("\xEF\xBB\xBF");
     if (text.substr(0, mark.size()) == mark) {
         const std::string marked = std::string(mark).append(text);
-        return QString::fromUtf8(marked.data(), static_cast<int>(marked.size()));
+        return QString::fromUtf8(marked.data(), static_cast<BwaSize>(marked.size()));
     }
-    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    return QString::fromUtf8(text.data(), static_cast<BwaSize>(text.size()));
 }
 
 QVariant integerOf(qlonglong number)

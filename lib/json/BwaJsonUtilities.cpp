@@ -129,7 +129,7 @@ bool isHex(const QString& text)
 // Groups of four, of which the last may end in one or two padding signs.
 bool isBase64(const QString& text)
 {
-    int size = text.size();
+    BwaSize size = text.size();
     for (int padding = 0; padding < 2 && size > 0 && text.at(size - 1) == QLatin1Char('=');
          ++padding) {
         --size;

@@ -3,6 +3,7 @@
 
 #include "services/BwaDispatcherFcgiService.h"
 
+#include "BwaQtVersion_p.h"
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
@@ -12,7 +13,7 @@
 BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
     : BwaAbstractFcgiService(parent)
 {
-    connect(&m_destroyedMapper, SIGNAL(mapped(QString)), this, SLOT(serviceDestroyed(QString)));
+    connect(&m_destroyedMapper, BWA_SIGNAL_MAPPED_TEXT, this, SLOT(serviceDestroyed(QString)));
 }
 
 BwaDispatcherFcgiService::~BwaDispatcherFcgiService() = default;
@@ -71,7 +72,7 @@ BwaAbstractFcgiService* BwaDispatcherFcgiService::childForPath(const QString& re
     if (BwaAbstractFcgiService* const child = m_exactChildren.value(rest)) {
         return child;
     }
-    for (int slash = rest.indexOf(QLatin1Char('/')); slash >= 0;
+    for (BwaSize slash = rest.indexOf(QLatin1Char('/')); slash >= 0;
          slash = rest.indexOf(QLatin1Char('/'), slash + 1)) {
         const QString name = QString::fromRawData(rest.constData(), slash);
         BwaAbstractFcgiService* const child = m_children.value(name);

@@ -7,6 +7,7 @@
 // Most timers are started again before they fire, always for a later time. Such a timer keeps its
 // place in the queue, too early as it now is, and moves back when its turn comes.
 
+#include "BwaQtVersion_p.h"
 #include "sessions/BwaSessionTimers_p.h"
 
 #include <QThreadStorage>
@@ -63,9 +64,7 @@ private:
 TimerQueue::TimerQueue()
 {
     setSingleShot(true);
-#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    setTimerType(Qt::PreciseTimer); // others may be 5 % early
-#endif
+    makePrecise(*this);
 }
 
 void TimerQueue::insert(QTimer* timer)

@@ -61,9 +61,9 @@ public:
             return result;
         }
         while (true) {
-            int safe = indexOfFirstBoundaryDelimiter(lookahead);
+            BwaSize safe = indexOfFirstBoundaryDelimiter(lookahead);
             if (safe < 0) {
-                safe = std::max(0, lookahead.size() - closeDelimiter.size());
+                safe = std::max<BwaSize>(0, lookahead.size() - closeDelimiter.size());
             }
             const unsigned int wanted = size - static_cast<unsigned int>(result.size());
             const int take = static_cast<int>(std::min(static_cast<unsigned int>(safe), wanted));

@@ -44,23 +44,23 @@ inline std::string description(const QVariantMap& map)
  */
 inline std::string description(const QVariant& value)
 {
-    switch (static_cast<int>(value.type())) {
-    case QVariant::Invalid:
+    switch (value.userType()) {
+    case QMetaType::UnknownType:
         return "invalid";
-    case QVariant::Bool:
+    case QMetaType::Bool:
         return value.toBool() ? "true" : "false";
-    case QVariant::LongLong:
+    case QMetaType::LongLong:
         return "qlonglong " + std::to_string(value.toLongLong());
-    case QVariant::ULongLong:
+    case QMetaType::ULongLong:
         return "qulonglong " + std::to_string(value.toULongLong());
-    case QVariant::Double:
+    case QMetaType::Double:
         return "double " + doubleText(value.toDouble());
-    case QVariant::String:
+    case QMetaType::QString:
         return (value.toString().isNull() ? "null string " : "string ") +
             value.toString().toStdString();
-    case QVariant::List:
+    case QMetaType::QVariantList:
         return description(value.toList());
-    case QVariant::Map:
+    case QMetaType::QVariantMap:
         return description(value.toMap());
     default:
         return std::string("unexpected type ") + value.typeName();
