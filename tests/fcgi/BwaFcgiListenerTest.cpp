@@ -310,13 +310,6 @@ TEST_F(BwaFcgiListenerServing, GivenNoServicesAtAllAnswersNotFound)
 
 namespace {
 
-// Holds what a service had when it threw: nobody may delete it then, so it stays until the end.
-void keep(BwaFcgiRequest* request)
-{
-    static auto* const kept = new QList<BwaFcgiRequest*>;
-    kept->append(request);
-}
-
 class BwaFcgiListenerException : public ListenerFixture
 {
 protected:

@@ -210,6 +210,12 @@ FcgiReply ListenerFixture::replyTo(const FcgiParameters& parameters, const QByte
     return replyTo(client);
 }
 
+void keep(BwaFcgiRequest* request)
+{
+    static auto* const kept = new QList<BwaFcgiRequest*>;
+    kept->append(request);
+}
+
 void answerPathInfo(BwaFcgiRequest* request)
 {
     request->out() << request->cgiRequest()->environment().pathInfo();

@@ -113,6 +113,8 @@ private:
     std::unique_ptr<BwaFcgiListener> m_listener;
 };
 
+/** Holds what a service had when it threw: nobody may delete it then, so it stays until the end. */
+void keep(BwaFcgiRequest* request);
 /** Answers with the path info. */
 void answerPathInfo(BwaFcgiRequest* request);
 /** A request to /api with that path info. */
