@@ -14,6 +14,7 @@ fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libcl
 browser_packages=("${demo_packages[@]}" chromium)
 package_packages=(debhelper dpkg-dev lintian)
 docs_packages=(doxygen doxygen-awesome-css graphviz perl-base)
+qt6_packages=(qt6-base-dev libqt6core5compat6-dev)
 ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
     abigail-tools musl libclang-rt-14-dev llvm-14 valgrind)
 

@@ -64,7 +64,7 @@ QByteArray damaged(QByteArray bytes, Random& random)
 {
     const int damages = 1 + below(random, 4);
     for (int count = 0; count < damages; ++count) {
-        const int position = below(random, std::min(bytes.size(), 60));
+        const int position = below(random, std::min<int>(bytes.size(), 60));
         switch (below(random, 4)) {
         case 0:
             bytes.remove(position, 1 + below(random, 8));

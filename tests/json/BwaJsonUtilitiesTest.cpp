@@ -5,6 +5,7 @@
 
 #include "json/JsonExtraction.h"
 #include "support/QtPrinters.h"
+#include "support/QtVersion.h"
 
 #include <QChar>
 #include <QDate>
@@ -102,8 +103,9 @@ TEST(IsNullValue, GivenAnyOtherJsonValueIsFalse)
 
 TEST(IsNullValue, GivenAnyVariantThatCallsItselfNullIsTrue)
 {
-    for (const QVariant& value : {QVariant::fromValue(nullptr), QVariant(QString()),
-                                  QVariant(QVariant::LongLong), QVariant(QVariant::String)}) {
+    for (const QVariant& value :
+         {QVariant::fromValue(nullptr), QVariant(QString()), nullVariant(QMetaType::LongLong),
+          nullVariant(QMetaType::QString)}) {
         EXPECT_TRUE(BwaJsonUtilities::isNullValue(QVariantMap{{key, value}}, key))
             << value.typeName();
     }
@@ -608,11 +610,12 @@ TEST(IntegerValueOfADouble, IsRefusedEvenWhenItIsWhole)
 
 TEST(TypedVariantWithoutAValue, GoesByItsType)
 {
-    EXPECT_EQ(integer<int>(QVariant(QVariant::LongLong)), "0");
-    EXPECT_EQ(integer<int>(QVariant(QVariant::Int)), refused);
-    EXPECT_EQ(real<double>(QVariant(QVariant::Double)), "0");
-    EXPECT_EQ(extracted(booleanExtractor, QVariant(QVariant::Bool), true), "false");
-    EXPECT_EQ(extracted(listExtractor, QVariant(QVariant::List)), "()");
+    EXPECT_EQ(integer<int>(nullVariant(QMetaType::LongLong)), "0");
+    EXPECT_EQ(integer<int>(nullVariant(QMetaType::Int)), refused);
+    EXPECT_EQ(real<double>(nullVariant(QMetaType::Double)), "0");
+    EXPECT_EQ(extracted(booleanExtractor, nullVariant(QMetaType::Bool), true), "false");
+    EXPECT_EQ(extracted(listExtractor, nullVariant(QMetaType::QVariantList)),
+              extracted(listExtractor, QVariantList()));
 }
 
 // Members that are absent

@@ -4,7 +4,8 @@
 #ifndef MANUALCLOCK_H
 #define MANUALCLOCK_H
 
-#include <QAbstractEventDispatcher>
+#include "support/QtVersion.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QList>
@@ -18,7 +19,7 @@
  * An event dispatcher whose time stands still until a test moves it on. As long as it lives, the
  * process has no other monotonic time.
  */
-class ManualClock : public QAbstractEventDispatcher
+class ManualClock : public EventDispatcher
 {
 public:
     ManualClock();
@@ -45,7 +46,7 @@ public:
     }
 
     /** How many timers run. */
-    int running() const { return m_timers.size(); }
+    int running() const { return static_cast<int>(m_timers.size()); }
     /** How many timers have been started. */
     int started() const { return m_started; }
     /** Whether every timer that runs is to fire neither early nor late. */
@@ -55,7 +56,8 @@ public:
                            [](const Timer& timer) { return timer.type == Qt::PreciseTimer; });
     }
 
-    void registerTimer(int timerId, int interval, Qt::TimerType type, QObject* object) override
+    void registerTimer(int timerId, TimerInterval interval, Qt::TimerType type,
+                       QObject* object) override
     {
         ++m_started;
         m_timers.append({timerId, interval, type, object, m_now + interval});
@@ -76,7 +78,7 @@ public:
         QList<TimerInfo> timers;
         for (const Timer& timer : m_timers) {
             if (timer.object == object) {
-                timers.append(TimerInfo(timer.id, timer.interval, timer.type));
+                timers.append(TimerInfo(timer.id, static_cast<int>(timer.interval), timer.type));
             }
         }
         return timers;
@@ -93,17 +95,15 @@ public:
     }
 
     bool processEvents(QEventLoop::ProcessEventsFlags /*flags*/) override { return false; }
-    bool hasPendingEvents() override { return false; }
     void registerSocketNotifier(QSocketNotifier* /*notifier*/) override { }
     void unregisterSocketNotifier(QSocketNotifier* /*notifier*/) override { }
     void wakeUp() override { }
     void interrupt() override { }
-    void flush() override { }
 
 private:
     struct Timer {
         int id;
-        int interval; // milliseconds
+        TimerInterval interval;
         Qt::TimerType type;
         QObject* object;
         qint64 due; // milliseconds since the clock began

@@ -98,7 +98,7 @@ private:
             request->sendHttpError(BwaFcgiRequest::BadRequest);
             return;
         }
-        m_tasks.append({m_tasks.size() + 1, title, false});
+        m_tasks.append({static_cast<int>(m_tasks.size()) + 1, title, false});
         request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
         writeJson(request, QJsonDocument(toJson(m_tasks.last())));
     }
