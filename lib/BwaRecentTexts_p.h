@@ -13,7 +13,7 @@
 /**
  * Keeps short texts that come again and again, such as names, so that they share one string
  * instead of being made each time. There is a fixed number of places; a new text in a place
- * replaces the one before.
+ * replaces the one before. Not for secrets: comparing takes longer the more of them is the same.
  */
 class BwaRecentTexts
 {
@@ -35,7 +35,7 @@ public:
     }
 
 private:
-    static const int longestKept = 32; // characters; secrets are longer, as a rule
+    static const int longestKept = 32; // characters
 
     std::array<QString, 64> m_kept;
 };

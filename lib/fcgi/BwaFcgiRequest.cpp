@@ -77,7 +77,14 @@ unsigned int hashOf(const Character* name, BwaSize size)
     return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
 }
 
-// Most values are the same in each request.
+// What a client chooses may be secret. It is not kept, and not compared with what others sent.
+bool isTextOfClient(const char* name)
+{
+    return qstrncmp(name, "HTTP_", 5) == 0 || qstrncmp(name, "QUERY_", 6) == 0 ||
+        qstrncmp(name, "PATH_", 5) == 0;
+}
+
+// The values of the web server: most are the same in each request.
 QString textOf(BwaLatin1 value)
 {
     thread_local BwaRecentTexts values;
@@ -356,7 +363,8 @@ QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
     while (index >= 0) { // from the last to the first: the last counts
         const Variable& variable = m_variables.at(index);
         if (name == BwaLatin1(variable.name, variable.nameSize)) {
-            return textOf(BwaLatin1(variable.name + variable.nameSize + 1, variable.valueSize));
+            const BwaLatin1 value(variable.name + variable.nameSize + 1, variable.valueSize);
+            return isTextOfClient(variable.name) ? QString(value) : textOf(value);
         }
         index = variable.next;
     }
