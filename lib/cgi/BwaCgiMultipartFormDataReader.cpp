@@ -69,15 +69,15 @@ QByteArray boundaryOf(const BwaCgiRequest* request)
 
 BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* request)
     : m_request(request)
-    , m_delimiter("\r\n--" + boundaryOf(request) + "\r\n")
-    , m_closeDelimiter(m_delimiter)
+    , m_delimiterStart("\r\n--" + boundaryOf(request))
+    , m_delimiter(m_delimiterStart + "\r\n")
+    , m_closeDelimiter(m_delimiterStart + "--\r\n")
     , m_lookahead("\r\n") // stands for the line break in front of the first delimiter
     , m_failed(false)
     , m_consumed(0)
     , m_removed(0)
     , m_refusedDisposition(-1)
 {
-    m_closeDelimiter.insert(m_closeDelimiter.size() - 2, "--");
 }
 
 BwaCgiMultipartFormDataReader::~BwaCgiMultipartFormDataReader() = default;
@@ -89,7 +89,7 @@ bool BwaCgiMultipartFormDataReader::nextPart(QString& name, QString& filename, Q
     }
     while (true) {
         skipEndOfPart();
-        if (m_failed || lookaheadStartsWith(m_closeDelimiter)) {
+        if (m_failed || lookaheadHas(m_closeDelimiter, 0)) {
             return false;
         }
         consume(m_delimiter.size());
@@ -130,7 +130,7 @@ bool BwaCgiMultipartFormDataReader::isAtEndOfPart()
         refill(static_cast<unsigned int>(missing));
         m_failed = lookaheadSize() < m_delimiter.size();
     }
-    return lookaheadStartsWith(m_delimiter) || lookaheadStartsWith(m_closeDelimiter);
+    return isDelimiterAt(0);
 }
 
 void BwaCgiMultipartFormDataReader::skipEndOfPart()
@@ -177,10 +177,10 @@ bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, 
     return true;
 }
 
-bool BwaCgiMultipartFormDataReader::lookaheadStartsWith(const QByteArray& pattern) const
+bool BwaCgiMultipartFormDataReader::lookaheadHas(const QByteArray& pattern, BwaSize position) const
 {
-    return lookaheadSize() >= pattern.size() &&
-        std::memcmp(m_lookahead.constData() + m_consumed, pattern.constData(),
+    return lookaheadSize() - position >= pattern.size() &&
+        std::memcmp(m_lookahead.constData() + m_consumed + position, pattern.constData(),
                     static_cast<std::size_t>(pattern.size())) == 0;
 }
 
@@ -198,10 +198,24 @@ BwaSize BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search
     return search.found ? static_cast<BwaSize>(search.position - front) : -1;
 }
 
+// Both delimiters begin alike, and looking for that takes half the time of looking for each. What
+// begins so may be neither, which is known only when as many bytes have come as the longer has.
 BwaSize BwaCgiMultipartFormDataReader::indexOfDelimiter()
 {
-    return firstOf(indexOf(m_delimiter, m_delimiterSearch),
-                   indexOf(m_closeDelimiter, m_closeDelimiterSearch));
+    BwaSize start = indexOf(m_delimiterStart, m_delimiterSearch);
+    while (start >= 0 && !isDelimiterAt(start)) {
+        if (lookaheadSize() - start < m_closeDelimiter.size()) {
+            return -1;
+        }
+        m_delimiterSearch = {m_delimiterSearch.position + 1, false};
+        start = indexOf(m_delimiterStart, m_delimiterSearch);
+    }
+    return start;
+}
+
+bool BwaCgiMultipartFormDataReader::isDelimiterAt(BwaSize position) const
+{
+    return lookaheadHas(m_delimiter, position) || lookaheadHas(m_closeDelimiter, position);
 }
 
 void BwaCgiMultipartFormDataReader::consume(BwaSize size)

@@ -78,16 +78,18 @@ private:
 
     bool isUsable() const { return m_request && !m_failed; }
     BwaSize lookaheadSize() const { return m_lookahead.size() - m_consumed; }
-    bool lookaheadStartsWith(const QByteArray& pattern) const;
+    bool lookaheadHas(const QByteArray& pattern, BwaSize position) const;
     BwaSize indexOf(const QByteArray& pattern, Search& search) const;
     BwaSize indexOfDelimiter();
+    bool isDelimiterAt(BwaSize position) const;
     void consume(BwaSize size);
     bool refill(unsigned int size);
     void appendFromPart(QByteArray& content, BwaSize size);
     bool takePartHeader(QString& name, QString& filename, QString& contentType);
     bool completePartHeader();
 
-    BwaCgiRequest* m_request; // not owned
+    BwaCgiRequest* m_request;    // not owned
+    QByteArray m_delimiterStart; // what both delimiters begin with
     QByteArray m_delimiter;
     QByteArray m_closeDelimiter;
     QByteArray m_lookahead; // with consumed bytes still in front
@@ -95,7 +97,6 @@ private:
     BwaSize m_consumed; // bytes at the front of m_lookahead
     qint64 m_removed;   // bytes that have left the front of m_lookahead
     Search m_delimiterSearch;
-    Search m_closeDelimiterSearch;
     Search m_emptyLineSearch;
     Search m_dispositionSearch;
     qint64 m_refusedDisposition; // position of the one refused last, or -1
