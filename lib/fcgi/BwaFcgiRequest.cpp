@@ -77,11 +77,18 @@ unsigned int hashOf(const Character* name, BwaSize size)
     return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
 }
 
-// What a client chooses may be secret. It is not kept, and not compared with what others sent.
-bool isTextOfClient(const char* name)
+template <std::size_t Size>
+bool startsWith(BwaLatin1 name, const char (&prefix)[Size])
 {
-    return qstrncmp(name, "HTTP_", 5) == 0 || qstrncmp(name, "QUERY_", 6) == 0 ||
-        qstrncmp(name, "PATH_", 5) == 0;
+    const std::size_t length = Size - 1;
+    return static_cast<std::size_t>(name.size()) >= length &&
+        std::memcmp(name.data(), prefix, length) == 0;
+}
+
+// What a client chooses may be secret. It is not kept, and not compared with what others sent.
+bool isTextOfClient(BwaLatin1 name)
+{
+    return startsWith(name, "HTTP_") || startsWith(name, "QUERY_") || startsWith(name, "PATH_");
 }
 
 // The values of the web server: most are the same in each request.
@@ -113,9 +120,7 @@ BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
     , m_input(new BwaFcgiInput(request))
     , m_cgiRequest(new BwaCgiRequest(m_input.get()))
     , m_outBuffer(request->out)
-    , m_errBuffer(request->err)
     , m_out(&m_outBuffer)
-    , m_err(&m_errBuffer)
     , m_watch(nullptr)
 {
 }
@@ -126,6 +131,12 @@ BwaFcgiRequest::~BwaFcgiRequest()
     for (Watch* watch = m_watch; watch; watch = watch->m_outer) {
         watch->m_request = nullptr;
     }
+}
+
+BwaFcgiRequest::ErrorStream::ErrorStream(FCGX_Stream* errors)
+    : buffer(errors)
+    , stream(&buffer)
+{
 }
 
 BwaFcgiRequest::Watch::Watch(BwaFcgiRequest* request)
@@ -168,11 +179,20 @@ void BwaFcgiRequest::finish()
     }
 }
 
+std::ostream& BwaFcgiRequest::err()
+{
+    if (!m_err) {
+        m_err.emplace(m_request->err);
+    }
+    return m_err->stream;
+}
+
 // Finishes while somebody may still hold the request: the streams take nothing any more.
 void BwaFcgiRequest::abandon()
 {
+    std::ostream* const streams[] = {&out(), &err()};
     finish();
-    for (std::ostream* stream : {&m_out, &m_err}) {
+    for (std::ostream* stream : streams) {
         stream->exceptions(std::ios::goodbit);
         stream->rdbuf(nullptr);
     }
@@ -202,7 +222,7 @@ void BwaFcgiRequest::sendHttpError(unsigned short statusCode, const QString& rea
         writeErrorPage(statusCode, reasonPhrase);
     } catch (const std::exception& exception) {
         const BwaCgiEnvironment& environment = m_cgiRequest->environment();
-        m_err << QString::fromLatin1("Error while sending HTTP error %1 (%2) for request to script "
+        err() << QString::fromLatin1("Error while sending HTTP error %1 (%2) for request to script "
                                      "\"%3\" with path info \"%4\": %5")
                      .arg(QString::number(statusCode), reasonPhrase, environment.scriptName(),
                           environment.pathInfo(), QString::fromLatin1(exception.what()));
@@ -238,7 +258,7 @@ void BwaFcgiRequest::sendStaticFile(const QString& filePath, const QString& cont
         m_out << header;
     } catch (const std::exception& exception) {
         const BwaCgiEnvironment& environment = m_cgiRequest->environment();
-        m_err << QString::fromLatin1("Error while sending static file \"%1\" for request to script "
+        err() << QString::fromLatin1("Error while sending static file \"%1\" for request to script "
                                      "\"%2\" with path info \"%3\": %4")
                      .arg(filePath, environment.scriptName(), environment.pathInfo(),
                           QString::fromLatin1(exception.what()));
@@ -335,7 +355,8 @@ BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
             const int nameSize = static_cast<int>(static_cast<const char*>(equals) - name);
             const int valueSize = static_cast<int>(end - name) - nameSize - 1;
             int& bucket = m_buckets[hashOf(name, nameSize) % bucketCount];
-            m_variables.append({name, nameSize, valueSize, bucket});
+            m_variables.append(
+                {static_cast<int>(name - m_text.constData()), nameSize, valueSize, bucket});
             bucket = static_cast<int>(m_variables.size()) - 1;
         }
         name = end + 1;
@@ -362,9 +383,10 @@ QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
     int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
     while (index >= 0) { // from the last to the first: the last counts
         const Variable& variable = m_variables.at(index);
-        if (name == BwaLatin1(variable.name, variable.nameSize)) {
-            const BwaLatin1 value(variable.name + variable.nameSize + 1, variable.valueSize);
-            return isTextOfClient(variable.name) ? QString(value) : textOf(value);
+        const BwaLatin1 variableName(m_text.constData() + variable.position, variable.nameSize);
+        if (name == variableName) {
+            const BwaLatin1 value(variableName.data() + variable.nameSize + 1, variable.valueSize);
+            return isTextOfClient(variableName) ? QString(value) : textOf(value);
         }
         index = variable.next;
     }

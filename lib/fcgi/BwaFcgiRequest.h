@@ -12,12 +12,13 @@
 #include <QPair>
 #include <QSharedPointer>
 #include <QString>
-#include <QVector>
+#include <QVarLengthArray>
 
 #include <fcgio.h>
 
 #include <exception>
 #include <memory>
+#include <optional>
 #include <ostream>
 
 class BwaCgiRequest;
@@ -118,7 +119,7 @@ public:
     /** The reply: a header block, then the body. */
     std::ostream& out() { return m_out; }
     /** Messages for the web server's log, without line ends. */
-    std::ostream& err() { return m_err; }
+    std::ostream& err();
 
 private:
     friend class BwaDispatcherFcgiService;
@@ -191,6 +192,14 @@ private:
         Watch* m_outer;            // not owned; the next one on the same request, or null
     };
 
+    // Most requests log nothing, and making a stream takes longer than reading a cookie.
+    struct ErrorStream {
+        explicit ErrorStream(FCGX_Stream* errors);
+
+        fcgi_streambuf buffer;
+        std::ostream stream; // writes to buffer
+    };
+
     // For an exception that no request's log can take any more.
     static void logException(const std::exception& exception);
 
@@ -203,9 +212,8 @@ private:
     std::unique_ptr<BwaCgiRequest> m_cgiRequest; // reads from m_input
     // Unbuffered, so that they touch nothing when they are destroyed after the finish.
     ReplyBuffer m_outBuffer;
-    fcgi_streambuf m_errBuffer;
     std::ostream m_out;                                 // writes to m_outBuffer
-    std::ostream m_err;                                 // writes to m_errBuffer
+    std::optional<ErrorStream> m_err;                   // made when it is first asked for
     Watch* m_watch;                                     // not owned; the innermost, or null
     QSharedPointer<BwaFcgiOpenRequests> m_openRequests; // counts this until the finish; or null
 };
@@ -227,16 +235,16 @@ private:
 
     // A variable within m_text.
     struct Variable {
-        const char* name;
+        int position; // where its name begins
         int nameSize;
         int valueSize; // the value stands one byte behind the name
         int next;      // index of the variable before it in the same bucket, or -1
     };
 
-    FCGX_Request* m_request;       // not owned
-    QByteArray m_text;             // the names and values
-    QVector<Variable> m_variables; // in the order in which they came
-    int m_buckets[bucketCount];    // index of the last variable in each, or -1
+    FCGX_Request* m_request;                   // not owned
+    QByteArray m_text;                         // the names and values
+    QVarLengthArray<Variable, 32> m_variables; // in the order in which they came
+    int m_buckets[bucketCount];                // index of the last variable in each, or -1
 };
 
 #endif
