@@ -13,6 +13,20 @@ front_pid=
 port=
 program= # the application, where the front server starts it
 application_port=
+showcase=
+
+# Builds $showcase: in the release tree, or, where there is none, in one that needs no test packages.
+build_showcase()
+{
+    local tree=release
+    if [ -f "$root/build/release/build.ninja" ]; then
+        cmake --build "$root/build/release" --target showcase || fail "the release build failed"
+    else
+        tree=demo
+        build demo --preset release -DBWA_BUILD_TESTS=OFF
+    fi
+    showcase=$root/build/$tree/examples/showcase/showcase
+}
 
 begin_serving()
 {
