@@ -90,6 +90,13 @@ void sendAndClose(const QByteArray& path, const QByteArray& bytes)
          MSG_NOSIGNAL | MSG_DONTWAIT);
 }
 
+void sendDamaged(const QByteArray& path, const QByteArray& request, int times, Random& random)
+{
+    for (int count = 0; count < times; ++count) {
+        sendAndClose(path, damaged(request, random));
+    }
+}
+
 } // namespace
 
 TEST_F(OddPeer, GivenARequestCutInTwoAnywhereAnswersTheSame)
@@ -129,9 +136,9 @@ TEST_F(OddPeer, WhenNobodyClosesTheConnectionsAreClosed)
     const int before = openDescriptors();
 
     serveWhile([&] {
-        std::vector<std::unique_ptr<FcgiClient>> clients;
-        for (int count = 0; count < 20; ++count) {
-            clients.push_back(answeredClient());
+        std::vector<std::unique_ptr<FcgiClient>> clients(20);
+        for (auto& client : clients) {
+            client = answeredClient();
         }
         for (const auto& client : clients) {
             EXPECT_TRUE(client->isClosedByPeer());
@@ -177,9 +184,7 @@ TEST_F(OddPeer, GivenDamagedRecordsServesTheNextOne)
 
     serveWhile([&] {
         for (int round = 0; round < faultRounds(); ++round) {
-            for (int count = 0; count < 100; ++count) {
-                sendAndClose(path(), damaged(wholeRequest(), random));
-            }
+            sendDamaged(path(), wholeRequest(), 100, random);
             expectGoodAnswer();
         }
     });
