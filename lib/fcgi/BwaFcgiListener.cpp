@@ -79,6 +79,8 @@ BwaFcgiListener::~BwaFcgiListener()
     do {
         m_worker.stopListening();
     } while (!m_thread.wait(stopInterval));
+    // ThreadSanitizer does not see the wait. Here it sees that the thread has let go of the worker.
+    Q_ASSERT(!m_worker.m_stopRequested);
     dropUndeliveredRequests();
 }
 

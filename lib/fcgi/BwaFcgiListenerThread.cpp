@@ -129,9 +129,10 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
         endListening();
         leaveAccepting(m_stopRequested);
     }
-    if (!m_stopRequested.exchange(false)) {
+    if (!m_stopRequested) {
         Q_EMIT listeningError();
     }
+    m_stopRequested = false; // the last that the thread does with this object
 }
 
 void BwaFcgiListenerThread::acceptRequests(int descriptor)
