@@ -414,6 +414,8 @@ INSTANTIATE_TEST_SUITE_P(
         CookiesCase{"TrailingSemicolon", "a=1;", "[a|1;]"},
         CookiesCase{"LeadingSeparator", "; a=1", "[a|1]"},
         CookiesCase{"SeparatorsOnly", "; ; ; ", ""},
+        CookiesCase{"SeparatorsWithTheHighestBitSet", "\xbb\xa0\xbd=\xbd\xbb\xa0",
+                    "[\\u00BB\\u00A0\\u00BD|\\u00BD\\u00BB\\u00A0]"},
         CookiesCase{"DoubleSemicolon", "a=1;; b=2", "[a|1;][b|2]"}),
     nameOf<CookiesCase>);
 

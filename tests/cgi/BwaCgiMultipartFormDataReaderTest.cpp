@@ -274,6 +274,18 @@ TEST(MultipartBodyText, GivenContentOfEveryByteDeliversItUnchanged)
     EXPECT_FALSE(reading.reader.failed());
 }
 
+TEST(MultipartBodyText, GivenABoundaryAboveAsciiFindsItAtAnyOffset)
+{
+    for (int length = 0; length < 17; ++length) {
+        const QByteArray content(length, '\xff');
+        const QByteArray body = "--\xff\xe9\r\nContent-Disposition: form-data; name=a\r\n\r\n" +
+            content + "\r\n--\xff\xe9--\r\n";
+
+        ASSERT_EQ(partsOf(body, "multipart/form-data; boundary=\xff\xe9"),
+                  "[a <null>  " + content.toStdString() + "]complete");
+    }
+}
+
 TEST(MultipartBodyText, GivenADelimiterCutByARefillAnywhereRecognisesIt)
 {
     for (int length = 4096 - 47 - 20; length < 4096 - 47 + 4; ++length) {

@@ -207,6 +207,15 @@ TEST(ParseUrlEncodedVariablesText, GivenManySeparatorsStoresAVariableForEach)
     EXPECT_EQ(variables.count(QString()), 1024 * 1024 + 1);
 }
 
+TEST(ParseUrlEncodedVariablesText, GivenCharactersWhoseLowByteIsASeparatorKeepsThem)
+{
+    const QString text = QStringLiteral(u"\u0125\u012b\u0126\u013b\u013d");
+
+    const auto variables = BwaCgiRequest::parseUrlEncodedVariables(text);
+
+    EXPECT_EQ(variables, (QMultiHash<QString, QString>{{text, QString()}}));
+}
+
 // --- construction
 
 TEST(BwaCgiRequest, ReadsTheEnvironmentFromItsInput)
@@ -406,6 +415,38 @@ TEST(ProcessUrlEncodedBody, ReadsTheBytesAsLatin1)
 
     EXPECT_TRUE(request.processBodyContent());
     EXPECT_EQ(shownVariables(request.formVariables()), "\\u00E9=\\u00C3\\u00A9");
+}
+
+TEST(ProcessUrlEncodedBody, GivenAnyByteAboveAsciiTakesItForText)
+{
+    for (int code = 0x80; code < 0x100; ++code) {
+        const QByteArray byte(1, static_cast<char>(code));
+        MemoryCgiInput input(urlEncoded, byte + "=+" + byte);
+        BwaCgiRequest request(&input);
+
+        ASSERT_TRUE(request.processBodyContent());
+
+        const std::string character = shown(QString(QChar(code)));
+        ASSERT_EQ(shownVariables(request.formVariables()), character + "= " + character);
+    }
+}
+
+TEST(ProcessUrlEncodedBody, GivenPiecesOfAnyLengthFindsTheirEnds)
+{
+    const QByteArray likeAnAmpersand("\xa6"); // but for its highest bit
+    for (int nameSize = 1; nameSize <= 17; ++nameSize) {
+        for (int valueSize = 0; valueSize <= 17; ++valueSize) {
+            const QByteArray name(nameSize, 'n');
+            const QByteArray value = likeAnAmpersand.repeated(valueSize);
+            MemoryCgiInput input(urlEncoded, name + "=" + value + "%41&a=+");
+            BwaCgiRequest request(&input);
+
+            ASSERT_TRUE(request.processBodyContent());
+
+            ASSERT_EQ(shownVariables(request.formVariables()),
+                      "a=  " + name.toStdString() + "=" + shown(QString::fromLatin1(value + "A")));
+        }
+    }
 }
 
 TEST(ProcessUrlEncodedBody, GivenNulByteDropsTheRest)

@@ -83,6 +83,9 @@ INSTANTIATE_TEST_SUITE_P(
         HeaderValueCase{"BlankBeforeQuoteIsNoQuote", "a; b= \"1;2\"", "a{2\"=<null>;b=\"1}"},
         HeaderValueCase{"QuoteInsideValueIsText", "a; b=x\"1;c\"", "a{b=x\"1;c\"=<null>}"},
         HeaderValueCase{"QuotesInMainValueAreText", "\"a;b\"", "\"a{b\"=<null>}"},
+        HeaderValueCase{"SeparatorsWithTheHighestBitSet",
+                        "\xac\xbb\xbd; \xbd=\xa2\xbb; c=\"\xdc\xa2\"",
+                        "\\u00AC\\u00BB\\u00BD{c=\\u00DC\\u00A2;\\u00BD=\\u00A2\\u00BB}"},
         HeaderValueCase{"BackslashOutsideQuotesIsText", "a\\; b=\\1", "a\\{b=\\1}"}),
     [](const auto& info) { return std::string(info.param.name); });
 

@@ -11,6 +11,7 @@
 #include <ostream>
 #include <string>
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -152,6 +153,21 @@ TEST(RequestLimits, GivenTooLargeABodyReadNothingOfIt)
     request.processBodyContent();
 
     EXPECT_THAT(input.readSizes, IsEmpty());
+}
+
+TEST(RequestLimits, GivenALengthOfMoreThan31BitsCompareIt)
+{
+    MemoryCgiInput input;
+    input.set("CONTENT_LENGTH", "2147483648");
+    BwaCgiRequest request(&input);
+
+    request.setLimits(ofBodySize(2147483647));
+    request.processBodyContent();
+    EXPECT_THAT(input.readSizes, IsEmpty());
+
+    request.setLimits(ofBodySize(2147483648U));
+    request.processBodyContent();
+    EXPECT_THAT(input.readSizes, ElementsAre(2147483648U));
 }
 
 TEST(RequestLimits, DoNotHoldForWhatIsReadPieceByPiece)

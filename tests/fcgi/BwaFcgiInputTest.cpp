@@ -166,6 +166,22 @@ TEST_F(BwaFcgiInput, ReadsTextAsLatin1)
               QString::fromLatin1("caf\xe9 \x80\xff"));
 }
 
+// They begin at every distance from a boundary of words.
+TEST_F(BwaFcgiInput, GivenTextsOfAnyLengthReadsThem)
+{
+    FcgiParameters parameters;
+    for (int length = 0; length < 64; ++length) {
+        parameters.append(
+            qMakePair("\xe4" + QByteArray::number(100 + length), QByteArray(length, '\xff')));
+    }
+    Input input(accepted(parameters));
+
+    for (const auto& parameter : qAsConst(parameters)) {
+        EXPECT_EQ(input.getenv(QString::fromLatin1(parameter.first)),
+                  QString::fromLatin1(parameter.second));
+    }
+}
+
 TEST_F(BwaFcgiInput, GivenEntryWithoutEqualsSignSkipsIt)
 {
     char first[] = "A=1";

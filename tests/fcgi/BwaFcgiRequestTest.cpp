@@ -144,6 +144,23 @@ TEST(BwaFcgiRequest, WritesBytesAsTheyStand)
     EXPECT_EQ(exchange.reply().out, bytes);
 }
 
+TEST(BwaFcgiRequest, WritesSingleBytesAsTheyStand)
+{
+    FcgiExchange exchange(someRequest);
+    BwaFcgiRequest* request = exchange.takeRequest();
+    QByteArray bytes;
+
+    for (int code = 0; code < 256; ++code) {
+        bytes.append(static_cast<char>(code));
+        request->out().put(static_cast<char>(code));
+    }
+    const bool isGood = request->out().good();
+    delete request;
+
+    EXPECT_TRUE(isGood);
+    EXPECT_EQ(exchange.reply().out, bytes);
+}
+
 TEST(BwaFcgiRequest, WhenTheBodyIsFlushedSendsItAtOnce)
 {
     FcgiExchange exchange(someRequest);

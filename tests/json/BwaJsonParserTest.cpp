@@ -105,6 +105,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValueCase{"Exponent", "[1e2]", "[double 100]"},
         ValueCase{"NegativeExponent", "[25E-2]", "[double 0.25]"},
         ValueCase{"Underflow", "[1e-400]", "[double 0]"},
+        ValueCase{"EightDigitsBehindThePoint", "[1.00390625]", "[double 1.00390625]"},
         ValueCase{"LargestDouble", "[1.7976931348623157e308]", "[double 1.7976931348623157e+308]"}),
     nameOf);
 
@@ -271,6 +272,19 @@ TEST(Parse, GivenLongStringKeepsAllOfIt)
     const std::string text(1 << 20, 'x');
 
     EXPECT_EQ(parsed("[\"" + text + "\"]"), "[string " + text + "]");
+}
+
+// Texts of up to three words, at every distance from a boundary of words.
+TEST(Parse, GivenACharacterAboveAsciiAnywhereReadsIt)
+{
+    for (int size = 0; size < 24; ++size) {
+        for (int position = 0; position <= size; ++position) {
+            const std::string text = std::string(size, 'a').insert(position, "\xc3\xa9");
+
+            ASSERT_EQ(parsed("{\"" + text + "\":\"" + text + "\"}"),
+                      "{" + text + ": string " + text + "}");
+        }
+    }
 }
 
 // Whatever makes strings and keys fast: they are those that were written.

@@ -248,6 +248,30 @@ TEST_F(BwaWebSessionTest, WhenLifetimeHasPassedExpiresTheToken)
     EXPECT_THAT(recorder.names, ElementsAre("tokenExpired"));
 }
 
+TEST_F(BwaWebSessionTest, GivenTheLongestLifetimeExpiresTheTokenNoEarlier)
+{
+    const int longest = std::numeric_limits<int>::max();
+    const BwaWebSession* session = newSession(longest, -1);
+
+    clock->advance(longest - 1);
+    EXPECT_FALSE(session->isTokenExpired());
+    clock->advance(1);
+
+    EXPECT_TRUE(session->isTokenExpired());
+}
+
+TEST_F(BwaWebSessionTest, GivenAClockOfMoreThan32BitsExpiresTheTokenOnTime)
+{
+    clock->advance(5000000000); // 58 days
+    const BwaWebSession* session = newSession(lifetime, -1);
+
+    clock->advance(lifetime - 1);
+    EXPECT_FALSE(session->isTokenExpired());
+    clock->advance(1);
+
+    EXPECT_TRUE(session->isTokenExpired());
+}
+
 TEST_F(BwaWebSessionTest, WhenTokenExpiresStartsOnlyTheRemovalTimer)
 {
     newSession(lifetime, delay);
