@@ -2,7 +2,16 @@
 # SPDX-License-Identifier: MIT
 
 # Qt's CMake package would take its code generators from the sysroot, where they are missing or
-# made for the device. It leaves alone those that are there already: the building machine's.
+# made for the device. Here are the building machine's: Qt 6 has a package for them, and Qt 5
+# leaves alone those that are there already.
+
+if(BWA_QT EQUAL 6)
+    find_path(Qt6CoreTools_DIR Qt6CoreToolsConfig.cmake
+        HINTS /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake/Qt6CoreTools
+            /usr/lib64/cmake/Qt6CoreTools /usr/lib/cmake/Qt6CoreTools
+        NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    return()
+endif()
 
 foreach(tool qmake moc rcc)
     find_program(BWA_HOST_${tool} ${tool} HINTS /usr/lib/qt5/bin REQUIRED)
