@@ -3,6 +3,7 @@
 
 #include "html/BwaHtmlNodeList.h"
 
+#include <memory>
 #include <ostream>
 
 BwaHtmlNodeList::BwaHtmlNodeList() = default;
@@ -13,7 +14,7 @@ BwaHtmlNodeList::BwaHtmlNodeList(const BwaAbstractHtmlNode& node)
 }
 
 BwaHtmlNodeList::BwaHtmlNodeList(const BwaHtmlNodeList& other)
-    : BwaAbstractCgiStreamableElement(other)
+    : BwaHtmlNodeList() // from here on the destructor deletes the clones when one of them fails
 {
     for (const BwaAbstractHtmlNode* node : other.m_nodes) {
         append(*node);
@@ -41,6 +42,8 @@ BwaHtmlNodeList& BwaHtmlNodeList::append(const BwaAbstractHtmlNode& node)
 
 BwaHtmlNodeList& BwaHtmlNodeList::append(BwaAbstractHtmlNode* node)
 {
+    std::unique_ptr<BwaAbstractHtmlNode> taken(node);
     m_nodes.append(node);
+    taken.release();
     return *this;
 }

@@ -16,6 +16,7 @@
 
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <type_traits>
 
 using testing::ElementsAre;
@@ -64,6 +65,14 @@ public:
 
 private:
     std::ios_base::iostate m_state;
+};
+
+/** Cannot be cloned. */
+class SingleNode : public BwaAbstractHtmlNode
+{
+public:
+    void render(std::ostream& stream) const override { stream << '.'; }
+    SingleNode* clone() const override { throw std::runtime_error("there is only one"); }
 };
 
 } // namespace
@@ -188,6 +197,17 @@ TEST(BwaHtmlNodeList, WhenCopiedClonesEachNodeInOrder)
     EXPECT_THAT(log, ElementsAre("clone a", "clone b"));
     EXPECT_EQ(rendered(copy), "a'b'");
     EXPECT_EQ(rendered(*original), "ab");
+}
+
+TEST(BwaHtmlNodeList, WhenCopyingFailsDeletesTheClones)
+{
+    Log log;
+    BwaHtmlNodeList original;
+    original.append(new TrackedNode("a", &log)).append(new SingleNode);
+
+    EXPECT_THROW(BwaHtmlNodeList{original}, std::runtime_error);
+
+    EXPECT_THAT(log, ElementsAre("clone a", "delete a'"));
 }
 
 TEST(BwaHtmlNodeList, WhenCopiedOutlivesTheOriginal)
