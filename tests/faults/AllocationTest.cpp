@@ -4,7 +4,8 @@
 // Memory that is short. Every allocation of a request fails in its turn, in Qt as well as here: the
 // one fault that the program itself makes, by a malloc() of its own. Only the thread that serves is
 // concerned, while a request is handed to it: libfcgi allocates in the accepting thread, and ends
-// the process when it gets nothing.
+// the process when it gets nothing. What a request has allocated must be freed when it has ended,
+// whatever failed.
 
 #include "BwaStringStreaming.h"
 #include "FaultFixture.h"
@@ -22,10 +23,14 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <exception>
+#include <memory>
+#include <mutex>
 #include <stdexcept>
 
 // The names are those of the C library.
@@ -33,6 +38,7 @@
 extern "C" void* __libc_malloc(std::size_t size);
 extern "C" void* __libc_calloc(std::size_t count, std::size_t size);
 extern "C" void* __libc_realloc(void* memory, std::size_t size);
+extern "C" void __libc_free(void* memory);
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace {
@@ -44,6 +50,45 @@ enum class Shortage { Passes, Lasts };
 thread_local int untilFailure = 0;
 thread_local Shortage shortage = Shortage::Passes;
 thread_local int allocations = 0;
+// Whether this thread has a request handed to it.
+thread_local bool isServing = false;
+
+/** The memory that requests have allocated and nobody has freed yet; it allocates nothing. */
+class MemoryOfRequests
+{
+public:
+    void add(void* memory)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_pieces.at(m_count++) = memory;
+    }
+
+    /** Whether @a memory was there. */
+    bool remove(const void* memory)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        void** const end = m_pieces.data() + m_count;
+        void** const found = std::find(m_pieces.data(), end, memory);
+        if (found == end) {
+            return false;
+        }
+        *found = m_pieces.at(--m_count);
+        return true;
+    }
+
+    std::size_t count()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_count;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::array<void*, 10000> m_pieces = {};
+    std::size_t m_count = 0;
+};
+
+MemoryOfRequests memoryOfRequests;
 
 // Whether there is no memory for the allocation that is asked for.
 bool isShort()
@@ -55,6 +100,15 @@ bool isShort()
     untilFailure = shortage == Shortage::Lasts ? 1 : 0;
     errno = ENOMEM;
     return true;
+}
+
+// As it is, but among the memory of requests when it is for one.
+void* noted(void* memory)
+{
+    if (isServing && memory) {
+        memoryOfRequests.add(memory);
+    }
+    return memory;
 }
 
 struct Case {
@@ -114,6 +168,7 @@ class ShortOfMemory : public QObject
 public:
     std::atomic<int> failing{0};   // the number of the allocation that fails; 0: none
     std::atomic<int> allocated{0}; // for the last request
+    std::atomic<int> served{0};    // requests
 
     explicit ShortOfMemory(Shortage kind)
         : m_kind(kind)
@@ -129,13 +184,16 @@ public:
         allocations = 0;
         untilFailure = failing;
         bool escaped = false;
+        isServing = true;
         try {
             receiver->event(event);
         } catch (const std::exception&) {
             escaped = true;
         }
+        isServing = false;
         untilFailure = 0;
         allocated = allocations;
+        ++served;
         EXPECT_FALSE(escaped) << "an exception has left the listener at allocation " << failing;
         return true;
     }
@@ -157,14 +215,15 @@ public:
         m_sessions.createSession(QStringLiteral("user"), id, id);
         m_root.addService(QStringLiteral("short"),
                           new BwaStandardFcgiService(new Processor(&m_identifier)));
-        serve("/root", [this](BwaFcgiRequest* request) { m_root.processRequest(request); });
+        serve("/root", [this](BwaFcgiRequest* request) { process(request); });
         listener().installEventFilter(&m_memory);
     }
 
 protected:
-    FcgiReply reply() const
+    FcgiReply reply()
     {
         const QByteArray id = "{11111111-1111-4111-8111-111111111111}";
+        const int before = m_memory.served;
         FcgiClient client(path());
         client.sendRequest({{"SCRIPT_NAME", "/root"},
                             {"PATH_INFO", "/short"},
@@ -175,16 +234,22 @@ protected:
                             {"CONTENT_LENGTH", QByteArray::number(GetParam().body.size())}},
                            GetParam().body);
         client.shutDownSending();
-        return client.readReply();
+        const FcgiReply reply = client.readReply();
+        waitUntil([&] { return m_memory.served > before; });
+        return reply;
+    }
+
+    void expectAnswer()
+    {
+        const FcgiReply answer = reply();
+        EXPECT_TRUE(answer.ended && answer.out.endsWith(GetParam().answer));
     }
 
     // How many allocations the request takes when memory is not short.
     int allocationsOfRequest()
     {
         reply(); // for what is made once only
-        EXPECT_TRUE(reply().out.endsWith(GetParam().answer));
-        expectGoodAnswer();
-        reply();
+        expectAnswer();
         return m_memory.allocated;
     }
 
@@ -192,17 +257,32 @@ protected:
     void expectEndAndServing(int number)
     {
         SCOPED_TRACE(number);
+        const std::size_t before = memoryOfRequests.count();
         m_memory.failing = number;
         EXPECT_TRUE(reply().ended);
         m_memory.failing = 0;
-        expectGoodAnswer();
+        expectAnswer();
+        EXPECT_EQ(memoryOfRequests.count(), before) << "pieces of memory";
     }
 
 private:
+    // A request that an exception leaves here is still the service's: deleted with the next one.
+    void process(BwaFcgiRequest* request)
+    {
+        m_left.reset();
+        try {
+            m_root.processRequest(request);
+        } catch (const std::exception&) {
+            m_left.reset(request);
+            throw;
+        }
+    }
+
     BwaWebSessionManager m_sessions;
     BwaCookiesFcgiSessionIdentifier m_identifier;
     BwaDispatcherFcgiService m_root;
     ShortOfMemory m_memory;
+    std::unique_ptr<BwaFcgiRequest> m_left;
 };
 
 } // namespace
@@ -210,17 +290,29 @@ private:
 // NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" void* malloc(std::size_t size)
 {
-    return isShort() ? nullptr : __libc_malloc(size);
+    return isShort() ? nullptr : noted(__libc_malloc(size));
 }
 
 extern "C" void* calloc(std::size_t count, std::size_t size)
 {
-    return isShort() ? nullptr : __libc_calloc(count, size);
+    return isShort() ? nullptr : noted(__libc_calloc(count, size));
 }
 
 extern "C" void* realloc(void* memory, std::size_t size)
 {
-    return isShort() ? nullptr : __libc_realloc(memory, size);
+    if (isShort()) {
+        return nullptr;
+    }
+    // Before the other threads can be given it.
+    const bool isOfRequest = !memory || memoryOfRequests.remove(memory);
+    void* const moved = __libc_realloc(memory, size);
+    return isOfRequest ? noted(moved) : moved;
+}
+
+extern "C" void free(void* memory)
+{
+    memoryOfRequests.remove(memory);
+    __libc_free(memory);
 }
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
