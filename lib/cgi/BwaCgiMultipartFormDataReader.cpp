@@ -55,6 +55,11 @@ QByteArray lineFrom(const QByteArray& header, BwaSize begin)
     return header.mid(begin, end < 0 ? -1 : end - begin);
 }
 
+bool isOfFormData(const QString& parameter)
+{
+    return parameter == QLatin1String("name") || parameter == QLatin1String("filename");
+}
+
 QByteArray boundaryOf(const BwaCgiRequest* request)
 {
     if (!request) {
@@ -161,7 +166,7 @@ bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, 
     }
     const QByteArray value = lineFrom(header, disposition + dispositionName().size());
     const QString text = QString::fromUtf8(value.constData(), value.size());
-    const auto element = BwaHeaderValueParser(text).takeElement();
+    const auto element = BwaHeaderValueParser(text, isOfFormData).takeElement();
     const auto nameParameter = element.second.constFind(QString::fromLatin1("name"));
     if (element.first != QLatin1String("form-data") || nameParameter == element.second.constEnd()) {
         return false;

@@ -4,8 +4,9 @@
 #include "cgi/BwaHeaderValueParser_p.h"
 #include "cgi/BwaTextScanning_p.h"
 
-BwaHeaderValueParser::BwaHeaderValueParser(const QString& text)
+BwaHeaderValueParser::BwaHeaderValueParser(const QString& text, NameFilter isWanted)
     : m_text(text)
+    , m_isWanted(isWanted)
     , m_position(0)
 {
 }
@@ -42,7 +43,10 @@ BwaHeaderValueParser::Parameters BwaHeaderValueParser::takeParameters()
     while (m_separator == QLatin1Char(';')) {
         const QString name = takeUntil<'=', ';', ','>().trimmed();
         const bool hasValue = m_separator == QLatin1Char('=');
-        parameters.insert(name, hasValue ? takeParameterValue() : QString());
+        const QString value = hasValue ? takeParameterValue() : QString();
+        if (!m_isWanted || m_isWanted(name)) {
+            parameters.insert(name, value);
+        }
     }
     return parameters;
 }

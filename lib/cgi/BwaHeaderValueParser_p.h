@@ -22,9 +22,14 @@ class BwaHeaderValueParser
 public:
     using Parameters = QHash<QString, QString>;
     using Element = QPair<QString, Parameters>;
+    using NameFilter = bool (*)(const QString& name);
 
-    /** @a text must outlive the parser. */
-    explicit BwaHeaderValueParser(const QString& text);
+    /**
+     * @a text must outlive the parser. With a filter, only the parameters whose names it accepts
+     * are kept. Where a client chooses the length of @a text, there has to be one: inserting many
+     * names that collide in the hash takes quadratic time.
+     */
+    explicit BwaHeaderValueParser(const QString& text, NameFilter isWanted = nullptr);
 
     /** The elements that are left, one at least. */
     QList<Element> takeElements();
@@ -39,6 +44,7 @@ private:
     QString takeQuotedString();
 
     const QString& m_text; // not owned
+    NameFilter m_isWanted; // null: all are
     BwaSize m_position;
     QChar m_separator; // null at the end of the text
 };

@@ -25,6 +25,19 @@ inline QByteArray delimitersBeforeOneLongRefusedDisposition(int size)
         repeated("; name=\"a\"", size / 2) + "\r\n\r\n\r\n--B--\r\n";
 }
 
+// Names that have the same hash where it is h = 31 * h + character: "Aa" and "BB" have.
+inline QByteArray collidingParameters(int size)
+{
+    QByteArray header = "--B\r\nContent-Disposition: form-data; name=a";
+    for (int i = 0; header.size() < size; ++i) {
+        header += ';';
+        for (int bit = 0; bit < 16; ++bit) {
+            header += (i >> bit) % 2 == 0 ? "Aa" : "BB";
+        }
+    }
+    return header + "\r\n\r\n1\r\n--B--\r\n";
+}
+
 inline QByteArray delimitersBeforeOneField(int size)
 {
     return repeated("--B\r\n", size) +

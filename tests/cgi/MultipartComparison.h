@@ -48,8 +48,8 @@ public:
         const std::string result = resultOf(m_reader, operation, size);
         const std::string modelResult = resultOf(m_model, operation, size);
         m_finished = modelResult == "no part";
-        return {result + stateOf(m_reader.failed(), m_reader.lookahead(), m_input),
-                modelResult + stateOf(m_model.failed, m_model.lookahead, m_modelInput)};
+        return {result + stateOf(m_reader, m_reader.failed(), m_reader.lookahead(), m_input),
+                modelResult + stateOf(m_model, m_model.failed, m_model.lookahead, m_modelInput)};
     }
 
 private:
@@ -95,11 +95,14 @@ private:
         return shown(name) + "|" + shown(filename) + "|" + shown(contentType);
     }
 
-    static std::string stateOf(bool failed, const QByteArray& lookahead,
+    template <typename Reader>
+    static std::string stateOf(const Reader& reader, bool failed, const QByteArray& lookahead,
                                const MemoryCgiInput& input)
     {
         std::string text = failed ? "\nfailed\n" : "\nusable\n";
-        text += lookahead.toStdString() + "\nread " + std::to_string(input.position) + " by";
+        text += lookahead.toStdString() + "\ndelimiter at " +
+            std::to_string(reader.indexOfFirstBoundaryDelimiter(lookahead)) + "\nread " +
+            std::to_string(input.position) + " by";
         for (const unsigned int size : input.readSizes) {
             text += " " + std::to_string(size);
         }

@@ -130,6 +130,7 @@ QList<Form> bodyForms()
          processMultipart<delimitersBeforeOneEmptyLine>},
         {"time", "delimiters-before-one-long-refused-disposition",
          processMultipart<delimitersBeforeOneLongRefusedDisposition>},
+        {"time", "colliding-parameters", processMultipart<collidingParameters>},
         {"time", "delimiters-before-one-field", processMultipart<delimitersBeforeOneField>},
         {"time", "refused-dispositions-before-one-empty-line",
          processMultipart<refusedDispositionsBeforeOneEmptyLine>},
