@@ -39,6 +39,8 @@ public:
     void setParentService(BwaDispatcherFcgiService* parent);
 
 private:
+    friend class BwaDispatcherFcgiService;
+
     BwaDispatcherFcgiService* m_parentService; // not owned
 };
 

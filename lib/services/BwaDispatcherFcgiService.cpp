@@ -16,7 +16,13 @@ BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
     connect(&m_destroyedMapper, BWA_SIGNAL_MAPPED_TEXT, this, SLOT(serviceDestroyed(QString)));
 }
 
-BwaDispatcherFcgiService::~BwaDispatcherFcgiService() = default;
+// The children are destroyed last, when their names are gone: none is to ask for its own any more.
+BwaDispatcherFcgiService::~BwaDispatcherFcgiService()
+{
+    for (BwaAbstractFcgiService* const child : qAsConst(m_children)) {
+        child->m_parentService = nullptr;
+    }
+}
 
 void BwaDispatcherFcgiService::processRequest(BwaFcgiRequest* request)
 {

@@ -104,6 +104,37 @@ TEST(ServicePath, WhenRemovedIsEmptyAndNotNullAgain)
     EXPECT_FALSE(service.servicePath().isNull());
 }
 
+namespace {
+
+/** Tells its path when it is destroyed. */
+class LeavingService : public LabelledService
+{
+public:
+    explicit LeavingService(QString* lastPath)
+        : LabelledService("leaving")
+        , m_lastPath(lastPath)
+    {
+    }
+    ~LeavingService() override { *m_lastPath = servicePath(); }
+
+private:
+    QString* m_lastPath; // not owned
+};
+
+} // namespace
+
+TEST(ServicePath, WhenDestroyedWithTheParentIsEmpty)
+{
+    QString lastPath = QStringLiteral("unknown");
+    {
+        BwaDispatcherFcgiService root;
+        root.addDispatcherService(QStringLiteral("api"))
+            ->addService(QStringLiteral("leaving"), new LeavingService(&lastPath));
+    }
+
+    EXPECT_EQ(lastPath, QString());
+}
+
 TEST(SetParentService, WhenAdoptedSetsBothParents)
 {
     BwaDispatcherFcgiService root;
