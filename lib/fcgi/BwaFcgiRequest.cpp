@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -312,7 +313,14 @@ int BwaFcgiRequest::ReplyBuffer::sync()
 std::streamsize BwaFcgiRequest::ReplyBuffer::xsputn(const char* text, std::streamsize size)
 {
     follow(text, size);
-    return fcgi_streambuf::xsputn(text, size);
+    const std::streamsize most = std::numeric_limits<int>::max(); // libfcgi counts with int
+    std::streamsize written = 0;
+    std::streamsize last = 1;
+    while (written < size && last > 0) {
+        last = fcgi_streambuf::xsputn(text + written, std::min(size - written, most));
+        written += std::max<std::streamsize>(last, 0);
+    }
+    return written;
 }
 
 // The body begins behind the first empty line; a carriage return does not make a line less empty.

@@ -14,6 +14,7 @@
 #include <type_traits>
 
 #include <poll.h>
+#include <sys/mman.h>
 
 namespace {
 
@@ -248,6 +249,29 @@ TEST(BwaFcgiRequest, WhenThePeerHasGoneIsDeletedWithoutHarm)
     const bool broken = request->out().bad();
     request->err() << "nor that" << std::flush;
     delete request;
+
+    EXPECT_TRUE(broken);
+}
+
+// libfcgi counts with int.
+TEST(BwaFcgiRequest, WhenMoreThanAnIntCountsIsWrittenAtOnceIsDeletedWithoutHarm)
+{
+    const auto size = static_cast<std::size_t>(3) << 30U;
+    if (sizeof size < 8) {
+        GTEST_SKIP() << "nothing is as large";
+    }
+    void* const text =
+        mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(text, MAP_FAILED);
+    FcgiExchange exchange(someRequest);
+    BwaFcgiRequest* request = exchange.takeRequest();
+    exchange.client().abort();
+
+    request->out() << "A: b\n\n";
+    request->out().write(static_cast<const char*>(text), static_cast<std::streamsize>(size));
+    const bool broken = request->out().bad();
+    delete request;
+    munmap(text, size);
 
     EXPECT_TRUE(broken);
 }
