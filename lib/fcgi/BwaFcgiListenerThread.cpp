@@ -157,11 +157,13 @@ bool BwaFcgiListenerThread::acceptRequest(int descriptor)
     FCGX_Request* const request = new FCGX_Request;
     FCGX_InitRequest(request, descriptor, 0);
     setAwaited(request);
-    if (!accept(request)) {
+    const bool isAccepted = accept(request);
+    setAwaited(nullptr); // before anything closes its connection
+    if (!isAccepted) {
         FCGX_Free(request, 1);
+        delete request;
         return false;
     }
-    setAwaited(nullptr);
     if (FCGX_GetError(request->in) != 0) {
         closeAndDelete(request); // cut short: what it asks for may not be what was meant
     } else {
@@ -208,8 +210,6 @@ void BwaFcgiListenerThread::setAwaited(FCGX_Request* request)
 void BwaFcgiListenerThread::endListening()
 {
     const std::lock_guard<std::mutex> lock(m_endMutex);
-    delete m_awaited;
-    m_awaited = nullptr;
     freeFinishedRequest();
     ::close(m_descriptor.exchange(-1));
 }

@@ -67,7 +67,7 @@ private:
     std::atomic<int> m_descriptor; // -1: not listening
     // Neither the descriptor nor the awaited request goes while stopListening() looks at them.
     std::mutex m_endMutex;
-    FCGX_Request* m_awaited; // owned; null unless a request is waited for; under m_endMutex
+    FCGX_Request* m_awaited; // not owned; null unless one is waited for; under m_endMutex
     QSharedPointer<BwaFcgiOpenRequests> m_openRequests; // the listener's, or null
 };
 
