@@ -14,6 +14,7 @@
 #include <QElapsedTimer>
 
 #include <atomic>
+#include <cerrno>
 #include <utility>
 
 #include <poll.h>
@@ -31,11 +32,14 @@ void freeAndDelete(FCGX_Request* request)
     }
 }
 
-// Reads what has come; false when the connection has ended or nothing is there.
-bool discardInput(int connection)
+const ssize_t endOfBodySize = 8; // bytes of the empty record that ends each body
+
+// Reads what has come, and tells how many bytes; none when the connection has ended or nothing is
+// there.
+ssize_t discardInput(int connection)
 {
     char unread[4096];
-    return ::recv(connection, unread, sizeof unread, MSG_DONTWAIT) > 0;
+    return ::recv(connection, unread, sizeof unread, MSG_DONTWAIT);
 }
 
 void waitForClose(int connection)
@@ -45,26 +49,22 @@ void waitForClose(int connection)
     ::shutdown(connection, SHUT_WR);
     pollfd input = {connection, POLLIN, 0};
     qint64 left = lingerTime();
-    while (left > 0 && ::poll(&input, 1, static_cast<int>(left)) > 0 && discardInput(connection)) {
+    bool isOpen = true;
+    while (isOpen && left > 0) {
+        const int ready = ::poll(&input, 1, static_cast<int>(left));
+        isOpen = ready > 0 ? discardInput(connection) > 0 : ready < 0 && errno == EINTR;
         left = lingerTime() - timer.elapsed();
     }
 }
 
-} // namespace
-
-void finishAndDelete(FCGX_Request* request)
+void endReply(FCGX_Request* request)
 {
     FCGX_FClose(request->err);
     FCGX_FClose(request->out);
-    if (request->keepConnection) {
-        discardInput(request->ipcFd); // the web server does not mean to close
-    } else if (request->ipcFd >= 0) {
-        waitForClose(request->ipcFd);
-    }
-    closeAndDelete(request);
 }
 
-void closeAndDelete(FCGX_Request* request)
+// Closes the connection, and frees all but the parameters.
+void release(FCGX_Request* request)
 {
     request->keepConnection = 0; // nobody will accept a second request on the connection
     FCGX_Detach(request);        // closes without waiting
@@ -73,6 +73,28 @@ void closeAndDelete(FCGX_Request* request)
     FCGX_Finish_r(request);
     *request = parameters;
     freeAndDelete(finishedRequest.exchange(request));
+}
+
+} // namespace
+
+void finishAndDelete(FCGX_Request* request)
+{
+    endReply(request);
+    // A web server that keeps connections does not mean to close this one. It is waited for only
+    // when a part of the body has come unread, of which more may come.
+    if (request->keepConnection && discardInput(request->ipcFd) <= endOfBodySize) {
+        ::shutdown(request->ipcFd, SHUT_WR); // a program started meanwhile may have it open, too
+    } else if (request->ipcFd >= 0) {
+        waitForClose(request->ipcFd);
+    }
+    release(request);
+}
+
+void closeAndDelete(FCGX_Request* request)
+{
+    endReply(request);
+    ::shutdown(request->ipcFd, SHUT_RDWR); // a program started meanwhile may have it open, too
+    release(request);
 }
 
 void freeFinishedRequest()

@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -90,7 +91,9 @@ int openFcgiSocket(const QByteArray& address, int backlog)
     const bool isPort = static_cast<short>(port) != 0;           // decided as libfcgi does
     const bool canOpen = text.size() <= longestAddress &&
         (isPort ? canBindPort(text.left(colon), port) : canBindPath(text));
-    return canOpen ? FCGX_OpenSocket(text.constData(), backlog) : -1;
+    const int descriptor = canOpen ? FCGX_OpenSocket(text.constData(), backlog) : -1;
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // clients would wait for a program that is started
+    return descriptor;
 }
 
 bool isListeningSocket(int descriptor)

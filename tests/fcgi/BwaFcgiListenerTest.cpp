@@ -24,7 +24,10 @@
 #include <stdexcept>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 namespace {
 
@@ -248,6 +251,52 @@ TEST_F(BwaFcgiListenerServing, WhenTheFrontServerKeepsConnectionsClosesEachAfter
     EXPECT_EQ(openDescriptors(), before);
 }
 
+TEST_F(BwaFcgiListenerServing, WhenAnotherProgramHoldsAKeptConnectionEndsItAllTheSame)
+{
+    int held = -1;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        held = dup(request->fcgxRequest()->ipcFd); // as a program that is started would
+        answerPathInfo(request);
+    });
+    start();
+    FcgiClient client(path());
+    client.send(FcgiClient::requestBytes(apiRequest("/first"), QByteArray(), true));
+
+    EXPECT_EQ(replyTo(client).out, QByteArray("/first"));
+    EXPECT_TRUE(client.isClosedByPeer());
+    close(held);
+}
+
+// What has not been read makes closing a connection by TCP a reset, and what waits to be sent is
+// lost.
+TEST_F(BwaFcgiListenerServing, WhenTheBodyOfAKeptConnectionIsUnreadALongReplyArrivesWhole)
+{
+    const QByteArray text(400000, 'x');
+    bool finished = false;
+    serve("/api", [&](BwaFcgiRequest* request) {
+        request->out().write(text.constData(), text.size());
+        delete request;
+        finished = true;
+    });
+    const auto client = FcgiClient::onPort(startOnPort());
+    client->send(FcgiClient::requestBytes(apiRequest(), QByteArray(60000, 'x'), true));
+    runEventLoopUntil([&] { return finished; });
+
+    const FcgiReply reply = client->readReply();
+
+    EXPECT_EQ(reply.out.size(), text.size());
+    EXPECT_TRUE(reply.ended);
+}
+
+TEST_F(BwaFcgiListenerServing, HandsTheSocketToNoProgramThatIsStarted)
+{
+    serve("/api", answerPathInfo);
+    start();
+    replyTo(apiRequest());
+
+    EXPECT_EQ(fcntl(listeningSocket(), F_GETFD), FD_CLOEXEC);
+}
+
 TEST_F(BwaFcgiListenerServing, WhenTheClientGoesBeforeTheReplyServesTheNextOne)
 {
     serve("/api", [](BwaFcgiRequest* request) {
@@ -419,6 +468,26 @@ TEST_F(BwaFcgiListenerServing, WhenAClientStaysConnectedWaitsForItNoLongerThanAM
     EXPECT_TRUE(replyTo(client).ended);
     EXPECT_GE(milliseconds, 150);  // 200 are meant
     EXPECT_LT(milliseconds, 1000); // libfcgi itself waits 2000
+}
+
+TEST_F(BwaFcgiListenerServing, WhenASignalArrivesWaitsForTheClientAllTheSame)
+{
+    qint64 milliseconds = -1;
+    signal(SIGALRM, [](int) {});
+    const itimerval everyTenMilliseconds = {{0, 10000}, {0, 10000}};
+    unsetenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT");
+    serve("/api", [&](BwaFcgiRequest* request) {
+        setitimer(ITIMER_REAL, &everyTenMilliseconds, nullptr);
+        milliseconds = millisecondsOf([&] { delete request; });
+        const itimerval never = {};
+        setitimer(ITIMER_REAL, &never, nullptr);
+    });
+    start();
+    FcgiClient client(path());
+    client.sendRequest(apiRequest());
+
+    EXPECT_TRUE(replyTo(client).ended);
+    EXPECT_GE(milliseconds, 150); // 200 are meant
 }
 
 TEST_F(BwaFcgiListenerServing, WhenAClientGoesOnSendingWaitsForItNoLongerThanAMoment)
