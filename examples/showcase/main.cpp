@@ -30,6 +30,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
+#include <cstdlib>
 #include <iostream>
 #include <stdexcept>
 
@@ -148,7 +149,12 @@ int serve(QCoreApplication& application, const Options& options)
         QCoreApplication::exit(1);
     });
     listener.listen(options.socket);
-    return application.exec();
+    const int status = application.exec();
+    if (options.socket.isNull()) {
+        // A listener that is destroyed shuts its socket down, which the next process still needs.
+        std::_Exit(status);
+    }
+    return status;
 }
 
 } // namespace

@@ -107,14 +107,14 @@ public:
     void sendStaticFile(const QString& filePath, const QString& contentType,
                         const QList<BwaHttpCookie>& cookies);
 
-    /** The script name and, right behind it, the path info. */
+    /** The script name and, right behind it, the path info; not to be called once finished. */
     QString fullPath() const;
 
     /** The request of libfcgi; owned by this, null once finished. */
     FCGX_Request* fcgxRequest() { return m_request; }
-    /** Where variables and body come from; owned by this. */
+    /** Where variables and body come from; owned by this, null once finished. */
     BwaFcgiInput* input() { return m_input.get(); }
-    /** What was asked; owned by this. */
+    /** What was asked; owned by this, null once finished, as after a root service has thrown. */
     BwaCgiRequest* cgiRequest() { return m_cgiRequest.get(); }
     /** The reply: a header block, then the body. */
     std::ostream& out() { return m_out; }
