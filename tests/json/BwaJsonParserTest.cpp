@@ -158,6 +158,17 @@ TEST_P(ParseRefused, GivesFalseAndInvalidVariant)
     EXPECT_FALSE(value.isValid());
 }
 
+TEST_P(ParseRefused, PrintsNothing)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+
+    parsed(GetParam().text);
+
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Texts, ParseRefused,
                          testing::Values(RefusedCase{"Empty", ""}, RefusedCase{"Blanks", "  "},
                                          RefusedCase{"LineEnd", "\n"}, RefusedCase{"Nul", "\0"s},

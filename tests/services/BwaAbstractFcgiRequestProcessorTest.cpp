@@ -228,6 +228,17 @@ TEST(ParseJsonContent, WhenBodyIsNoJsonSendsNothing)
     EXPECT_EQ(result.reply.errorText, "");
 }
 
+TEST(ParseJsonContent, WhenBodyIsNoJsonPrintsNothing)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+
+    parsing("application/json", "{\"a\":1,}");
+
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(ParseJsonContent, WhenBodyIsEmptySendsNothing)
 {
     const Parsing result = parsing("application/json", "");
