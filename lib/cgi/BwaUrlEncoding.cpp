@@ -117,11 +117,11 @@ QString decoded(const Character* begin, const Character* end)
 }
 
 // The position of the first separator at or behind @a from; the size when there is none.
-int firstSeparator(const QByteArray& text, int from)
+BwaSize firstSeparator(const QByteArray& text, BwaSize from)
 {
     const auto isSeparator = [](char character) { return kindOf(character) == separator; };
     const auto found = std::find_if(text.begin() + from, text.end(), isSeparator);
-    return static_cast<int>(found - text.begin());
+    return static_cast<BwaSize>(found - text.begin());
 }
 
 /** Takes a text apart from left to right. */
@@ -201,10 +201,10 @@ QMultiHash<QString, QString> urlEncodedVariables(const QString& text)
 QMultiHash<QString, QString> urlEncodedVariables(QByteArray latin1)
 {
     const int shortText = 64 * 1024; // bytes
-    latin1.truncate(static_cast<int>(qstrlen(latin1.constData())));
+    latin1.truncate(static_cast<BwaSize>(qstrlen(latin1.constData())));
     QMultiHash<QString, QString> variables;
     while (latin1.size() > shortText) {
-        const int half = firstSeparator(latin1, latin1.size() / 2);
+        const BwaSize half = firstSeparator(latin1, latin1.size() / 2);
         if (half == latin1.size()) {
             break;
         }
