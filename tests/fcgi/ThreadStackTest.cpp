@@ -161,7 +161,7 @@ TEST_F(AcceptingThreadStack, GivenHostNameIsHalfOf128KiBAtMost)
     EXPECT_LE(used, 64 * kibibyte);
 }
 
-TEST(ServingThreadStack, GivenDeepestJsonIs2MiBAtMost)
+TEST(ServingThreadStack, GivenDeepestJsonIs1MiBAtMost)
 {
     const std::size_t used = stackUsedBy([] {
         parseAndCompare(nested("[", "]", 1024));
@@ -170,7 +170,7 @@ TEST(ServingThreadStack, GivenDeepestJsonIs2MiBAtMost)
     });
 
     RecordProperty("bytes", static_cast<int>(used));
-    EXPECT_LE(used, 2048 * kibibyte);
+    EXPECT_LE(used, 1024 * kibibyte);
 }
 
 TEST(ServingThreadStack, GivenLongInputsIs64KiBAtMost)
