@@ -92,10 +92,10 @@ front_answers()
     curl -s -o /dev/null --max-time 2 "http://127.0.0.1:$port/"
 }
 
-# Tries a condition for up to a minute; a condition that answers 2 will never hold.
+# await CONDITION [SECONDS]: tries it for up to a minute; a condition that answers 2 will never hold
 await()
 {
-    local status deadline=$((SECONDS + 60))
+    local status deadline=$((SECONDS + ${2-60}))
     while [ $SECONDS -lt $deadline ]; do
         status=0
         "$1" || status=$?

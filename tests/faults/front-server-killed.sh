@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: MIT
 
 # front-server-killed.sh APPLICATION: nginx is killed with requests under way, and started again,
-# BWA_FAULT_ROUNDS times or 3, but 100 at most.
+# BWA_FAULT_ROUNDS times or 3, but 100 at most. The last time it stays away.
 
 # shellcheck source-path=SCRIPTDIR source=../end-to-end/common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/../end-to-end/common.sh"
@@ -23,11 +23,19 @@ requests_are_under_way()
     [ "$(open_descriptors)" -gt "$descriptors" ]
 }
 
+# With requests under way.
 kill_front()
 {
+    send_requests
+    await requests_are_under_way || fail "no request came to the application"
     kill -KILL "$front_pid"
     wait "$front_pid" 2>/dev/null || true
     front_pid=
+}
+
+expect_descriptors_back()
+{
+    await as_many_descriptors_as_before 5 || fail "$(open_descriptors) descriptors, $descriptors before"
 }
 
 begin_serving
@@ -37,14 +45,14 @@ start_front nginx
 descriptors=$(open_descriptors)
 
 for ((round = 1; round <= (rounds < 100 ? rounds : 100); ++round)); do
-    send_requests
-    await requests_are_under_way || fail "no request came to the application"
     kill_front
     wait "$client" || true
     start_front nginx
     expect_equal "answer after restart $round" "at once" "$(curl -s --max-time 5 "http://127.0.0.1:$port/api/now")"
+    expect_descriptors_back
 done
 
-await as_many_descriptors_as_before || fail "$(open_descriptors) descriptors, $descriptors before"
+kill_front
+expect_descriptors_back
 say "$((round - 1)) restarts"
 stop_application || fail "the application ended with status $?"
