@@ -19,8 +19,8 @@ BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
 // The children are destroyed last, when their names are gone: none is to ask for its own any more.
 BwaDispatcherFcgiService::~BwaDispatcherFcgiService()
 {
-    for (BwaAbstractFcgiService* const child : qAsConst(m_children)) {
-        child->m_parentService = nullptr;
+    for (auto child = m_children.constBegin(); child != m_children.constEnd(); ++child) {
+        child.value()->m_parentService = nullptr;
     }
 }
 
