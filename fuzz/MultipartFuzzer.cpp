@@ -2,8 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // A multipart body: whatever is done with the reader, in whatever pieces the body comes, it does
-// the same as its literal model and asks the same of its input. And the parts do not depend on the
-// pieces.
+// the same as its literal model and asks the same of its input.
 
 #include "Fuzzing.h"
 #include "MultipartBody.h"
