@@ -44,6 +44,6 @@ BwaHtmlNodeList& BwaHtmlNodeList::append(BwaAbstractHtmlNode* node)
 {
     std::unique_ptr<BwaAbstractHtmlNode> taken(node);
     m_nodes.append(node);
-    taken.release();
+    static_cast<void>(taken.release()); // the list owns it now
     return *this;
 }
