@@ -70,7 +70,10 @@ public Q_SLOTS:
      * Settled: with a port other than 0, on a Unix socket named ":%d" in the working directory. For
      * TCP, call listen() with "address:port".
      *
-     * Ignored while listening already. SIGTERM and SIGUSR1 keep their dispositions.
+     * Ignored while listening already. SIGTERM and SIGUSR1 keep their dispositions. The first call
+     * sets a variable of the environment for a moment: other threads must not read one meanwhile.
+     *
+     * Stopping shuts the socket down, also for the next process that would be handed it.
      */
     void listen(quint16 listeningPort = 0);
     /**
