@@ -3,10 +3,12 @@
 
 // A request with a body: CONTENT_TYPE in the first line, CONTENT_LENGTH in the second (the true one
 // when it is empty), then the body. What is kept agrees with literal models, reading again does
-// nothing, and nothing is read beyond the announced length.
+// nothing, and nothing is read beyond the announced length. With limits a body within them is taken
+// as without, and any other fails.
 
 #include "Choices.h"
 #include "Fuzzing.h"
+#include "MultipartBody.h"
 #include "Texts.h"
 #include "cgi/BwaCgiRequest.h"
 #include "cgi/LiteralHeaderValue.h"
@@ -25,6 +27,7 @@ struct Outcome {
     QMultiHash<QString, QString> variables;
     QHash<QString, BwaCgiFile> files;
     QByteArray body;
+    unsigned int parts = 0;
 };
 
 std::string shownOutcome(const Outcome& outcome)
@@ -51,6 +54,7 @@ Outcome literalMultipart(const QString& boundary, MemoryCgiInput* input, unsigne
     QString fileName;
     QString contentType;
     while (reader.nextPart(name, fileName, contentType)) {
+        ++outcome.parts;
         const QByteArray data = reader.readAllFromPart();
         if (fileName.isNull()) {
             outcome.variables.insert(name, variableText(data));
@@ -91,6 +95,36 @@ void expectNothingKept(const BwaCgiRequest& request)
     EXPECT_TRUE(request.body().isEmpty());
 }
 
+bool isWithin(unsigned int limit, unsigned int number)
+{
+    return limit == 0 || number <= limit;
+}
+
+void compareWithLimits(MemoryCgiInput* input, const Outcome& unlimited, std::minstd_rand& choices)
+{
+    BwaRequestLimits limits;
+    limits.maxBodySize = below(4, choices) == 0 ? 1 + below(1000, choices) : 0;
+    limits.maxFormFields = below(5, choices);
+    limits.maxParts = below(5, choices);
+    BwaCgiRequest request(input);
+    request.setLimits(limits);
+
+    const bool complete = request.processBodyContent();
+
+    const auto fields = static_cast<unsigned int>(unlimited.variables.size());
+    EXPECT_EQ(
+        complete,
+        unlimited.complete && isWithin(limits.maxBodySize, request.environment().contentLength()) &&
+            isWithin(limits.maxFormFields, fields) && isWithin(limits.maxParts, unlimited.parts));
+    if (complete) {
+        EXPECT_EQ(request.formVariables(), unlimited.variables);
+    } else {
+        expectNothingKept(request);
+        EXPECT_FALSE(request.processBodyContent());
+        expectNothingKept(request);
+    }
+}
+
 } // namespace
 
 void fuzz(const QByteArray& input)
@@ -103,6 +137,7 @@ void fuzz(const QByteArray& input)
         cgiInput.set("CONTENT_LENGTH", length.constData());
     }
     MemoryCgiInput modelInput = cgiInput;
+    MemoryCgiInput limitedInput = cgiInput;
     BwaCgiRequest request(&cgiInput);
 
     const bool complete = request.processBodyContent();
@@ -110,9 +145,9 @@ void fuzz(const QByteArray& input)
     EXPECT_LE(request.bodyBytesRead(), request.environment().contentLength());
     EXPECT_EQ(request.bodyBytesRead(), static_cast<unsigned int>(cgiInput.position));
     const Outcome outcome = {complete, request.formVariables(), request.files(), request.body()};
-    EXPECT_EQ(shownOutcome(outcome),
-              shownOutcome(literalOutcome(variableText(contentType), &modelInput,
-                                          request.environment().contentLength())));
+    const Outcome expected = literalOutcome(variableText(contentType), &modelInput,
+                                            request.environment().contentLength());
+    EXPECT_EQ(shownOutcome(outcome), shownOutcome(expected));
     if (complete) {
         const int reads = cgiInput.readSizes.size();
         EXPECT_TRUE(request.processBodyContent());
@@ -120,4 +155,6 @@ void fuzz(const QByteArray& input)
     } else {
         expectNothingKept(request);
     }
+    std::minstd_rand random = choicesFor(input);
+    compareWithLimits(&limitedInput, expected, random);
 }
