@@ -69,7 +69,7 @@ void hashUpload(BwaFcgiRequest* request)
     QString fileName;
     QString contentType;
     while (reader.nextPart(name, fileName, contentType)) {
-        while (!reader.isAtEndOfPart()) {
+        while (!reader.isAtEndOfPart() && !reader.failed()) {
             hash.addData(reader.readFromPart(64 * 1024));
         }
     }
@@ -87,6 +87,21 @@ BwaTestReply replyTo(const BwaTestRequest& request, void (*answer)(BwaFcgiReques
         answer(received);
         delete received;
     });
+}
+
+QByteArray uploadOf(const QByteArray& content)
+{
+    return "--b\r\n"
+           "Content-Disposition: form-data; name=file; filename=x.bin\r\n"
+           "\r\n" +
+        content + "\r\n--b--\r\n";
+}
+
+BwaTestReply replyToUpload(const QByteArray& body)
+{
+    BwaTestRequest request("POST", "/");
+    request.setBody("multipart/form-data; boundary=b", body);
+    return replyTo(request, hashUpload);
 }
 
 } // namespace
@@ -142,10 +157,19 @@ TEST(HowToReadForms, GivenALargeUploadReadsItInPieces)
               QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex());
 }
 
-TEST(HowToReadForms, GivenHalfAnUploadIsABadRequest)
+// Within the header of the part, its content, the last delimiter; and without the line end behind
+// it.
+TEST(HowToReadForms, GivenAnUploadThatIsCutAnywhereIsABadRequest)
 {
-    BwaTestRequest request("POST", "/");
-    request.setBody("multipart/form-data; boundary=b", "--b\r\nContent-Disposition: form-data; ");
+    const QByteArray body = uploadOf("more content than a delimiter has");
+    for (int size = 1; size < body.size(); ++size) {
+        EXPECT_EQ(replyToUpload(body.left(size)).statusCode, 400) << size << " bytes of it";
+    }
+}
 
-    EXPECT_EQ(replyTo(request, hashUpload).statusCode, 400);
+TEST(HowToReadForms, GivenHalfOfALargeUploadIsABadRequest)
+{
+    const QByteArray body = uploadOf(QByteArray(1000 * 1000, 'x'));
+
+    EXPECT_EQ(replyToUpload(body.left(body.size() / 2)).statusCode, 400);
 }

@@ -45,7 +45,16 @@ public:
     QByteArray readFromPart(unsigned int size);
     /** The rest of the part; what has come of it when the body fails. */
     QByteArray readAllFromPart();
-    /** May read a few bytes of the body to tell; fails when too few are left. */
+    /**
+     * Whether all of the part has been read. May read a few bytes of the body to tell; the body
+     * fails when too few are left.
+     *
+     * Once the body has failed this is false for ever, so a loop asks failed(), too:
+     *
+     *     while (!reader.isAtEndOfPart() && !reader.failed()) {
+     *         file.write(reader.readFromPart(64 * 1024));
+     *     }
+     */
     bool isAtEndOfPart();
     /** Leaves the lookahead at the next delimiter, or fails when the body ends first. */
     void skipEndOfPart();
