@@ -11,10 +11,8 @@
 
 void FormProcessor::processPostMethod(BwaFcgiRequest* request)
 {
-    if (request->cgiRequest()->processBodyContent()) {
+    if (readForm(request, "application/x-www-form-urlencoded")) {
         sendJson(request, variablesToJson(request->cgiRequest()->formVariables()));
-    } else {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
     }
     delete request;
 }

@@ -11,6 +11,23 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
+#include <QStringList>
+
+namespace {
+
+constexpr unsigned int mostBytes = 64 * 1024; // of a body that holds no files
+
+bool isTooLarge(BwaFcgiRequest* request)
+{
+    if (request->cgiRequest()->environment().contentLength() <= mostBytes) {
+        return false;
+    }
+    request->sendHttpError(BwaFcgiRequest::PayloadTooLarge);
+    return true;
+}
+
+} // namespace
 
 QString fromUtf8Wire(const QString& text)
 {
@@ -19,15 +36,16 @@ QString fromUtf8Wire(const QString& text)
 
 QJsonObject variablesToJson(const QMultiHash<QString, QString>& variables, VariableNames encoding)
 {
+    QMap<QString, QStringList> valuesByName;
+    for (auto latest = variables.constBegin(); latest != variables.constEnd(); ++latest) {
+        const QString& name = latest.key();
+        valuesByName[encoding == VariableNames::Utf8 ? fromUtf8Wire(name) : name].prepend(
+            fromUtf8Wire(latest.value()));
+    }
     QJsonObject object;
-    const QList<QString> names = variables.uniqueKeys();
-    for (const QString& name : names) {
-        QJsonArray values;
-        const QList<QString> latestFirst = variables.values(name);
-        for (const QString& value : latestFirst) {
-            values.prepend(fromUtf8Wire(value));
-        }
-        object.insert(encoding == VariableNames::Utf8 ? fromUtf8Wire(name) : name, values);
+    for (auto values = valuesByName.constBegin(); values != valuesByName.constEnd(); ++values) {
+        // Not prepended to the array: that would move all its elements, each time.
+        object.insert(values.key(), QJsonArray::fromStringList(values.value()));
     }
     return object;
 }
@@ -46,11 +64,32 @@ void writeJson(BwaFcgiRequest* request, const QJsonValue& value)
     request->out().write(text.constData(), text.size());
 }
 
+bool readForm(BwaFcgiRequest* request, const char* mediaType)
+{
+    const QString type = BwaAbstractFcgiRequestProcessor::parseContentType(request).first;
+    if (type.compare(QLatin1String(mediaType), Qt::CaseInsensitive) != 0) {
+        request->sendHttpError(BwaFcgiRequest::UnsupportedMediaType);
+        return false;
+    }
+    const bool holdsFiles = qstrcmp(mediaType, "multipart/form-data") == 0;
+    if (!holdsFiles && isTooLarge(request)) {
+        return false;
+    }
+    if (!request->cgiRequest()->processBodyContent()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return false;
+    }
+    return true;
+}
+
 bool readJsonObject(BwaFcgiRequest* request, QVariantMap& object)
 {
     const BwaCgiRequest* cgiRequest = request->cgiRequest();
     if (cgiRequest->environment().contentLength() == 0) {
         request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return false;
+    }
+    if (isTooLarge(request)) {
         return false;
     }
     bool ok = false;

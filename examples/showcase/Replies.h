@@ -22,7 +22,7 @@ QString fromUtf8Wire(const QString& text);
 /** Multipart forms bring their names as text; everywhere else they are UTF-8 still. */
 enum class VariableNames { Utf8, Text };
 
-/** An array of values for each name, in the order of their arrival. */
+/** An array of values for each name, in the order of their arrival; takes linear time. */
 QJsonObject variablesToJson(const QMultiHash<QString, QString>& variables,
                             VariableNames encoding = VariableNames::Utf8);
 
@@ -31,7 +31,12 @@ void sendJson(BwaFcgiRequest* request, const QJsonValue& value);
 /** Writes @a value alone, for replies with a header of their own. */
 void writeJson(BwaFcgiRequest* request, const QJsonValue& value);
 
-/** Reads a body that must be a JSON object; false when a refusal was sent instead. */
+/**
+ * Reads the body of a form of exactly @a mediaType; false when a refusal was sent instead. An
+ * urlencoded form may have 64 KiB, a multipart form what the listener allows.
+ */
+bool readForm(BwaFcgiRequest* request, const char* mediaType);
+/** Reads a body of 64 KiB at most, a JSON object; false when a refusal was sent instead. */
 bool readJsonObject(BwaFcgiRequest* request, QVariantMap& object);
 
 #endif

@@ -37,10 +37,8 @@ QJsonObject uploadToJson(const BwaCgiRequest& received)
 
 void UploadProcessor::processPostMethod(BwaFcgiRequest* request)
 {
-    if (request->cgiRequest()->processBodyContent()) {
+    if (readForm(request, "multipart/form-data")) {
         sendJson(request, uploadToJson(*request->cgiRequest()));
-    } else {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
     }
     delete request;
 }

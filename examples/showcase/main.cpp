@@ -113,6 +113,16 @@ BwaAbstractFcgiService* newPageService()
     return page;
 }
 
+// The largest upload. Without the others a small body could hold enough fields to take seconds.
+BwaRequestLimits bodyLimits()
+{
+    BwaRequestLimits limits;
+    limits.maxBodySize = 16 * 1024 * 1024; // bytes
+    limits.maxFormFields = 200;
+    limits.maxParts = 220; // fields and files
+    return limits;
+}
+
 int serve(QCoreApplication& application, const Options& options)
 {
     StopSignals stopSignals;
@@ -142,6 +152,7 @@ int serve(QCoreApplication& application, const Options& options)
     CountingService counting(&root, &statistics, &clock);
 
     BwaFcgiListener listener({{QStringLiteral("/api"), &counting}});
+    listener.setRequestLimits(bodyLimits());
     QObject::connect(&listener, &BwaFcgiListener::listeningError, &application, [&options] {
         std::cerr << "cannot listen on "
                   << (options.socket.isNull() ? "descriptor 0" : qPrintable(options.socket))
