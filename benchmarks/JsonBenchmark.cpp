@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "json/BwaJsonParser_p.h"
+#include "json/BwaJson.h"
 #include "json/BwaJsonUtilities.h"
 
 #include <QJsonDocument>
@@ -31,7 +31,7 @@ void jsonToVariants(benchmark::State& state)
     const QByteArray text(order);
     bool ok = false;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(BwaJsonParser::parse(text, &ok));
+        benchmark::DoNotOptimize(BwaJson::parse(text, &ok));
     }
     state.SetBytesProcessed(state.iterations() * text.size());
 }
@@ -51,7 +51,7 @@ BENCHMARK(jsonToVariantsWithQt);
 void extractionOfThreeFields(benchmark::State& state)
 {
     bool ok = false;
-    const QVariantMap object = BwaJsonParser::parse(QByteArray(order), &ok).toMap();
+    const QVariantMap object = BwaJson::parse(QByteArray(order), &ok).toMap();
     int id = 0;
     double price = 0;
     QString customer;

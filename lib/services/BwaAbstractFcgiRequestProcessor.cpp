@@ -6,7 +6,7 @@
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "json/BwaJsonParser_p.h"
+#include "json/BwaJson.h"
 
 namespace {
 
@@ -54,7 +54,7 @@ QVariant BwaAbstractFcgiRequestProcessor::parseJsonContent(BwaFcgiRequest* reque
         request->sendHttpError(BwaFcgiRequest::BadRequest);
         return QVariant();
     }
-    return BwaJsonParser::parse(request->cgiRequest()->body(), &accepted);
+    return BwaJson::parse(request->cgiRequest()->body(), &accepted);
 }
 
 void BwaAbstractFcgiRequestProcessor::logError(BwaFcgiRequest* request, const QString& message)

@@ -7,7 +7,7 @@
 #include "ListenerFixture.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiListenerThread.h"
-#include "json/BwaJsonParser_p.h"
+#include "json/BwaJson.h"
 #include "support/MemoryCgiInput.h"
 
 #include <fcgiapp.h>
@@ -128,12 +128,13 @@ QByteArray nested(const QByteArray& opening, const QByteArray& closing, int dept
     return opening.repeated(depth) + '1' + closing.repeated(depth);
 }
 
-void parseAndCompare(const QByteArray& text)
+void parseCompareAndWrite(const QByteArray& text)
 {
     bool ok = false;
-    const QVariant value = BwaJsonParser::parse(text, &ok);
+    const QVariant value = BwaJson::parse(text, &ok);
     EXPECT_TRUE(ok);
-    EXPECT_TRUE(value == BwaJsonParser::parse(text, &ok));
+    EXPECT_TRUE(value == BwaJson::parse(text, &ok));
+    EXPECT_TRUE(BwaJson::write(value) == text);
 }
 
 } // namespace
@@ -164,9 +165,9 @@ TEST_F(AcceptingThreadStack, GivenHostNameIsHalfOf128KiBAtMost)
 TEST(ServingThreadStack, GivenDeepestJsonIs1MiBAtMost)
 {
     const std::size_t used = stackUsedBy([] {
-        parseAndCompare(nested("[", "]", 1024));
-        parseAndCompare(nested("{\"a\":", "}", 1024));
-        parseAndCompare(nested("[{\"a\":", "}]", 512));
+        parseCompareAndWrite(nested("[", "]", 1024));
+        parseCompareAndWrite(nested("{\"a\":", "}", 1024));
+        parseCompareAndWrite(nested("[{\"a\":", "}]", 512));
     });
 
     RecordProperty("bytes", static_cast<int>(used));

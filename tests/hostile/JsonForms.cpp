@@ -4,7 +4,7 @@
 #include "cgi/HostileBodies.h"
 #include "hostile/Forms.h"
 #include "hostile/Measuring.h"
-#include "json/BwaJsonParser_p.h"
+#include "json/BwaJson.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ void parse(const QByteArray& text, Verdict verdict)
 {
     measure([&] {
         bool ok = false;
-        BwaJsonParser::parse(text, &ok);
+        BwaJson::parse(text, &ok);
         return ok == (verdict == Verdict::Accepted);
     });
 }
@@ -91,6 +91,30 @@ void parseDistinctMembers(int size)
     parse(text + "\"\":0}", Verdict::Accepted);
 }
 
+void write(const QVariant& value)
+{
+    measure([&] { return !BwaJson::write(value).isNull(); });
+}
+
+void writeEscapes(int size)
+{
+    write(QString(size, QChar(0)));
+}
+
+void writeLoneSurrogates(int size)
+{
+    write(QString(size, QChar(0xD800)));
+}
+
+void writeFlatList(int size)
+{
+    QVariantList list;
+    for (int i = 0; i < size; ++i) {
+        list.append(i);
+    }
+    write(list);
+}
+
 } // namespace
 
 QList<Form> jsonForms()
@@ -109,6 +133,9 @@ QList<Form> jsonForms()
         {"time", "flat-array", parseFlatArray},
         {"time", "empty-strings", parseEmptyStrings},
         {"time", "distinct-members", parseDistinctMembers},
+        {"time", "write-escapes", writeEscapes},
+        {"time", "write-lone-surrogates", writeLoneSurrogates},
+        {"time", "write-flat-list", writeFlatList},
         {"memory", "flat-json-array", parseFlatArray},
     };
 }

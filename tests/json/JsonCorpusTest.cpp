@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "json/BwaJsonParser_p.h"
+#include "json/BwaJson.h"
 #include "json/JsonDescription.h"
 #include "support/QtPrinters.h"
 
@@ -41,7 +41,7 @@ QByteArray contentOf(const QString& path)
 std::string verdict(const QString& path)
 {
     bool ok = false;
-    const QVariant value = BwaJsonParser::parse(contentOf(path), &ok);
+    const QVariant value = BwaJson::parse(contentOf(path), &ok);
 
     EXPECT_TRUE(ok || !value.isValid()) << path.toStdString();
     return ok ? description(value) : "refused";

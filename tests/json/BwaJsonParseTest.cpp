@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "cgi/RandomSource.h"
-#include "json/BwaJsonParser_p.h"
+#include "json/BwaJson.h"
 #include "json/JsonDescription.h"
 #include "support/QtPrinters.h"
 
@@ -22,7 +22,7 @@ namespace {
 std::string parsed(const std::string& text)
 {
     bool ok = false;
-    const QVariant value = BwaJsonParser::parse(QByteArray::fromStdString(text), &ok);
+    const QVariant value = BwaJson::parse(QByteArray::fromStdString(text), &ok);
 
     return ok ? description(value) : "refused";
 }
@@ -152,7 +152,7 @@ TEST_P(ParseRefused, GivesFalseAndInvalidVariant)
 {
     bool ok = true;
 
-    const QVariant value = BwaJsonParser::parse(QByteArray::fromStdString(GetParam().text), &ok);
+    const QVariant value = BwaJson::parse(QByteArray::fromStdString(GetParam().text), &ok);
 
     EXPECT_FALSE(ok);
     EXPECT_FALSE(value.isValid());
@@ -259,7 +259,7 @@ TEST(Parse, WhenPreviousTextWasRefusedAcceptsNextOne)
 TEST(Parse, WhenNextTextIsParsedKeepsEarlierValue)
 {
     bool ok = false;
-    const QVariant first = BwaJsonParser::parse(R"({"name": "first", "list": ["x"]})", &ok);
+    const QVariant first = BwaJson::parse(R"({"name": "first", "list": ["x"]})", &ok);
 
     parsed(R"({"name": "other", "list": ["y"]})");
 
@@ -272,7 +272,7 @@ TEST(Parse, GivenTextThatFillsItsMemoryReadsNotBeyondIt)
     const char bytes[] = {'[', '1', '2', ']', '3'};
     bool ok = false;
 
-    const QVariant value = BwaJsonParser::parse(QByteArray::fromRawData(bytes, 4), &ok);
+    const QVariant value = BwaJson::parse(QByteArray::fromRawData(bytes, 4), &ok);
 
     EXPECT_TRUE(ok);
     EXPECT_EQ(description(value), "[qulonglong 12]");
@@ -315,7 +315,7 @@ TEST(Parse, GivenRandomMembersReturnsThem)
         const QString text = QLatin1Char('{') + texts.join(QLatin1Char(',')) + QLatin1Char('}');
         bool ok = false;
 
-        const QVariant value = BwaJsonParser::parse(text.toUtf8(), &ok);
+        const QVariant value = BwaJson::parse(text.toUtf8(), &ok);
 
         ASSERT_TRUE(ok) << text.toStdString();
         ASSERT_EQ(value.toMap(), members) << text.toStdString();

@@ -1,0 +1,361 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "json/BwaJson.h"
+
+#include "BwaRecentTexts_p.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include <simdjson.h>
+
+namespace {
+
+const std::size_t deepestNesting = 1024;
+const std::size_t smallestCapacity = 4096;       // bytes of text
+const std::size_t largestKeptCapacity = 1 << 20; // bytes of text that a kept parser can take
+
+bool isAscii(std::string_view text)
+{
+    std::uint64_t bits = 0;
+    for (; text.size() >= sizeof bits; text.remove_prefix(sizeof bits)) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, text.data(), sizeof word);
+        bits |= word;
+    }
+    for (const char byte : text) {
+        bits |= static_cast<unsigned char>(byte);
+    }
+    return (bits & 0x8080808080808080U) == 0;
+}
+
+BwaLatin1 latin1(std::string_view text)
+{
+    return BwaLatin1(text.data(), static_cast<BwaSize>(text.size()));
+}
+
+// QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
+QString stringOf(std::string_view text)
+{
+    if (isAscii(text)) { // nearly always, and faster then
+        return latin1(text);
+    }
+    const std::string_view mark("\xEF\xBB\xBF");
+    if (text.substr(0, mark.size()) == mark) {
+        const std::string marked = std::string(mark).append(text);
+        return QString::fromUtf8(marked.data(), static_cast<BwaSize>(marked.size()));
+    }
+    return QString::fromUtf8(text.data(), static_cast<BwaSize>(text.size()));
+}
+
+QVariant integerOf(qlonglong number)
+{
+    return number < 0 ? QVariant(number) : QVariant(static_cast<qulonglong>(number));
+}
+
+/** Turns a parsed text into variants. It calls itself as deep as the text is nested. */
+class VariantBuilder
+{
+public:
+    /** @a keys must outlive the builder. */
+    explicit VariantBuilder(BwaRecentTexts& keys)
+        : m_keys(keys)
+    {
+    }
+
+    QVariant variantOf(simdjson::dom::element element);
+    /** How many containers the innermost one of the text stands in, itself counted. */
+    std::size_t depth() const { return m_deepest; }
+
+private:
+    QString keyOf(std::string_view text);
+    QVariant mapOf(simdjson::dom::object object);
+    QVariant listOf(simdjson::dom::array array);
+
+    BwaRecentTexts& m_keys; // not owned
+    std::size_t m_depth = 0;
+    std::size_t m_deepest = 0;
+};
+
+QVariant VariantBuilder::variantOf(simdjson::dom::element element)
+{
+    switch (element.type()) {
+    case simdjson::dom::element_type::OBJECT:
+        return mapOf(element.get_object().value_unsafe());
+    case simdjson::dom::element_type::ARRAY:
+        return listOf(element.get_array().value_unsafe());
+    case simdjson::dom::element_type::STRING:
+        return stringOf(element.get_string().value_unsafe());
+    case simdjson::dom::element_type::INT64:
+        return integerOf(element.get_int64().value_unsafe());
+    case simdjson::dom::element_type::UINT64:
+        return static_cast<qulonglong>(element.get_uint64().value_unsafe());
+    case simdjson::dom::element_type::DOUBLE:
+        return element.get_double().value_unsafe();
+    case simdjson::dom::element_type::BOOL:
+        return element.get_bool().value_unsafe();
+    case simdjson::dom::element_type::NULL_VALUE:
+        break;
+    }
+    return QVariant();
+}
+
+QString VariantBuilder::keyOf(std::string_view text)
+{
+    return isAscii(text) ? m_keys.textOf(latin1(text)) : stringOf(text);
+}
+
+QVariant VariantBuilder::mapOf(simdjson::dom::object object)
+{
+    QVariantMap map;
+    m_deepest = std::max(m_deepest, ++m_depth);
+    for (const simdjson::dom::key_value_pair field : object) {
+        // Both containers would copy a value that is handed to them; assigned, it is moved in.
+        *map.insert(keyOf(field.key), QVariant()) = variantOf(field.value);
+    }
+    --m_depth;
+    return map;
+}
+
+QVariant VariantBuilder::listOf(simdjson::dom::array array)
+{
+    QVariantList list;
+    m_deepest = std::max(m_deepest, ++m_depth);
+    for (const simdjson::dom::element item : array) {
+        list.append(QVariant());
+        list.last() = variantOf(item);
+    }
+    --m_depth;
+    return list;
+}
+
+QString withoutLoneSurrogates(QString text)
+{
+    for (BwaSize i = 0; i < text.size(); ++i) {
+        const bool isPair =
+            text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
+        if (isPair) {
+            ++i;
+        } else if (text.at(i).isSurrogate()) {
+            text[i] = QChar(QChar::ReplacementCharacter);
+        }
+    }
+    return text;
+}
+
+// QString::toUtf8() writes "?" for a surrogate without its pair.
+QByteArray utf8Of(const QString& text)
+{
+    return text.isValidUtf16() ? text.toUtf8() : withoutLoneSurrogates(text).toUtf8();
+}
+
+bool needsEscape(char byte)
+{
+    return static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\';
+}
+
+QByteArray escapeOf(char byte)
+{
+    static const std::string_view escaped = "\"\\\b\f\n\r\t";
+    static const std::string_view letters = "\"\\bfnrt";
+    const std::size_t place = escaped.find(byte);
+    if (place == std::string_view::npos) {
+        return "\\u00" + QByteArray(1, byte).toHex();
+    }
+    return QByteArray("\\") + letters[place];
+}
+
+/** Writes a value as text. It calls itself as deep as the value is nested. */
+class Writer
+{
+public:
+    /** False when @a value has no text. */
+    bool write(const QVariant& value);
+    QByteArray text() const { return m_text; }
+
+private:
+    void writeString(const QString& text);
+    template <typename Number>
+    void writeNumber(Number number);
+    template <typename Number>
+    void writeRealNumber(Number number);
+    bool writeScalar(const QVariant& value);
+    bool writeElements(const QVariantList& list);
+    bool writeMembers(const QVariantMap& map);
+
+    QByteArray m_text;
+    std::size_t m_depth = 0;
+};
+
+bool Writer::write(const QVariant& value)
+{
+    const bool isMap = value.userType() == QMetaType::QVariantMap;
+    const bool isList =
+        value.userType() == QMetaType::QVariantList || value.userType() == QMetaType::QStringList;
+    if (!isMap && !isList) {
+        return writeScalar(value);
+    }
+    if (m_depth == deepestNesting) {
+        return false;
+    }
+    ++m_depth;
+    const bool isWritten = isMap ? writeMembers(value.toMap()) : writeElements(value.toList());
+    --m_depth;
+    return isWritten;
+}
+
+bool Writer::writeElements(const QVariantList& list)
+{
+    const char* separator = "[";
+    for (const QVariant& element : list) {
+        m_text += separator;
+        if (!write(element)) {
+            return false;
+        }
+        separator = ",";
+    }
+    m_text += list.isEmpty() ? "[]" : "]";
+    return true;
+}
+
+bool Writer::writeMembers(const QVariantMap& map)
+{
+    const char* separator = "{";
+    for (auto member = map.constBegin(); member != map.constEnd(); ++member) {
+        m_text += separator;
+        writeString(member.key());
+        m_text += ':';
+        if (!write(member.value())) {
+            return false;
+        }
+        separator = ",";
+    }
+    m_text += map.isEmpty() ? "{}" : "}";
+    return true;
+}
+
+bool Writer::writeScalar(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::UnknownType:
+    case QMetaType::Nullptr:
+        m_text += "null";
+        return true;
+    case QMetaType::Bool:
+        m_text += value.toBool() ? "true" : "false";
+        return true;
+    case QMetaType::SChar:
+    case QMetaType::Short:
+    case QMetaType::Int:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+        writeNumber(value.toLongLong());
+        return true;
+    case QMetaType::UChar:
+    case QMetaType::UShort:
+    case QMetaType::UInt:
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+        writeNumber(value.toULongLong());
+        return true;
+    case QMetaType::Float:
+        writeRealNumber(value.toFloat());
+        return true;
+    case QMetaType::Double:
+        writeRealNumber(value.toDouble());
+        return true;
+    case QMetaType::QString:
+        writeString(value.toString());
+        return true;
+    default:
+        return false;
+    }
+}
+
+template <typename Number>
+void Writer::writeNumber(Number number)
+{
+    char digits[32];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    m_text.append(digits, static_cast<BwaSize>(end - digits));
+}
+
+// 2^64 without a fraction would be read as an integer, and be too large for one.
+template <typename Number>
+void Writer::writeRealNumber(Number number)
+{
+    if (!std::isfinite(number)) {
+        m_text += "null";
+        return;
+    }
+    const BwaSize start = m_text.size();
+    writeNumber(number);
+    const QByteArray digits =
+        QByteArray::fromRawData(m_text.constData() + start, m_text.size() - start);
+    if (!digits.contains('.') && !digits.contains('e')) {
+        m_text += ".0";
+    }
+}
+
+void Writer::writeString(const QString& text)
+{
+    const QByteArray utf8 = utf8Of(text);
+    const char* const end = utf8.constData() + utf8.size();
+    m_text += '"';
+    for (const char* rest = utf8.constData(); rest != end;) {
+        const char* const plainEnd = std::find_if(rest, end, needsEscape);
+        m_text.append(rest, static_cast<BwaSize>(plainEnd - rest));
+        rest = plainEnd;
+        for (; rest != end && needsEscape(*rest); ++rest) {
+            m_text += escapeOf(*rest);
+        }
+    }
+    m_text += '"';
+}
+
+} // namespace
+
+QVariant BwaJson::parse(const QByteArray& text, bool* ok)
+{
+    // Kept for its buffers, unless one large text has made them large.
+    thread_local simdjson::dom::parser parser;
+    thread_local BwaRecentTexts keys;
+
+    // The parser does not count an empty innermost container, but does count a value in it.
+    simdjson::error_code error = parser.capacity() > 0
+        ? simdjson::SUCCESS
+        : parser.allocate(smallestCapacity, deepestNesting + 1);
+    simdjson::dom::element root;
+    if (!error) {
+        error = parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
+    }
+    VariantBuilder builder(keys);
+    const QVariant value = error ? QVariant() : builder.variantOf(root);
+    if (parser.capacity() > largestKeptCapacity) {
+        parser = simdjson::dom::parser();
+    }
+    const bool isAccepted = !error && builder.depth() <= deepestNesting;
+    if (ok) {
+        *ok = isAccepted;
+    }
+    return isAccepted ? value : QVariant();
+}
+
+QByteArray BwaJson::write(const QVariant& value, bool* ok)
+{
+    Writer writer;
+    const bool isWritten = writer.write(value);
+    if (ok) {
+        *ok = isWritten;
+    }
+    return isWritten ? writer.text() : QByteArray();
+}
