@@ -57,6 +57,9 @@ int main(int argc, char** argv)
     root.addService(QStringLiteral("sum"), new BwaStandardFcgiService(new Sum(nullptr)));
 
     BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
+    BwaRequestLimits limits;
+    limits.maxBodySize = 64 * 1024; // bytes
+    listener.setRequestLimits(limits);
     QObject::connect(&listener, &BwaFcgiListener::listeningError,
                      [] { QCoreApplication::exit(1); });
     listener.listen(QString::fromLocal8Bit(argv[1])); // the socket that the web server connects to

@@ -11,8 +11,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <memory>
-
 namespace {
 
 void greet(BwaFcgiRequest* request, const QString& name)
@@ -20,6 +18,34 @@ void greet(BwaFcgiRequest* request, const QString& name)
     const QJsonObject reply = {{QStringLiteral("greeting"), QStringLiteral("Hello, ") + name}};
     request->out() << BwaHttpJsonHeader()
                    << QJsonDocument(reply).toJson(QJsonDocument::Compact).constData() << '\n';
+}
+
+void greetByQuery(BwaFcgiRequest* request)
+{
+    const QString name =
+        request->cgiRequest()->queryVariables().value(QStringLiteral("name")); // bytes as Latin-1
+    if (name.isEmpty()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return;
+    }
+    greet(request, QString::fromUtf8(name.toLatin1()));
+}
+
+void greetByBody(BwaFcgiRequest* request)
+{
+    if (request->cgiRequest()->environment().contentLength() == 0) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return;
+    }
+    const QVariant body = GreetingProcessor::parseJsonContent(request);
+    QVariantMap object;
+    QString name;
+    if (BwaJsonUtilities::objectValue(body, object) &&
+        BwaJsonUtilities::stringValue(object, QStringLiteral("name"), name)) {
+        greet(request, name);
+    } else if (!request->cgiRequest()->body().isEmpty()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+    } // otherwise the body could not be read, and parseJsonContent has answered
 }
 
 } // namespace
@@ -30,31 +56,17 @@ GreetingProcessor::GreetingProcessor()
 {
 }
 
+// The last act of a hook is to delete the request, which completes the reply. A hook that throws
+// leaves that to the library, which answers 500: so no smart pointer may hold the request here.
+
 void GreetingProcessor::processGetMethod(BwaFcgiRequest* request)
 {
-    const std::unique_ptr<BwaFcgiRequest> owner(request); // its deletion completes the reply
-    const QString name =
-        request->cgiRequest()->queryVariables().value(QStringLiteral("name")); // bytes as Latin-1
-    if (name.isEmpty()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
-        return;
-    }
-    greet(request, QString::fromUtf8(name.toLatin1()));
+    greetByQuery(request);
+    delete request;
 }
 
 void GreetingProcessor::processPostMethod(BwaFcgiRequest* request)
 {
-    const std::unique_ptr<BwaFcgiRequest> owner(request);
-    if (request->cgiRequest()->environment().contentLength() == 0) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
-        return;
-    }
-    bool isJson = false;
-    const QVariantMap body = parseJsonContent(request, &isJson).toMap();
-    QString name;
-    if (BwaJsonUtilities::stringValue(body, QStringLiteral("name"), name)) {
-        greet(request, name);
-    } else if (isJson || !request->cgiRequest()->body().isEmpty()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
-    } // otherwise the body could not be read, and parseJsonContent has answered
+    greetByBody(request);
+    delete request;
 }

@@ -17,6 +17,9 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     Api api;
     BwaFcgiListener listener({{QStringLiteral("/api"), &api}});
+    BwaRequestLimits limits;
+    limits.maxBodySize = 64 * 1024; // bytes, as in lighttpd.conf
+    listener.setRequestLimits(limits);
     QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
         std::fputs("greeter: cannot listen\n", stderr);
         QCoreApplication::exit(1);

@@ -4,16 +4,19 @@
 
 # hello.sh HELLO: the example of the README, behind its own lighttpd.conf.
 
-# shellcheck source-path=SCRIPTDIR source=common.sh
-. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source-path=SCRIPTDIR source=attacks.sh
+. "$(dirname "${BASH_SOURCE[0]}")/attacks.sh"
 
 start_lighttpd()
 {
-    sed "s/^server.port = 8080$/server.port = $port/" "$root/examples/hello/lighttpd.conf" >"$work/lighttpd.conf"
+    sed -e "s/^server.port = 8080$/server.port = $port/" -e "$front_edit" "$root/examples/hello/lighttpd.conf" >"$work/lighttpd.conf"
     grep -q "^server.port = $port$" "$work/lighttpd.conf" || fail "lighttpd.conf has another port"
     (cd "$work" && exec setpriv --pdeathsig TERM lighttpd -D -f lighttpd.conf) >"$work/front.log" 2>&1 &
     front_pid=$!
 }
+
+diff <(awk '/^```cpp/ { shown = 1; next } shown && /^```/ { exit } shown' "$root/README.md") <(sed 1,3d "$root/examples/hello/main.cpp") ||
+    fail "the README shows another program"
 
 begin_serving
 start_application "$1" "$work/api.sock"
@@ -31,6 +34,14 @@ expect_equal "empty body" 400 "$(status_of --json '' "$api/sum")"
 expect_equal "other media type" 415 "$(status_of -d 'a=1' "$api/sum")"
 expect_equal "other method" 405 "$(status_of "$api/sum")"
 expect_equal "unknown path" 404 "$(status_of "$api/other")"
+expect_equal "the folder that both were started in" 404 "$(status_of "${api%/api}/lighttpd.conf")"
+
+expect_objects_only "$api/sum"
+expect_small_bodies_only "$api/sum"
+restart_front_without_limit
+api=http://127.0.0.1:$port/api
+expect_small_bodies_only "$api/sum"
+expect_equal "sum after that" '{"sum":3}' "$(curl -s --json '{"a": 1, "b": 2}' "$api/sum")"
 
 # SIGTERM ends an application that does nothing about it.
 stop_application && status=0 || status=$?

@@ -5,12 +5,12 @@
 # template.sh BUILD: a copy of examples/template, built in an empty folder against the library that
 # is installed from the folder BUILD, tested, and served behind its own lighttpd.conf.
 
-# shellcheck source-path=SCRIPTDIR source=common.sh
-. "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source-path=SCRIPTDIR source=attacks.sh
+. "$(dirname "${BASH_SOURCE[0]}")/attacks.sh"
 
 start_lighttpd()
 {
-    sed -e "s/^server.port = 8080$/server.port = $port/" -e "s|^var.socket = .*|var.socket = \"$work/api.sock\"|" \
+    sed -e "$front_edit" -e "s/^server.port = 8080$/server.port = $port/" -e "s|^var.socket = .*|var.socket = \"$work/api.sock\"|" \
         lighttpd.conf >"$work/lighttpd.conf"
     grep -q "^server.port = $port$" "$work/lighttpd.conf" || fail "lighttpd.conf has another port"
     setpriv --pdeathsig TERM lighttpd -D -f "$work/lighttpd.conf" >"$work/front.log" 2>&1 &
@@ -27,9 +27,28 @@ ctest --test-dir build --output-on-failure --no-tests=error
 
 start_application build/greeter "$work/api.sock"
 start_front lighttpd
-expect_equal "greeting" '{"greeting":"Hello, Ada"}' "$(curl -s "http://127.0.0.1:$port/api/greeting?name=Ada")"
+api=http://127.0.0.1:$port/api
+expect_equal "greeting" '{"greeting":"Hello, Ada"}' "$(curl -s "$api/greeting?name=Ada")"
+expect_equal "the folder that both were started in" 404 "$(status_of "${api%/api}/main.cpp")"
+expect_objects_only "$api/greeting"
+expect_small_bodies_only "$api/greeting"
+restart_front_without_limit
+api=http://127.0.0.1:$port/api
+expect_small_bodies_only "$api/greeting"
 stop_application && status=0 || status=$?
 expect_equal "status after SIGTERM" 143 "$status"
+
+# A hook that somebody makes throw: the client is told, and the log has the reason.
+sed -i -e 's/^#include <QJson.*>$/&\n#include <stdexcept>/' \
+    -e '/^void greet(/,/^{$/ s/^{$/{\n    if (name == QLatin1String("Eve")) { throw std::runtime_error("no tea for Eve"); }/' \
+    GreetingProcessor.cpp
+cmake --build build --target greeter
+start_application build/greeter "$work/api.sock"
+expect_equal "GET of a hook that throws" 500 "$(status_of "$api/greeting?name=Eve")"
+expect_equal "POST of a hook that throws" 500 "$(status_of --json '{"name": "Eve"}' "$api/greeting")"
+expect_equal "lines about it" 2 "$(grep -c 'no tea for Eve' "$work/front.log")"
+expect_equal "greeting after that" '{"greeting":"Hello, Ada"}' "$(curl -s "$api/greeting?name=Ada")"
+stop_application || true
 
 build/greeter 2>"$work/usage" && status=0 || status=$?
 expect_equal "without a socket" "usage: greeter SOCKET, status 2" "$(cat "$work/usage"), status $status"

@@ -46,6 +46,8 @@ TEST(Greeting, GivenAnythingElseAsJsonIsABadRequest)
 {
     EXPECT_EQ(posted(R"({"name": 1})").statusCode, 400);
     EXPECT_EQ(posted(R"({"name": "Ada")").statusCode, 400);
+    EXPECT_EQ(posted(R"(["name", "Ada"])").statusCode, 400);
+    EXPECT_EQ(posted("null").statusCode, 400);
     EXPECT_EQ(posted("").statusCode, 400);
 }
 
