@@ -201,12 +201,13 @@ start_nginx-tcp()
     start_nginx_with "$work/app.conf"
 }
 
-# The processes have the sockets $work/NUMBER/api.sock, NUMBER up to $count or 4. Replies name theirs.
+# The processes have the sockets $work/NUMBER/api.sock, NUMBER up to $count or 4. Replies name theirs,
+# and one address may log in often.
 start_scaling_nginx()
 {
     deployed deploy/nginx/app_params >"$work/app_params"
     deployed scale-out/nginx.conf |
-        sed -e 's/^ *add_header .*/&\n        add_header X-Process $upstream_addr always;/' \
+        sed -e 's/rate=30r\/m/rate=100r\/s/' -e 's/^ *add_header .*/&\n        add_header X-Process $upstream_addr always;/' \
             -e "/server unix:.*\/[$((${count:-4} + 1))-9]\/api.sock/ d" \
             -e "s/default \$request_id; .*/default ${route_without_cookie:-\$request_id};/" >"$work/app.conf"
     start_nginx_with "$work/app.conf"

@@ -8,25 +8,28 @@
 
 class Database;
 
-/** The users and their password hashes (Argon2id, made and checked by libsodium). */
+/** The users and their password hashes (Argon2id, made by libsodium). */
 class Accounts
 {
     Q_DISABLE_COPY(Accounts)
 
 public:
-    /** Adds the demonstration users to a new database. @a database must outlive this. */
+    /** @a database must outlive this. */
     explicit Accounts(Database& database);
 
-    /** Takes as long for an unknown user as for a wrong password. */
-    bool isPasswordRight(const QString& user, const QString& password) const;
+    /** Adds an account, unless the user has one. */
+    void add(const QString& user, const QString& password);
+    /**
+     * What a password of @a user is checked against. For an unknown user it is the hash of a
+     * password that nobody knows, so that the check takes as long as for a wrong password.
+     */
+    QByteArray hashOf(const QString& user) const;
 
 private:
-    void add(const QString& user, const QString& password);
-    /** Null for an unknown user. */
-    QString hashOf(const QString& user) const;
+    bool isKnown(const QString& user) const;
 
     Database& m_database;
-    QString m_unusedHash; // of no password; checked in place of an unknown user's
+    QByteArray m_unusedHash; // of a password that nobody knows
 };
 
 #endif

@@ -17,7 +17,7 @@ CountingService::CountingService(BwaAbstractFcgiService* service, Statistics* st
 
 void CountingService::processRequest(BwaFcgiRequest* request)
 {
-    const ReplyStatus status(request->out());
+    ReplyStatus::follow(request->out(),
+                        [this](int code) { m_statistics->count(m_clock->elapsed() / 1000, code); });
     m_service->processRequest(request);
-    m_statistics->count(m_clock->elapsed() / 1000, status.code());
 }

@@ -10,10 +10,7 @@
 
 class Statistics;
 
-/**
- * Stands in front of another service and counts its replies. That service must answer at once, as
- * all of this program do: of a request that is kept for later the reply would have no end to see.
- */
+/** Stands in front of another service and counts its replies, also those that come later. */
 class CountingService : public BwaAbstractFcgiService
 {
 public:

@@ -14,6 +14,9 @@
 #include <QMap>
 #include <QStringList>
 
+#include <exception>
+#include <ostream>
+
 namespace {
 
 constexpr unsigned int mostBytes = 64 * 1024; // of a body that holds no files
@@ -103,4 +106,15 @@ bool readJsonObject(BwaFcgiRequest* request, QVariantMap& object)
         request->sendHttpError(BwaFcgiRequest::BadRequest);
     }
     return false;
+}
+
+void finishKept(BwaFcgiRequest* request, const std::function<void()>& answer)
+{
+    try {
+        answer();
+    } catch (const std::exception& error) {
+        request->err() << "Error in an answer that came later: " << error.what();
+        request->sendHttpError(BwaFcgiRequest::InternalServerError);
+    }
+    delete request;
 }

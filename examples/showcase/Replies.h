@@ -8,12 +8,14 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <functional>
+
 class BwaFcgiRequest;
 class QJsonObject;
 class QJsonValue;
 
 /*
- * What the processors share. None of these deletes the request.
+ * What the processors share. None of these deletes the request, but finishKept().
  */
 
 /** Decodes the UTF-8 that browsers put into variables, names and cookies. */
@@ -38,5 +40,12 @@ void writeJson(BwaFcgiRequest* request, const QJsonValue& value);
 bool readForm(BwaFcgiRequest* request, const char* mediaType);
 /** Reads a body of 64 KiB at most, a JSON object; false when a refusal was sent instead. */
 bool readJsonObject(BwaFcgiRequest* request, QVariantMap& object);
+
+/**
+ * For a request that was kept to be answered later: calls @a answer and deletes @a request. The
+ * library no longer catches for it, and an exception would end the process: a std::exception is
+ * logged and answered with 500 here.
+ */
+void finishKept(BwaFcgiRequest* request, const std::function<void()>& answer);
 
 #endif

@@ -5,12 +5,37 @@
 
 #include <algorithm>
 
-ReplyStatus::ReplyStatus(std::ostream& reply)
-    : m_buffer(reply.rdbuf(this))
+// A stream keeps a pointer for others at a place of theirs, and tells them when it ends.
+void ReplyStatus::follow(std::ostream& reply, const Receiver& receiver)
+{
+    auto* const status = new ReplyStatus(reply.rdbuf(), receiver);
+    reply.pword(place()) = status;
+    reply.register_callback(streamChanges, place());
+    reply.rdbuf(status);
+}
+
+ReplyStatus::ReplyStatus(std::streambuf* buffer, const Receiver& receiver)
+    : m_buffer(buffer)
+    , m_receiver(receiver)
 {
 }
 
 ReplyStatus::~ReplyStatus() = default;
+
+int ReplyStatus::place()
+{
+    static const int place = std::ios_base::xalloc();
+    return place;
+}
+
+void ReplyStatus::streamChanges(std::ios_base::event event, std::ios_base& stream, int place)
+{
+    if (event == std::ios_base::erase_event) {
+        const auto* const status = static_cast<ReplyStatus*>(stream.pword(place));
+        status->m_receiver(status->code());
+        delete status;
+    }
+}
 
 int ReplyStatus::code() const
 {

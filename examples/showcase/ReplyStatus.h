@@ -6,22 +6,24 @@
 
 #include <QByteArray>
 
+#include <functional>
 #include <ostream>
 #include <streambuf>
 
 /**
- * Passes on what is written to a reply and reads its status from the first line. It must be there
- * as long as something may be written, and outlives the request, so it can still be asked then.
+ * Passes on what is written to a reply and reads its status from the first line. It ends with the
+ * stream of the reply, which is when the request is deleted: at once, or later if it was kept.
  */
 class ReplyStatus : public std::streambuf
 {
 public:
-    /** Puts itself between @a reply and its buffer. */
-    explicit ReplyStatus(std::ostream& reply);
-    ~ReplyStatus() override;
+    using Receiver = std::function<void(int code)>;
 
-    /** 200 for a reply without a status line; 500, which the web server says, for none at all. */
-    int code() const;
+    /**
+     * Puts itself between @a reply and its buffer. @a receiver must not throw; it gets 200 for a
+     * reply without a status line, and for none at all 500, which the web server says then.
+     */
+    static void follow(std::ostream& reply, const Receiver& receiver);
 
 protected:
     int overflow(int character) override;
@@ -29,10 +31,17 @@ protected:
     std::streamsize xsputn(const char* text, std::streamsize size) override;
 
 private:
+    ReplyStatus(std::streambuf* buffer, const Receiver& receiver);
+    ~ReplyStatus() override;
+
+    static int place();
+    static void streamChanges(std::ios_base::event event, std::ios_base& stream, int place);
+    int code() const;
     void readAlong(const char* text, std::streamsize size);
 
-    std::streambuf* m_buffer; // not owned; gone with the request
-    QByteArray m_firstLine;   // with its end, once that has come
+    std::streambuf* m_buffer; // not owned
+    Receiver m_receiver;
+    QByteArray m_firstLine; // with its end, once that has come
 };
 
 #endif

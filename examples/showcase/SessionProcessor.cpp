@@ -4,8 +4,10 @@
 #include "SessionProcessor.h"
 
 #include "Accounts.h"
+#include "PasswordChecker.h"
 #include "Replies.h"
 #include "SessionIdentifier.h"
+#include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttp201StatusJsonHeader.h"
 #include "http/BwaHttp204StatusHeader.h"
@@ -16,10 +18,18 @@
 
 #include <QJsonObject>
 
+#include <arpa/inet.h>
+
 namespace {
 
 // Each session costs two timers; nobody needs more than this at a time.
 constexpr int mostSessionsPerUser = 100;
+
+// In a minute. A lower limit for a user would help those who want to lock the user out.
+constexpr int mostFailuresOfUser = 20;
+constexpr int mostFailuresOfAddress = 60; // shared by all behind one router
+
+constexpr int longestLogin = 100; // characters of a user's name or a password
 
 // Out of reach of scripts, and sent to this API only. Behind TLS it would be secure as well.
 BwaHttpCookie cookie(const QString& name, const QUuid& value)
@@ -48,6 +58,16 @@ QString authorizationOf(const BwaWebSession& session)
         QStringLiteral(" %1:%2").arg(session.sessionId().toString(), session.token().toString());
 }
 
+// Whoever has an IPv6 address has the 2^64 of its network as well, so these count as one.
+QString networkOf(const QString& address)
+{
+    in6_addr bytes;
+    if (inet_pton(AF_INET6, address.toLatin1().constData(), &bytes) != 1) {
+        return address;
+    }
+    return QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(&bytes), 8).toHex());
+}
+
 enum class Credentials { InBody, InCookies };
 
 void sendCredentials(BwaFcgiRequest* request, const BwaWebSession& session, int tokenLifetime,
@@ -66,13 +86,25 @@ void sendCredentials(BwaFcgiRequest* request, const BwaWebSession& session, int 
 
 } // namespace
 
+struct SessionProcessor::Login {
+    QString user;
+    QString password;
+    bool useCookies = false;
+    QString network;
+};
+
 SessionProcessor::SessionProcessor(SessionIdentifier* identifier, BwaWebSessionManager* sessions,
-                                   const Accounts* accounts, const SessionLifetimes& lifetimes)
+                                   const Accounts* accounts, PasswordChecker* passwords,
+                                   const SessionLifetimes& lifetimes)
     : BwaStandardFcgiRequestProcessor(identifier)
     , m_sessions(sessions)
     , m_accounts(accounts)
+    , m_passwords(passwords)
     , m_lifetimes(lifetimes)
+    , m_failuresOfUser(mostFailuresOfUser)
+    , m_failuresOfAddress(mostFailuresOfAddress)
 {
+    m_clock.start();
 }
 
 void SessionProcessor::processGetMethod(BwaFcgiRequest* request)
@@ -85,7 +117,11 @@ void SessionProcessor::processGetMethod(BwaFcgiRequest* request)
 
 void SessionProcessor::processPostMethod(BwaFcgiRequest* request)
 {
-    logIn(request);
+    Login login;
+    if (readLogin(request, login) && mayTry(request, login)) {
+        checkLater(request, login); // keeps the request; the last act: nothing may throw behind it
+        return;
+    }
     delete request;
 }
 
@@ -114,28 +150,71 @@ void SessionProcessor::processDeleteMethod(BwaFcgiRequest* request)
     delete request;
 }
 
-// Every login makes a new session: an id that the client brings along is never taken up.
-void SessionProcessor::logIn(BwaFcgiRequest* request)
+bool SessionProcessor::readLogin(BwaFcgiRequest* request, Login& login)
 {
     QVariantMap object;
     if (!readJsonObject(request, object)) {
+        return false;
+    }
+    login.network = networkOf(request->cgiRequest()->environment().remoteAddr());
+    if (!BwaJsonUtilities::stringValue(object, QStringLiteral("user"), login.user) ||
+        !BwaJsonUtilities::stringValue(object, QStringLiteral("password"), login.password) ||
+        !BwaJsonUtilities::booleanValue(object, QStringLiteral("cookies"), login.useCookies,
+                                        false) ||
+        login.user.size() > longestLogin || login.password.size() > longestLogin) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return false;
+    }
+    return true;
+}
+
+// False when a refusal was sent.
+bool SessionProcessor::mayTry(BwaFcgiRequest* request, const Login& login)
+{
+    if (m_failuresOfUser.isReached(login.user, now()) ||
+        m_failuresOfAddress.isReached(login.network, now())) {
+        request->sendHttpError(BwaFcgiRequest::TooManyRequests);
+        return false;
+    }
+    if (m_passwords->isBusy()) {
+        request->sendHttpError(BwaFcgiRequest::ServiceUnavailable);
+        return false;
+    }
+    return true;
+}
+
+void SessionProcessor::checkLater(BwaFcgiRequest* request, const Login& login)
+{
+    m_failuresOfUser.count(login.user, now());
+    m_failuresOfAddress.count(login.network, now());
+    m_passwords->check(m_accounts->hashOf(login.user), login.password.toUtf8(),
+                       [this, request, login](bool isRight) {
+                           finishKept(request, [&] { answer(request, login, isRight); });
+                       });
+}
+
+void SessionProcessor::answer(BwaFcgiRequest* request, const Login& login, bool isPasswordRight)
+{
+    if (!isPasswordRight) {
+        request->sendHttpError(BwaFcgiRequest::Forbidden);
         return;
     }
-    QString user;
-    QString password;
-    bool useCookies = false;
-    if (!BwaJsonUtilities::stringValue(object, QStringLiteral("user"), user) ||
-        !BwaJsonUtilities::stringValue(object, QStringLiteral("password"), password) ||
-        !BwaJsonUtilities::booleanValue(object, QStringLiteral("cookies"), useCookies, false)) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
-    } else if (!m_accounts->isPasswordRight(user, password)) {
-        request->sendHttpError(BwaFcgiRequest::Forbidden);
-    } else if (m_sessions->sessions(user).size() >= mostSessionsPerUser) {
+    m_failuresOfUser.takeBack(login.user, now());
+    m_failuresOfAddress.takeBack(login.network, now());
+    if (m_sessions->sessions(login.user).size() >= mostSessionsPerUser) {
         request->sendHttpError(BwaFcgiRequest::TooManyRequests);
     } else {
-        sendCredentials(
-            request, *m_sessions->createSession(user, m_lifetimes.token, m_lifetimes.removal),
-            m_lifetimes.token, useCookies ? Credentials::InCookies : Credentials::InBody,
-            BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"), QStringLiteral("/api/session")));
+        logIn(request, login);
     }
+}
+
+// Every login makes a new session: an id that the client brings along is never taken up.
+void SessionProcessor::logIn(BwaFcgiRequest* request, const Login& login)
+{
+    const BwaWebSession* const session =
+        m_sessions->createSession(login.user, m_lifetimes.token, m_lifetimes.removal);
+    sendCredentials(
+        request, *session, m_lifetimes.token,
+        login.useCookies ? Credentials::InCookies : Credentials::InBody,
+        BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"), QStringLiteral("/api/session")));
 }

@@ -4,11 +4,15 @@
 #ifndef SESSIONPROCESSOR_H
 #define SESSIONPROCESSOR_H
 
+#include "RateLimit.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
+
+#include <QElapsedTimer>
 
 class Accounts;
 class BwaWebSession;
 class BwaWebSessionManager;
+class PasswordChecker;
 class SessionIdentifier;
 
 struct SessionLifetimes {
@@ -23,13 +27,18 @@ struct SessionLifetimes {
  *
  * A browser sends cookies with requests that other sites make it send. These sites can neither
  * send JSON bodies nor PUT or DELETE without asking first, and nothing here permits them to.
+ *
+ * A login is answered later, when a thread of its own has checked the password. Whoever guesses
+ * passwords, of one account or from one address, is refused with 429 until the minute is over, and
+ * everybody with 503 while too many logins wait.
  */
 class SessionProcessor : public BwaStandardFcgiRequestProcessor
 {
 public:
     /** Nothing is owned; everything must outlive this. */
     SessionProcessor(SessionIdentifier* identifier, BwaWebSessionManager* sessions,
-                     const Accounts* accounts, const SessionLifetimes& lifetimes);
+                     const Accounts* accounts, PasswordChecker* passwords,
+                     const SessionLifetimes& lifetimes);
 
 protected:
     void processGetMethod(BwaFcgiRequest* request) override;
@@ -38,11 +47,22 @@ protected:
     void processDeleteMethod(BwaFcgiRequest* request) override;
 
 private:
-    void logIn(BwaFcgiRequest* request);
+    struct Login;
+
+    static bool readLogin(BwaFcgiRequest* request, Login& login);
+    bool mayTry(BwaFcgiRequest* request, const Login& login);
+    void checkLater(BwaFcgiRequest* request, const Login& login);
+    void answer(BwaFcgiRequest* request, const Login& login, bool isPasswordRight);
+    void logIn(BwaFcgiRequest* request, const Login& login);
+    qint64 now() const { return m_clock.elapsed() / 1000; }
 
     BwaWebSessionManager* m_sessions;
     const Accounts* m_accounts;
+    PasswordChecker* m_passwords;
     SessionLifetimes m_lifetimes;
+    QElapsedTimer m_clock;
+    RateLimit m_failuresOfUser; // logins that run count until they have succeeded
+    RateLimit m_failuresOfAddress;
 };
 
 #endif

@@ -14,6 +14,7 @@
 #include "NotesService.h"
 #include "OrderProcessor.h"
 #include "PageProcessor.h"
+#include "PasswordChecker.h"
 #include "SessionIdentifier.h"
 #include "SessionProcessor.h"
 #include "Statistics.h"
@@ -123,6 +124,13 @@ BwaRequestLimits bodyLimits()
     return limits;
 }
 
+// Known to everybody who has read this: for the demonstration only.
+void addDemoAccounts(Accounts& accounts)
+{
+    accounts.add(QStringLiteral("demo"), QStringLiteral("tea and biscuits"));
+    accounts.add(QStringLiteral("guest"), QStringLiteral("coffee and cake"));
+}
+
 int serve(QCoreApplication& application, const Options& options)
 {
     StopSignals stopSignals;
@@ -130,7 +138,9 @@ int serve(QCoreApplication& application, const Options& options)
         0117); // socket and database are for the user and the group, which the front server shares
 
     Database database(options.database);
-    const Accounts accounts(database);
+    Accounts accounts(database);
+    addDemoAccounts(accounts);
+    PasswordChecker passwords;
     NoteStore notes(database);
     BwaWebSessionManager sessions;
     SessionIdentifier identifier(&sessions);
@@ -138,8 +148,8 @@ int serve(QCoreApplication& application, const Options& options)
     BwaDispatcherFcgiService root;
     addOpenServices(root, options.files);
     root.addService(QStringLiteral("session"),
-                    new BwaStandardFcgiService(new SessionProcessor(&identifier, &sessions,
-                                                                    &accounts, options.lifetimes)));
+                    new BwaStandardFcgiService(new SessionProcessor(
+                        &identifier, &sessions, &accounts, &passwords, options.lifetimes)));
     root.addService(QStringLiteral("notes"), new NotesService(&identifier, &notes));
 
     root.addService(QStringLiteral("app"), newPageService());
@@ -161,6 +171,7 @@ int serve(QCoreApplication& application, const Options& options)
     });
     listener.listen(options.socket);
     const int status = application.exec();
+    passwords.finish(); // the listener must not end before the requests that wait for an answer
     if (options.socket.isNull()) {
         // A listener that is destroyed shuts its socket down, which the next process still needs.
         std::_Exit(status);

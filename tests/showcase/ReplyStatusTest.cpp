@@ -3,18 +3,24 @@
 
 #include "ReplyStatus.h"
 
+#include <QList>
+
 #include <gmock/gmock.h>
 
+#include <memory>
 #include <sstream>
 
 namespace {
 
 int statusOf(const std::string& reply)
 {
-    std::ostringstream stream;
-    const ReplyStatus status(stream);
-    stream << reply;
-    return status.code();
+    int status = 0;
+    {
+        std::ostringstream stream;
+        ReplyStatus::follow(stream, [&status](int code) { status = code; });
+        stream << reply;
+    }
+    return status;
 }
 
 } // namespace
@@ -46,21 +52,36 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ReplyStatus, GivenSinglePiecesPutsTheLineTogether)
 {
-    std::ostringstream stream;
-    const ReplyStatus status(stream);
+    int status = 0;
+    auto stream = std::make_unique<std::ostringstream>();
+    ReplyStatus::follow(*stream, [&status](int code) { status = code; });
 
     for (const char character : std::string("Status: 403 Forbidden\n\n")) {
-        stream.put(character);
+        stream->put(character);
     }
+    stream.reset();
 
-    EXPECT_EQ(status.code(), 403);
+    EXPECT_EQ(status, 403);
+}
+
+TEST(ReplyStatus, WhenTheStreamLivesOnWaitsForItsEnd)
+{
+    QList<int> statuses;
+    auto stream = std::make_unique<std::ostringstream>();
+
+    ReplyStatus::follow(*stream, [&statuses](int code) { statuses.append(code); });
+    *stream << "Status: 201 Created\n\n{}";
+    EXPECT_TRUE(statuses.isEmpty());
+    stream.reset();
+
+    EXPECT_EQ(statuses, QList<int>{201});
 }
 
 TEST(ReplyStatus, PassesOnWhatIsWritten)
 {
     std::ostringstream stream;
     std::stringbuf* const buffer = stream.rdbuf();
-    const ReplyStatus status(stream);
+    ReplyStatus::follow(stream, [](int) {});
 
     // rdbuf() of the string stream stays its own buffer, whatever stands in front of it.
     stream << "Status: 200 OK" << std::endl << std::endl << 'a' << "bc" << std::flush;
@@ -74,7 +95,7 @@ TEST(ReplyStatus, GivenABufferThatFailsTheStreamFails)
         int sync() override { return -1; }
     } failing;
     std::ostream stream(&failing);
-    const ReplyStatus status(stream);
+    ReplyStatus::follow(stream, [](int) {});
 
     EXPECT_FALSE(stream << "a");
     stream.clear();

@@ -1,0 +1,179 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "SessionProcessor.h"
+
+#include "Accounts.h"
+#include "Database.h"
+#include "PasswordChecker.h"
+#include "Replies.h"
+#include "SessionIdentifier.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "sessions/BwaWebSessionManager.h"
+#include "testing/BwaTestRequest.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <stdexcept>
+
+#include <sodium.h>
+
+namespace {
+
+// As cheap as libsodium makes it.
+QString hashOf(const QByteArray& password)
+{
+    char hash[crypto_pwhash_STRBYTES];
+    EXPECT_EQ(crypto_pwhash_str(hash, password.constData(),
+                                static_cast<unsigned long long>(password.size()),
+                                crypto_pwhash_OPSLIMIT_MIN, crypto_pwhash_MEMLIMIT_MIN),
+              0);
+    return QString::fromLatin1(hash);
+}
+
+BwaTestRequest loginOf(const QByteArray& user, const QByteArray& password,
+                       const QByteArray& address = "192.0.2.1")
+{
+    BwaTestRequest request("POST");
+    request.setBody("application/json",
+                    "{\"user\": \"" + user + "\", \"password\": \"" + password + "\"}");
+    request.setVariable("REMOTE_ADDR", address);
+    return request;
+}
+
+class Login : public testing::Test
+{
+protected:
+    Login()
+    {
+        addAccount(QStringLiteral("demo"));
+        addAccount(QStringLiteral("guest"));
+    }
+
+    void addAccount(const QString& user)
+    {
+        Database::Statement(m_database, "INSERT INTO accounts VALUES (?, ?)")
+            .bind(user)
+            .bind(m_hash)
+            .next();
+    }
+
+    // One wrong password for each of 60 accounts, from these addresses in turn.
+    void guessSixtyTimes(const QList<QByteArray>& addresses)
+    {
+        for (int i = 0; i < 60; ++i) {
+            addAccount(QStringLiteral("user %1").arg(i)); // whose hash is cheap
+            const QByteArray user = "user " + QByteArray::number(i);
+            EXPECT_EQ(statusOf(loginOf(user, "coffee", addresses.at(i % addresses.size()))), 403);
+        }
+    }
+
+    int statusOf(const BwaTestRequest& request) { return request.sendTo(m_processor).statusCode; }
+
+    int m_arguments = 0;
+    QCoreApplication m_application{m_arguments, nullptr};
+    QTemporaryDir m_folder;
+    QString m_hash = hashOf("tea");
+    Database m_database{m_folder.filePath(QStringLiteral("notes.db"))};
+    Accounts m_accounts{m_database};
+    PasswordChecker m_passwords{2};
+    BwaWebSessionManager m_sessions;
+    SessionIdentifier m_identifier{&m_sessions};
+    SessionProcessor m_processor{
+        &m_identifier, &m_sessions, &m_accounts, &m_passwords, {600000, 60000}};
+};
+
+} // namespace
+
+TEST_F(Login, GivenTheRightPasswordMakesASession)
+{
+    EXPECT_EQ(statusOf(loginOf("demo", "tea")), 201);
+    EXPECT_EQ(m_sessions.sessions(QStringLiteral("demo")).size(), 1);
+}
+
+TEST_F(Login, GivenAWrongPasswordOrUserIsRefused)
+{
+    EXPECT_EQ(statusOf(loginOf("demo", "coffee")), 403);
+    EXPECT_EQ(statusOf(loginOf("nobody", "tea")), 403);
+    EXPECT_TRUE(m_sessions.sessions(QStringLiteral("demo")).isEmpty());
+}
+
+TEST_F(Login, GivenALongNameOrPasswordIsRefused)
+{
+    EXPECT_EQ(statusOf(loginOf(QByteArray(101, 'a'), "tea")), 400);
+    EXPECT_EQ(statusOf(loginOf("demo", QByteArray(101, 'a'))), 400);
+}
+
+TEST_F(Login, GivenTooManyWrongPasswordsRefusesTheAccountAndNoOther)
+{
+    for (int i = 0; i < 20; ++i) {
+        const QByteArray address = "192.0.2." + QByteArray::number(i);
+        EXPECT_EQ(statusOf(loginOf("demo", "coffee", address)), 403);
+    }
+
+    EXPECT_EQ(statusOf(loginOf("demo", "tea", "192.0.2.100")), 429);
+    EXPECT_EQ(statusOf(loginOf("guest", "tea", "192.0.2.100")), 201);
+}
+
+TEST_F(Login, GivenTooManyWrongPasswordsRefusesTheAddressAndNoOther)
+{
+    guessSixtyTimes(QList<QByteArray>{"192.0.2.1"});
+
+    EXPECT_EQ(statusOf(loginOf("demo", "tea")), 429);
+    EXPECT_EQ(statusOf(loginOf("demo", "tea", "192.0.2.100")), 201);
+}
+
+TEST_F(Login, GivenAddressesOfOneIpv6NetworkCountsThemTogether)
+{
+    guessSixtyTimes(QList<QByteArray>{"2001:db8::1", "2001:db8::2:0:0:3"});
+
+    EXPECT_EQ(statusOf(loginOf("demo", "tea", "2001:db8::4")), 429);
+    EXPECT_EQ(statusOf(loginOf("demo", "tea", "2001:db8:0:1::4")), 201);
+}
+
+TEST_F(Login, GivenTheRightPasswordNothingIsCounted)
+{
+    for (int i = 0; i < 61; ++i) {
+        EXPECT_EQ(statusOf(loginOf("demo", "tea")), 201);
+    }
+}
+
+TEST_F(Login, WhenTooManyWaitIsRefused)
+{
+    m_passwords.check(QByteArray(), QByteArray(), [](bool) {});
+    m_passwords.check(QByteArray(), QByteArray(), [](bool) {});
+
+    EXPECT_EQ(statusOf(loginOf("demo", "tea")), 503);
+
+    m_passwords.finish();
+    EXPECT_EQ(statusOf(loginOf("demo", "tea")), 201);
+}
+
+TEST_F(Login, WhenTheProgramStopsIsAnsweredBefore)
+{
+    const auto stop = [this](BwaFcgiRequest* request) {
+        m_processor.processRequest(request);
+        m_passwords.finish();
+    };
+
+    EXPECT_EQ(loginOf("demo", "tea").sendTo(stop).statusCode, 201);
+}
+
+TEST_F(Login, GivenAnExceptionInALaterAnswerSends500)
+{
+    const auto answerLater = [this](BwaFcgiRequest* request) {
+        QTimer::singleShot(0, &m_application, [request] {
+            finishKept(request, [] { throw std::runtime_error("no more tea"); });
+        });
+    };
+
+    const BwaTestReply reply = BwaTestRequest("GET").sendTo(answerLater);
+
+    EXPECT_EQ(reply.statusCode, 500);
+    EXPECT_EQ(reply.errorText, "Error in an answer that came later: no more tea");
+}
