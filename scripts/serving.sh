@@ -145,7 +145,9 @@ deployed()
 {
     sed -e "s|/run/[a-z-]*/|$work/|g" -e "s|/var/lib/app/|$work/|g" -e "s|/usr/local/bin/app |$program |g" \
         -e "s|/srv/app/files|${files:-$root/examples/showcase/files}|g" \
-        -e "s|^    listen 80;|    listen 127.0.0.1:$port;|" "$root/examples/$1"
+        -e "s|^    listen 80;|    listen 127.0.0.1:$port;|" -e "s|^    bind :80|    bind 127.0.0.1:$port|" \
+        -e "s|^      port: 80|      host: 127.0.0.1\n      port: $port|" -e "s|^user: www-data|user: $(id -un)|" \
+        -e "s|^:80 {|:$port {\n\tbind 127.0.0.1|" "$root/examples/$1"
 }
 
 # start_process PROGRAM [ARGUMENT...]: the front server
@@ -273,4 +275,34 @@ Group www-data
 Include $work/app.conf
 CONF
     start_process apache2 -D FOREGROUND -f "$work/apache.conf"
+}
+
+start_haproxy()
+{
+    {
+        cat <<CONF
+defaults
+    mode http
+    timeout connect 5s
+    timeout client 50s
+    timeout server 50s
+CONF
+        deployed deploy/haproxy/app.cfg
+    } >"$work/haproxy.cfg"
+    start_process haproxy -db -f "$work/haproxy.cfg"
+}
+
+start_caddy()
+{
+    {
+        printf '{\n\tadmin off\n}\n'
+        deployed deploy/caddy/Caddyfile
+    } >"$work/Caddyfile"
+    start_process env HOME="$work" caddy run --adapter caddyfile --config "$work/Caddyfile"
+}
+
+start_h2o()
+{
+    deployed deploy/h2o/h2o.conf >"$work/h2o.conf"
+    start_process h2o -c "$work/h2o.conf"
 }

@@ -6,6 +6,7 @@
 #include "ClientProcessor.h"
 #include "CountingService.h"
 #include "Database.h"
+#include "DownloadProcessor.h"
 #include "EchoProcessor.h"
 #include "FailingProcessor.h"
 #include "FileProcessor.h"
@@ -41,6 +42,7 @@ namespace {
 
 struct Options {
     QString socket;
+    QString scriptName;
     QString database;
     QString files;
     SessionLifetimes lifetimes;
@@ -49,13 +51,17 @@ struct Options {
 Options parseCommandLine(const QCoreApplication& application)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Serves the API of the demonstration, under the script name /api, over FastCGI."));
+    parser.setApplicationDescription(
+        QStringLiteral("Serves the API of the demonstration, under the path /api, over FastCGI."));
     parser.addHelpOption();
     const QCommandLineOption socket(QStringLiteral("socket"),
                                     QStringLiteral("The Unix socket, or address:port, for the "
                                                    "front server; descriptor 0 without it."),
                                     QStringLiteral("path"));
+    const QCommandLineOption scriptName(
+        QStringLiteral("script-name"),
+        QStringLiteral("What the front server calls the API, /api; empty for one that names none."),
+        QStringLiteral("name"), QStringLiteral("/api"));
     const QCommandLineOption database(QStringLiteral("database"),
                                       QStringLiteral("The file that keeps accounts and notes."),
                                       QStringLiteral("path"));
@@ -69,12 +75,13 @@ Options parseCommandLine(const QCoreApplication& application)
         QStringLiteral("removal-delay"),
         QStringLiteral("From then to the session's end; 1 minute."), QStringLiteral("ms"),
         QStringLiteral("60000"));
-    parser.addOptions({socket, database, files, tokenLifetime, removalDelay});
+    parser.addOptions({socket, scriptName, database, files, tokenLifetime, removalDelay});
     parser.process(application);
     if (!parser.isSet(database) || !parser.isSet(files)) {
         parser.showHelp(2);
     }
     return {parser.value(socket),
+            parser.value(scriptName),
             parser.value(database),
             parser.value(files),
             {parser.value(tokenLifetime).toInt(), parser.value(removalDelay).toInt()}};
@@ -92,6 +99,7 @@ void addOpenServices(BwaDispatcherFcgiService& root, const QString& files)
     add("upload", new UploadProcessor(nullptr));
     add("order", new OrderProcessor(nullptr));
     add("file", new FileProcessor(files));
+    add("download", new DownloadProcessor(nullptr));
     add("page", new PageProcessor(nullptr));
     add("failure", new FailingProcessor(nullptr));
 }
@@ -145,7 +153,10 @@ int serve(QCoreApplication& application, const Options& options)
     BwaWebSessionManager sessions;
     SessionIdentifier identifier(&sessions);
 
-    BwaDispatcherFcgiService root;
+    BwaDispatcherFcgiService top;
+    // Without a script name the whole path comes as path info.
+    BwaDispatcherFcgiService& root =
+        options.scriptName.isEmpty() ? *top.addDispatcherService(QStringLiteral("api")) : top;
     addOpenServices(root, options.files);
     root.addService(QStringLiteral("session"),
                     new BwaStandardFcgiService(new SessionProcessor(
@@ -159,9 +170,9 @@ int serve(QCoreApplication& application, const Options& options)
     Statistics statistics;
     root.addService(QStringLiteral("statistics"),
                     new BwaStandardFcgiService(new StatisticsProcessor(&statistics, &clock)));
-    CountingService counting(&root, &statistics, &clock);
+    CountingService counting(&top, &statistics, &clock);
 
-    BwaFcgiListener listener({{QStringLiteral("/api"), &counting}});
+    BwaFcgiListener listener({{options.scriptName, &counting}});
     listener.setRequestLimits(bodyLimits());
     QObject::connect(&listener, &BwaFcgiListener::listeningError, &application, [&options] {
         std::cerr << "cannot listen on "

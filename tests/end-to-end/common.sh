@@ -31,6 +31,7 @@ start_showcase_behind()
         start_showcase "$2" --socket "127.0.0.1:$application_port"
         ;;
     *-activated) start_activated "$2" ;;
+    h2o) start_showcase "$2" --script-name '' ;;
     *) start_showcase "$2" ;;
     esac
     # Apache lays down the rights of root, and what it starts must reach its files.
