@@ -28,10 +28,21 @@ qint64 residentBytes(const std::string& field)
     throw std::runtime_error("/proc/self/status has no " + field);
 }
 
-// Gives free memory back, which a call could else use unseen, and forgets the peak so far.
-void forgetPeak()
+// glibc keeps what was freed, which a call could then use unseen; musl gives it back by itself.
+#ifdef __GLIBC__
+void giveFreedMemoryBack()
 {
     malloc_trim(0);
+}
+#else
+void giveFreedMemoryBack()
+{
+}
+#endif
+
+void forgetPeak()
+{
+    giveFreedMemoryBack();
     std::ofstream references("/proc/self/clear_refs");
     references << "5" << std::flush;
     if (!references) {

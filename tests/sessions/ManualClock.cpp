@@ -8,6 +8,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+// With 32 bits musl has only this, because its time_t has 64 there.
+#ifndef SYS_clock_gettime
+#define SYS_clock_gettime SYS_clock_gettime64
+#endif
+
 namespace {
 
 const ManualClock* manualClock = nullptr; // not owned
