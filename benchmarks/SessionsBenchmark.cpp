@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QPair>
 #include <QVector>
 
@@ -93,12 +94,12 @@ void sessionExpiryDeviation(benchmark::State& state)
         BwaWebSession* const session =
             live.manager.createSession(QStringLiteral("ada"), lifetime, endless);
         qint64 expired = 0; // nanoseconds
-        const auto connection = QObject::connect(session, &BwaWebSession::tokenExpired,
-                                                 [&] { expired = sinceCreation.nsecsElapsed(); });
-        while (expired == 0) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-        QObject::disconnect(connection);
+        QEventLoop loop;
+        QObject::connect(session, &BwaWebSession::tokenExpired, &loop, [&] {
+            expired = sinceCreation.nsecsElapsed();
+            loop.quit();
+        });
+        loop.exec();
         session->remove();
         state.SetIterationTime(qAbs(1e-9 * static_cast<double>(expired) - 1e-3 * lifetime));
     }

@@ -13,6 +13,8 @@
 #include "support/FcgiClient.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
+#include <QSocketNotifier>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -69,11 +71,16 @@ private:
         FcgiClient client(m_path);
         client.sendRequest({{"SCRIPT_NAME", "/good"}});
         client.shutDownSending();
-        char first = 0;
-        while (::recv(client.descriptor(), &first, 1, MSG_PEEK | MSG_DONTWAIT) < 0) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-        }
+        serveUntilReadable(client.descriptor());
         EXPECT_EQ(client.readReply().out, "Content-Type: text/plain\n\nanswered");
+    }
+
+    static void serveUntilReadable(int descriptor)
+    {
+        QEventLoop loop;
+        const QSocketNotifier answer(descriptor, QSocketNotifier::Read);
+        QObject::connect(&answer, SIGNAL(activated(int)), &loop, SLOT(quit()));
+        loop.exec();
     }
 
     int m_argumentCount = 1;
