@@ -62,6 +62,6 @@ int main(int argc, char** argv)
     listener.setRequestLimits(limits);
     QObject::connect(&listener, &BwaFcgiListener::listeningError,
                      [] { QCoreApplication::exit(1); });
-    listener.listen(QString::fromLocal8Bit(argv[1])); // the socket that the web server connects to
+    listener.listen(QString::fromLatin1(argv[1])); // the socket that the web server connects to
     return application.exec();
 }

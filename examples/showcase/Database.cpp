@@ -10,7 +10,7 @@
 Database::Database(const QString& path)
     : m_connection(nullptr)
 {
-    if (sqlite3_open(path.toUtf8().constData(), &m_connection) != SQLITE_OK) {
+    if (sqlite3_open(path.toLatin1().constData(), &m_connection) != SQLITE_OK) {
         const std::string reason = sqlite3_errmsg(m_connection);
         sqlite3_close(m_connection);
         throw std::runtime_error("cannot open the database: " + reason);

@@ -20,6 +20,7 @@ class Database
 public:
     class Statement;
 
+    /** @a path: a character, of Latin-1, for each byte. */
     explicit Database(const QString& path);
     ~Database();
 

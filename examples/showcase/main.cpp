@@ -32,8 +32,10 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
 
 #include <sys/stat.h>
@@ -48,7 +50,17 @@ struct Options {
     SessionLifetimes lifetimes;
 };
 
-Options parseCommandLine(const QCoreApplication& application)
+// A path is bytes, not text: each becomes the character of that number, as Latin-1 has it, whatever
+// the locale, and where a path is used each becomes a byte again.
+QStringList argumentsAsGiven(int argc, char** argv)
+{
+    QStringList arguments;
+    std::transform(argv, argv + argc, std::back_inserter(arguments),
+                   [](const char* argument) { return QString::fromLatin1(argument); });
+    return arguments;
+}
+
+Options parseCommandLine(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -76,7 +88,7 @@ Options parseCommandLine(const QCoreApplication& application)
         QStringLiteral("From then to the session's end; 1 minute."), QStringLiteral("ms"),
         QStringLiteral("60000"));
     parser.addOptions({socket, scriptName, database, files, tokenLifetime, removalDelay});
-    parser.process(application);
+    parser.process(arguments);
     if (!parser.isSet(database) || !parser.isSet(files)) {
         parser.showHelp(2);
     }
@@ -195,7 +207,7 @@ int serve(QCoreApplication& application, const Options& options)
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    const Options options = parseCommandLine(application);
+    const Options options = parseCommandLine(argumentsAsGiven(argc, argv));
     try {
         return serve(application, options);
     } catch (const std::exception& error) {

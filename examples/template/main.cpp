@@ -24,6 +24,6 @@ int main(int argc, char** argv)
         std::fputs("greeter: cannot listen\n", stderr);
         QCoreApplication::exit(1);
     });
-    listener.listen(QString::fromLocal8Bit(argv[1]));
+    listener.listen(QString::fromLatin1(argv[1]));
     return application.exec();
 }

@@ -318,7 +318,7 @@ int main(int argc, char** argv)
         std::fputs("tasks: cannot listen\n", stderr);
         QCoreApplication::exit(1);
     });
-    listener.listen(QString::fromLocal8Bit(argv[1]));
+    listener.listen(QString::fromLatin1(argv[1]));
     return application.exec();
 }
 //! [main]
