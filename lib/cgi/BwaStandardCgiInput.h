@@ -13,6 +13,7 @@ public:
     BwaStandardCgiInput();
     ~BwaStandardCgiInput() override;
 
+    /** A descriptor that cannot be read has ended. At most 2^31 - 1025 bytes come in one call. */
     QByteArray read(unsigned int size) override;
     /** The environment variable as Latin-1 text; empty, not null, when it is not set. */
     QString getenv(const QString& name) override;

@@ -189,6 +189,18 @@ TEST_F(StandardInput, GivenAHugeAnnouncedSizeUsesMemoryForWhatComesOnly)
     EXPECT_LT(mostMemoryUsed() - before, 64 * 1024);
 }
 
+// In a process of its own, as std::cin never gets its first buffer back.
+TEST(BwaStandardCgiInputDeathTest, GivenADescriptorThatCannotBeReadHasEnded)
+{
+    const auto readWithoutInput = [] {
+        std::ios::sync_with_stdio(false);
+        ::close(STDIN_FILENO);
+        std::exit(BwaStandardCgiInput().read(10).isEmpty() ? 0 : 1);
+    };
+
+    EXPECT_EXIT(readWithoutInput(), testing::ExitedWithCode(0), "");
+}
+
 TEST(BwaStandardCgiInputGetenv, ReturnsTheVariable)
 {
     const EnvironmentVariable variable("BWA_TEST_VARIABLE", "HTTP/1.1");
