@@ -107,7 +107,7 @@ void compareWithLimits(MemoryCgiInput* input, const Outcome& unlimited, std::min
     limits.maxFormFields = below(5, choices);
     limits.maxParts = below(5, choices);
     BwaCgiRequest request(input);
-    request.setLimits(limits);
+    request.setRequestLimits(limits);
 
     const bool complete = request.processBodyContent();
 
@@ -116,6 +116,8 @@ void compareWithLimits(MemoryCgiInput* input, const Outcome& unlimited, std::min
         complete,
         unlimited.complete && isWithin(limits.maxBodySize, request.environment().contentLength()) &&
             isWithin(limits.maxFormFields, fields) && isWithin(limits.maxParts, unlimited.parts));
+    EXPECT_EQ(request.bodyFailure() == BwaCgiRequest::BodyFailure::NoFailure, complete);
+    EXPECT_EQ(request.bodyBytesRead(), static_cast<unsigned int>(input->position));
     if (complete) {
         EXPECT_EQ(request.formVariables(), unlimited.variables);
     } else {

@@ -44,7 +44,7 @@ void takePhoto(BwaFcgiRequest* request)
     BwaRequestLimits limits;
     limits.maxBodySize = 1024 * 1024; // bytes
     limits.maxParts = 10;
-    request->cgiRequest()->setLimits(limits);
+    request->cgiRequest()->setRequestLimits(limits);
     if (!request->cgiRequest()->processBodyContent()) {
         request->sendHttpError(BwaFcgiRequest::BadRequest);
         return;

@@ -5,11 +5,12 @@
 
 #include "cgi/BwaAbstractCgiInput.h"
 #include "cgi/BwaCgiMultipartFormDataReader.h"
+#include "cgi/BwaGrowingRead_p.h"
 #include "cgi/BwaHeaderValueParser_p.h"
 #include "cgi/BwaUrlEncoding_p.h"
 
 #include <algorithm>
-#include <cstring>
+#include <new>
 #include <utility>
 
 namespace {
@@ -22,10 +23,9 @@ bool isWithin(unsigned int limit, unsigned int number)
 // As many as parseUrlEncodedVariables() finds.
 unsigned int variablesIn(const QByteArray& body)
 {
-    const char* const text = body.constData(); // ends at its first NUL
-    const auto separators = std::count_if(text, text + std::strlen(text), [](char character) {
-        return character == '&' || character == ';';
-    });
+    const auto end = std::find(body.begin(), body.end(), '\0'); // the text's
+    const auto separators = std::count_if(
+        body.begin(), end, [](char character) { return character == '&' || character == ';'; });
     return static_cast<unsigned int>(separators) + 1;
 }
 
@@ -33,6 +33,14 @@ unsigned int variablesIn(const QByteArray& body)
 QString textOf(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.constData());
+}
+
+// Whether the input stands amid the body, where a second call must not take it for the beginning.
+bool wasGivenUpAmid(BwaCgiRequest::BodyFailure failure)
+{
+    return failure == BwaCgiRequest::BodyFailure::TooManyFormFields ||
+        failure == BwaCgiRequest::BodyFailure::TooManyParts ||
+        failure == BwaCgiRequest::BodyFailure::OutOfMemory;
 }
 
 } // namespace
@@ -43,25 +51,25 @@ BwaCgiRequest::BwaCgiRequest(BwaAbstractCgiInput* input)
     , m_queryVariables(parseUrlEncodedVariables(m_environment.queryString()))
     , m_bodyProcessed(m_environment.contentLength() == 0)
     , m_bodyBytesRead(0)
+    , m_bodyFailure(BodyFailure::NoFailure)
 {
 }
 
 bool BwaCgiRequest::processBodyContent()
 {
-    if (m_bodyProcessed) {
-        return true;
+    if (m_bodyProcessed || wasGivenUpAmid(m_bodyFailure)) {
+        return m_bodyProcessed;
     }
-    if (!isWithin(m_limits.maxBodySize, m_environment.contentLength())) {
-        return false;
+    try {
+        m_bodyFailure = readAndDecodeBody();
+    } catch (const std::bad_alloc&) {
+        m_bodyFailure = BodyFailure::OutOfMemory;
     }
-    const QString mediaType =
-        BwaCgiEnvironment::parseContentType(m_environment.contentType()).first;
-    if (mediaType.isEmpty() || mediaType == QLatin1String("application/x-www-form-urlencoded")) {
-        m_bodyProcessed = processUrlEncodedBody();
-    } else if (mediaType == QLatin1String("multipart/form-data")) {
-        m_bodyProcessed = processMultipartBody();
-    } else {
-        m_bodyProcessed = processOtherBody();
+    m_bodyProcessed = m_bodyFailure == BodyFailure::NoFailure;
+    if (!m_bodyProcessed) {
+        m_formVariables.clear();
+        m_files.clear();
+        m_body.clear();
     }
     return m_bodyProcessed;
 }
@@ -74,36 +82,46 @@ QByteArray BwaCgiRequest::readFromBody(unsigned int size)
     return bytes;
 }
 
-QByteArray BwaCgiRequest::readWholeBody(bool* complete)
+BwaCgiRequest::BodyFailure BwaCgiRequest::readAndDecodeBody()
+{
+    if (!isWithin(m_limits.maxBodySize, m_environment.contentLength())) {
+        return BodyFailure::TooLarge;
+    }
+    const QString mediaType =
+        BwaCgiEnvironment::parseContentType(m_environment.contentType()).first;
+    if (mediaType.isEmpty() || mediaType == QLatin1String("application/x-www-form-urlencoded")) {
+        return processUrlEncodedBody();
+    }
+    return mediaType == QLatin1String("multipart/form-data") ? processMultipartBody()
+                                                             : readWholeBody(&m_body);
+}
+
+BwaCgiRequest::BodyFailure BwaCgiRequest::readWholeBody(QByteArray* bytes)
 {
     const unsigned int length = m_environment.contentLength();
-    QByteArray bytes = readFromBody(length - m_bodyBytesRead);
-    *complete = static_cast<unsigned int>(bytes.size()) == length;
-    return bytes;
+    *bytes = readFromBody(length - m_bodyBytesRead);
+    const auto size = static_cast<unsigned int>(bytes->size());
+    if (size == length) {
+        return BodyFailure::NoFailure;
+    }
+    return size == mostBytesOfARead ? BodyFailure::TooLarge : BodyFailure::EndedEarly;
 }
 
-bool BwaCgiRequest::processUrlEncodedBody()
+BwaCgiRequest::BodyFailure BwaCgiRequest::processUrlEncodedBody()
 {
-    bool complete = false;
-    QByteArray bytes = readWholeBody(&complete);
-    if (!complete || (m_limits.maxFormFields > 0 && variablesIn(bytes) > m_limits.maxFormFields)) {
-        return false;
+    QByteArray bytes;
+    const BodyFailure failure = readWholeBody(&bytes);
+    if (failure != BodyFailure::NoFailure) {
+        return failure;
+    }
+    if (m_limits.maxFormFields > 0 && variablesIn(bytes) > m_limits.maxFormFields) {
+        return BodyFailure::TooManyFormFields;
     }
     m_formVariables = urlEncodedVariables(std::move(bytes));
-    return true;
+    return BodyFailure::NoFailure;
 }
 
-bool BwaCgiRequest::processMultipartBody()
-{
-    const bool complete = readParts();
-    if (!complete) {
-        m_formVariables.clear();
-        m_files.clear();
-    }
-    return complete;
-}
-
-bool BwaCgiRequest::readParts()
+BwaCgiRequest::BodyFailure BwaCgiRequest::processMultipartBody()
 {
     BwaCgiMultipartFormDataReader reader(this);
     QString name;
@@ -114,31 +132,24 @@ bool BwaCgiRequest::readParts()
     while (reader.nextPart(name, fileName, contentType)) {
         ++parts;
         fields += fileName.isNull() ? 1 : 0;
-        if (!isWithin(m_limits.maxParts, parts) || !isWithin(m_limits.maxFormFields, fields)) {
-            m_bodyBytesRead = m_environment.contentLength(); // a second call must not go on here
-            return false;
+        if (!isWithin(m_limits.maxParts, parts)) {
+            return BodyFailure::TooManyParts;
+        }
+        if (!isWithin(m_limits.maxFormFields, fields)) {
+            return BodyFailure::TooManyFormFields;
         }
         const QByteArray data = reader.readAllFromPart();
-        if (reader.failed()) {
-            break;
-        }
         if (fileName.isNull()) {
             m_formVariables.insert(name, textOf(data));
         } else {
             m_files.insert(name, BwaCgiFile(fileName, contentType, data));
         }
     }
-    return !reader.failed();
-}
-
-bool BwaCgiRequest::processOtherBody()
-{
-    bool complete = false;
-    m_body = readWholeBody(&complete);
-    if (!complete) {
-        m_body.clear();
+    if (!reader.failed()) {
+        return BodyFailure::NoFailure;
     }
-    return complete;
+    return m_bodyBytesRead < m_environment.contentLength() ? BodyFailure::EndedEarly
+                                                           : BodyFailure::NotClosed;
 }
 
 QString BwaCgiRequest::urlDecode(const QString& text)

@@ -28,21 +28,38 @@ class BWA_EXPORT BwaCgiRequest
     Q_DISABLE_COPY(BwaCgiRequest)
 
 public:
+    /** Why processBodyContent() has returned false. */
+    enum class BodyFailure {
+        NoFailure,  /**< It has not, or has not been called. */
+        EndedEarly, /**< Fewer bytes have come than CONTENT_LENGTH announced. */
+        NotClosed,  /**< All bytes of a multipart form are there, its last delimiter is not. */
+        TooLarge,   /**< More than maxBodySize bytes, or than a byte array holds. */
+        TooManyFormFields, /**< More than maxFormFields. */
+        TooManyParts,      /**< More than maxParts. */
+        OutOfMemory        /**< The body or what it decodes to could not be allocated. */
+    };
+
     /** Reads the variables from @a input, which must outlive this; reads nothing of the body. */
     explicit BwaCgiRequest(BwaAbstractCgiInput* input);
 
-    /** To be set before the body is processed; without, there are none. */
-    void setLimits(const BwaRequestLimits& limits) { m_limits = limits; }
+    /** What the body may hold, to be set before it is processed; without, there are no limits. */
+    void setRequestLimits(const BwaRequestLimits& limits) { m_limits = limits; }
+    /** As set; on a request from a listener, the listener's. */
+    const BwaRequestLimits& requestLimits() const { return m_limits; }
     /**
      * Reads and decodes the body; at most once with success, later calls return true at once. A
      * request without CONTENT_LENGTH has no body, which is a success.
      *
-     * @return false when the body ends early or, being multipart, before its closing delimiter, and
-     * when it is beyond a limit. The bytes read are then lost, and neither variables nor files nor
-     * body are kept.
+     * @return false when the body ends early or, being multipart, before its closing delimiter,
+     * when it is beyond a limit, and when memory runs out; bodyFailure() tells which. The bytes
+     * read are then lost, and neither variables nor files nor body are kept. With Qt 5 a body other
+     * than multipart fails from 2^31 - 1024 bytes on, a form from half of that on.
      */
     bool processBodyContent();
-    /** The next @a size bytes of the body at most, never beyond CONTENT_LENGTH; without limits. */
+    /**
+     * The next @a size bytes of the body at most, never beyond CONTENT_LENGTH; without limits.
+     * Fewer when the body ends early, and never more than 2^31 - 1025 in one call.
+     */
     QByteArray readFromBody(unsigned int size);
 
     /**
@@ -76,15 +93,18 @@ public:
     QHash<QString, BwaCgiFile> files() const { return m_files; }
     /** The raw body of any media type but the two of forms. */
     QByteArray body() const { return m_body; }
+    /** The body has been read and decoded completely; true at once when there is none. */
+    bool bodyProcessed() const { return m_bodyProcessed; }
     /** Body bytes taken from the input so far. */
     unsigned int bodyBytesRead() const { return m_bodyBytesRead; }
+    /** Of the last call of processBodyContent(). A body beyond a limit deserves 413, others 400. */
+    BodyFailure bodyFailure() const { return m_bodyFailure; }
 
 private:
-    bool processUrlEncodedBody();
-    bool processMultipartBody();
-    bool readParts();
-    bool processOtherBody();
-    QByteArray readWholeBody(bool* complete);
+    BodyFailure readAndDecodeBody();
+    BodyFailure processUrlEncodedBody();
+    BodyFailure processMultipartBody();
+    BodyFailure readWholeBody(QByteArray* bytes);
 
     BwaAbstractCgiInput* m_input; // not owned
     BwaCgiEnvironment m_environment;
@@ -94,6 +114,7 @@ private:
     QByteArray m_body;
     bool m_bodyProcessed;
     unsigned int m_bodyBytesRead;
+    BodyFailure m_bodyFailure;
     BwaRequestLimits m_limits;
 };
 

@@ -9,10 +9,14 @@
 #include <algorithm>
 #include <limits>
 
+/** What growingRead() reads at most: a byte array of Qt 5 holds fewer than 2^31 bytes. */
+const unsigned int mostBytesOfARead =
+    static_cast<unsigned int>(std::numeric_limits<int>::max()) - 1024;
+
 /**
  * Reads up to @a size bytes in pieces that double with what has come, so that a length which is
- * only announced costs nothing. A byte array holds fewer than 2^31 bytes: what lies beyond is
- * not read, which the caller sees as a short result.
+ * only announced costs nothing. What lies beyond mostBytesOfARead is not read, which the caller
+ * sees as a short result.
  *
  * @param readPiece called with a buffer and its length; returns the number of bytes it has filled
  *        in, fewer than asked at the end of the data
@@ -21,8 +25,7 @@ template <typename ReadPiece>
 QByteArray growingRead(unsigned int size, ReadPiece readPiece)
 {
     const unsigned int firstPiece = 64 * 1024; // bytes
-    const auto mostBytes = static_cast<unsigned int>(std::numeric_limits<int>::max()) - 1024;
-    const unsigned int wanted = std::min(size, mostBytes);
+    const unsigned int wanted = std::min(size, mostBytesOfARead);
 
     QByteArray bytes;
     unsigned int come = 0;

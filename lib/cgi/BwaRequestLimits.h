@@ -14,6 +14,7 @@ struct BwaRequestLimits {
     unsigned int maxBodySize = 0;   /**< Bytes, of CONTENT_LENGTH. */
     unsigned int maxFormFields = 0; /**< Of a form, files not counted. */
     unsigned int maxParts = 0;      /**< Fields and files of a multipart form. */
+    unsigned int reserved[5] = {};  /**< Limits of later versions; to be left alone. */
 };
 
 #endif

@@ -201,7 +201,9 @@ QMultiHash<QString, QString> urlEncodedVariables(const QString& text)
 QMultiHash<QString, QString> urlEncodedVariables(QByteArray latin1)
 {
     const int shortText = 64 * 1024; // bytes
-    latin1.truncate(static_cast<BwaSize>(qstrlen(latin1.constData())));
+    if (const BwaSize nul = latin1.indexOf('\0'); nul >= 0) {
+        latin1.truncate(nul);
+    }
     QMultiHash<QString, QString> variables;
     while (latin1.size() > shortText) {
         const BwaSize half = firstSeparator(latin1, latin1.size() / 2);

@@ -122,7 +122,7 @@ void BwaFcgiListener::newRequest(FCGX_Request* request)
         return;
     }
     wrapper->m_openRequests = m_openRequests;
-    wrapper->cgiRequest()->setLimits(m_requestLimits);
+    wrapper->cgiRequest()->setRequestLimits(m_requestLimits);
     const BwaFcgiRequest::Watch watch(wrapper);
     try {
         handOver(wrapper);

@@ -49,9 +49,11 @@ public:
 
     /**
      * What the bodies of the requests that are handed out from now on may hold; without, there are
-     * no limits. A body beyond them fails as one that ends early.
+     * no limits. A body beyond them fails, and BwaCgiRequest::bodyFailure() tells why.
      */
     void setRequestLimits(const BwaRequestLimits& limits) { m_requestLimits = limits; }
+    /** As set. */
+    const BwaRequestLimits& requestLimits() const { return m_requestLimits; }
 
 Q_SIGNALS:
     /** For the accepting thread only. */

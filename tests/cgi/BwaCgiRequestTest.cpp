@@ -6,11 +6,13 @@
 #include "cgi/LiteralUrlEncoding.h"
 #include "cgi/RandomSource.h"
 #include "cgi/ShownText.h"
+#include "support/GuardedBytes.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
 
 #include <gmock/gmock.h>
 
+#include <new>
 #include <string>
 
 using testing::ElementsAre;
@@ -62,6 +64,44 @@ MemoryCgiInput cutShort(const char* contentType, const QByteArray& body, const c
     input.set("CONTENT_LENGTH", contentLength);
     return input;
 }
+
+// An application's own input, which hands out the memory that its bytes are in.
+class RawInput : public MemoryCgiInput
+{
+public:
+    RawInput(const char* contentType, const QByteArray& content)
+        : MemoryCgiInput(contentType, content)
+        , m_guarded(content)
+    {
+    }
+
+    QByteArray read(unsigned int /*size*/) override { return m_guarded.bytes(); }
+
+private:
+    GuardedBytes m_guarded;
+};
+
+// Memory runs out at one of the reads.
+class ShortOfMemory : public MemoryCgiInput
+{
+public:
+    ShortOfMemory(const char* contentType, const QByteArray& content, int failingRead)
+        : MemoryCgiInput(contentType, content)
+        , m_failingRead(failingRead)
+    {
+    }
+
+    QByteArray read(unsigned int size) override
+    {
+        if (--m_failingRead == 0) {
+            throw std::bad_alloc();
+        }
+        return MemoryCgiInput::read(size);
+    }
+
+private:
+    int m_failingRead;
+};
 
 } // namespace
 
@@ -528,6 +568,26 @@ TEST(ProcessUrlEncodedBody, GivenLongerInputStopsAtTheContentLength)
     EXPECT_THAT(input.readSizes, ElementsAre(3U));
 }
 
+TEST(ProcessUrlEncodedBody, GivenBytesWithoutANulBehindThemReadsNotBeyondThem)
+{
+    RawInput input(urlEncoded, "a=1&b=%41");
+    BwaCgiRequest request(&input);
+
+    EXPECT_TRUE(request.processBodyContent());
+    EXPECT_EQ(shownVariables(request.formVariables()), "a=1 b=A");
+}
+
+TEST(ProcessUrlEncodedBody, GivenBytesWithoutANulBehindThemCountsNoFieldsBeyondThem)
+{
+    RawInput input(urlEncoded, "a=1&b=%41");
+    BwaCgiRequest request(&input);
+    BwaRequestLimits limits;
+    limits.maxFormFields = 2;
+    request.setRequestLimits(limits);
+
+    EXPECT_TRUE(request.processBodyContent());
+}
+
 TEST(ProcessUrlEncodedBody, WhenTheBodyIsShortFails)
 {
     MemoryCgiInput input = cutShort(urlEncoded, "a=1&b=2", "8");
@@ -839,4 +899,115 @@ TEST(ProcessMultipartBody, WhenCalledAgainAfterFailureFailsAgain)
 
     EXPECT_FALSE(request.processBodyContent());
     EXPECT_THAT(request.formVariables(), IsEmpty());
+}
+
+// --- bodyProcessed and bodyFailure
+
+TEST(BodyProcessed, GivenNoBodyIsTrueAtOnce)
+{
+    MemoryCgiInput input;
+
+    EXPECT_TRUE(BwaCgiRequest(&input).bodyProcessed());
+}
+
+TEST(BodyProcessed, GivenABodyIsTrueOnceItHasBeenProcessed)
+{
+    MemoryCgiInput input("text/plain", "a");
+    BwaCgiRequest request(&input);
+
+    EXPECT_FALSE(request.bodyProcessed());
+    ASSERT_TRUE(request.processBodyContent());
+    EXPECT_TRUE(request.bodyProcessed());
+}
+
+TEST(BodyProcessed, WhenTheBodyIsShortStaysFalse)
+{
+    MemoryCgiInput input = cutShort("text/plain", "a", "2");
+    BwaCgiRequest request(&input);
+
+    ASSERT_FALSE(request.processBodyContent());
+    EXPECT_FALSE(request.bodyProcessed());
+}
+
+TEST(BodyFailure, BeforeAndAfterSuccessIsNone)
+{
+    MemoryCgiInput input("text/plain", "a");
+    BwaCgiRequest request(&input);
+
+    EXPECT_EQ(request.bodyFailure(), BwaCgiRequest::BodyFailure::NoFailure);
+    ASSERT_TRUE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), BwaCgiRequest::BodyFailure::NoFailure);
+}
+
+struct FailureCase {
+    const char* name;
+    MemoryCgiInput input;
+    BwaCgiRequest::BodyFailure failure;
+};
+
+class FailedBody : public testing::TestWithParam<FailureCase>
+{
+};
+
+TEST_P(FailedBody, TellsWhyEachTime)
+{
+    MemoryCgiInput input = GetParam().input;
+    BwaCgiRequest request(&input);
+
+    ASSERT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), GetParam().failure);
+    ASSERT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), GetParam().failure);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, FailedBody,
+    testing::Values(FailureCase{"ShortForm", cutShort(urlEncoded, "a=1", "9"),
+                                BwaCgiRequest::BodyFailure::EndedEarly},
+                    FailureCase{"ShortRawBody", cutShort("text/plain", "a=1", "9"),
+                                BwaCgiRequest::BodyFailure::EndedEarly},
+                    FailureCase{"ShortMultipart", cutShort(multipart, formField("a", "1"), "999"),
+                                BwaCgiRequest::BodyFailure::EndedEarly},
+                    FailureCase{"MultipartWithoutItsEnd",
+                                {multipart, formField("a", "1")},
+                                BwaCgiRequest::BodyFailure::NotClosed},
+                    FailureCase{"ClosingDelimiterWithoutLineEnd",
+                                {multipart, formField("a", "1") + "--B--"},
+                                BwaCgiRequest::BodyFailure::NotClosed}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+class BodyShortOfMemory : public testing::TestWithParam<TextCase>
+{
+};
+
+TEST_P(BodyShortOfMemory, FailsForGoodAndKeepsNothing)
+{
+    ShortOfMemory input(GetParam().text, GetParam().result, 1);
+    BwaCgiRequest request(&input);
+
+    EXPECT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), BwaCgiRequest::BodyFailure::OutOfMemory);
+    EXPECT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.body(), QByteArray());
+    EXPECT_THAT(request.formVariables(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BodyShortOfMemory,
+                         testing::Values(TextCase{"Form", urlEncoded, "a=1"},
+                                         TextCase{"RawBody", "text/plain", "a"},
+                                         TextCase{"Multipart", multipart, "--B--\r\n"}),
+                         nameOf);
+
+// What is left then is a form of its own, which must not be taken for the whole.
+TEST(ProcessMultipartBody, WhenMemoryRunsOutAmidItFailsForGood)
+{
+    ShortOfMemory input(
+        multipart, formField("a", QByteArray(4096, 'x')) + formField("b", "2") + "--B--\r\n", 2);
+    BwaCgiRequest request(&input);
+
+    EXPECT_FALSE(request.processBodyContent());
+    EXPECT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), BwaCgiRequest::BodyFailure::OutOfMemory);
+    EXPECT_THAT(request.formVariables(), IsEmpty());
+    EXPECT_EQ(request.bodyBytesRead(), 4096U);
 }

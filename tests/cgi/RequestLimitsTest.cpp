@@ -56,6 +56,7 @@ struct LimitCase {
     const char* contentType;
     QByteArray body;
     BwaRequestLimits limits;
+    BwaCgiRequest::BodyFailure failure = BwaCgiRequest::BodyFailure::NoFailure;
 };
 
 void PrintTo(const LimitCase& limitCase, std::ostream* stream)
@@ -82,7 +83,7 @@ TEST_P(BodyWithinLimits, IsProcessed)
 {
     MemoryCgiInput input(GetParam().contentType, GetParam().body);
     BwaCgiRequest request(&input);
-    request.setLimits(GetParam().limits);
+    request.setRequestLimits(GetParam().limits);
 
     EXPECT_TRUE(request.processBodyContent());
 }
@@ -108,9 +109,11 @@ TEST_P(BodyBeyondLimits, FailsAndKeepsNothing)
 {
     MemoryCgiInput input(GetParam().contentType, GetParam().body);
     BwaCgiRequest request(&input);
-    request.setLimits(GetParam().limits);
+    request.setRequestLimits(GetParam().limits);
 
     EXPECT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), GetParam().failure);
+    EXPECT_EQ(request.bodyBytesRead(), static_cast<unsigned int>(input.position));
     EXPECT_THAT(request.formVariables(), IsEmpty());
     EXPECT_THAT(request.files(), IsEmpty());
     EXPECT_EQ(request.body(), QByteArray());
@@ -120,35 +123,61 @@ TEST_P(BodyBeyondLimits, FailsAgain)
 {
     MemoryCgiInput input(GetParam().contentType, GetParam().body);
     BwaCgiRequest request(&input);
-    request.setLimits(GetParam().limits);
+    request.setRequestLimits(GetParam().limits);
     request.processBodyContent();
+    const int reads = input.readSizes.size();
 
     EXPECT_FALSE(request.processBodyContent());
+    EXPECT_EQ(request.bodyFailure(), GetParam().failure);
+    EXPECT_EQ(input.readSizes.size(), reads);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, BodyBeyondLimits,
-    testing::Values(LimitCase{"FormOneByteTooLarge", urlEncoded, "a=1&bc", ofBodySize(5)},
-                    LimitCase{"JsonOneByteTooLarge", "application/json", "[1,23]", ofBodySize(5)},
+    testing::Values(LimitCase{"FormOneByteTooLarge", urlEncoded, "a=1&bc", ofBodySize(5),
+                              BwaCgiRequest::BodyFailure::TooLarge},
+                    LimitCase{"JsonOneByteTooLarge", "application/json", "[1,23]", ofBodySize(5),
+                              BwaCgiRequest::BodyFailure::TooLarge},
                     LimitCase{"MultipartTooLarge", multipart, field("a") + "--B--\r\n",
-                              ofBodySize(5)},
-                    LimitCase{"OneFormFieldTooMany", urlEncoded, "a=1&b;c&d", ofFormFields(3)},
-                    LimitCase{"EmptyFormFieldsTooMany", urlEncoded, "&&;", ofFormFields(3)},
+                              ofBodySize(5), BwaCgiRequest::BodyFailure::TooLarge},
+                    LimitCase{"OneFormFieldTooMany", urlEncoded, "a=1&b;c&d", ofFormFields(3),
+                              BwaCgiRequest::BodyFailure::TooManyFormFields},
+                    LimitCase{"EmptyFormFieldsTooMany", urlEncoded, "&&;", ofFormFields(3),
+                              BwaCgiRequest::BodyFailure::TooManyFormFields},
                     LimitCase{"OneFieldOfAMultipartTooMany", multipart,
-                              field("a") + file("b") + field("c") + "--B--\r\n", ofFormFields(1)},
+                              field("a") + file("b") + field("c") + "--B--\r\n", ofFormFields(1),
+                              BwaCgiRequest::BodyFailure::TooManyFormFields},
                     LimitCase{"OnePartTooMany", multipart,
-                              field("a") + file("b") + file("c") + "--B--\r\n", ofParts(2)},
+                              field("a") + file("b") + file("c") + "--B--\r\n", ofParts(2),
+                              BwaCgiRequest::BodyFailure::TooManyParts},
                     LimitCase{"OnePartTooManyFarFromTheEnd", multipart,
                               field("a") + field("b") + QByteArray(100000, 'x') + "\r\n" +
                                   field("c") + "--B--\r\n",
-                              ofParts(1)}),
+                              ofParts(1), BwaCgiRequest::BodyFailure::TooManyParts}),
     nameOf);
+
+TEST(RequestLimits, CanBeAskedFor)
+{
+    MemoryCgiInput input;
+    BwaCgiRequest request(&input);
+    EXPECT_EQ(request.requestLimits().maxParts, 0U);
+
+    request.setRequestLimits(ofParts(5));
+
+    EXPECT_EQ(request.requestLimits().maxParts, 5U);
+}
+
+// Its size is part of what programs were compiled against: limits to come take reserved places.
+TEST(RequestLimits, HaveRoomForFiveMore)
+{
+    EXPECT_EQ(sizeof(BwaRequestLimits), 8 * sizeof(unsigned int));
+}
 
 TEST(RequestLimits, GivenTooLargeABodyReadNothingOfIt)
 {
     MemoryCgiInput input("application/json", "[1,23]");
     BwaCgiRequest request(&input);
-    request.setLimits(ofBodySize(5));
+    request.setRequestLimits(ofBodySize(5));
 
     request.processBodyContent();
 
@@ -161,11 +190,11 @@ TEST(RequestLimits, GivenALengthOfMoreThan31BitsCompareIt)
     input.set("CONTENT_LENGTH", "2147483648");
     BwaCgiRequest request(&input);
 
-    request.setLimits(ofBodySize(2147483647));
+    request.setRequestLimits(ofBodySize(2147483647));
     request.processBodyContent();
     EXPECT_THAT(input.readSizes, IsEmpty());
 
-    request.setLimits(ofBodySize(2147483648U));
+    request.setRequestLimits(ofBodySize(2147483648U));
     request.processBodyContent();
     EXPECT_THAT(input.readSizes, ElementsAre(2147483648U));
 }
@@ -174,7 +203,7 @@ TEST(RequestLimits, DoNotHoldForWhatIsReadPieceByPiece)
 {
     MemoryCgiInput input("text/plain", "a long body");
     BwaCgiRequest request(&input);
-    request.setLimits(ofBodySize(5));
+    request.setRequestLimits(ofBodySize(5));
 
     EXPECT_EQ(request.readFromBody(20), QByteArray("a long body"));
 }
@@ -184,7 +213,7 @@ TEST(RequestLimits, GivenTooManyFieldsDecodeNoneOfThem)
 {
     MemoryCgiInput input(urlEncoded, QByteArray(8 * 1024 * 1024, '&'));
     BwaCgiRequest request(&input);
-    request.setLimits(ofFormFields(1000));
+    request.setRequestLimits(ofFormFields(1000));
 
     EXPECT_FALSE(request.processBodyContent());
     EXPECT_EQ(request.formVariables().capacity(), (QMultiHash<QString, QString>().capacity()));
