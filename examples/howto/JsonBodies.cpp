@@ -4,14 +4,13 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttpJsonHeader.h"
+#include "json/BwaJson.h"
 #include "json/BwaJsonUtilities.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "testing/BwaTestRequest.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QStringList>
+#include <QVariant>
 
 #include <gtest/gtest.h>
 
@@ -80,7 +79,7 @@ protected:
     }
 
 private:
-    // When there is no JSON, answers and returns false.
+    // Reads a JSON object from the body; when there is none, answers and returns false.
     static bool readObject(BwaFcgiRequest* request, QVariantMap& object)
     {
         const BwaCgiRequest* asked = request->cgiRequest();
@@ -88,12 +87,14 @@ private:
             request->sendHttpError(BwaFcgiRequest::BadRequest);
             return false;
         }
-        bool isJson = false;
-        object = parseJsonContent(request, &isJson).toMap(); // empty when it is no object
-        if (!isJson && !asked->body().isEmpty()) {
-            request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON
+        const QVariant json = parseJsonContent(request);
+        if (BwaJsonUtilities::objectValue(json, object)) {
+            return true;
+        }
+        if (!asked->body().isEmpty()) {
+            request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON object
         } // another media type, or a body that ended early, has been answered
-        return isJson;
+        return false;
     }
     //! [body]
 
@@ -105,11 +106,11 @@ private:
             request->sendHttpError(BwaFcgiRequest::BadRequest);
             return;
         }
-        const QJsonObject reply = {{QStringLiteral("article"), order.article},
+        const QVariantMap reply = {{QStringLiteral("article"), order.article},
                                    {QStringLiteral("total"), order.quantity * order.price}};
-        const QByteArray bytes = QJsonDocument(reply).toJson(QJsonDocument::Compact);
+        const QByteArray text = BwaJson::write(reply);
         request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"));
-        request->out().write(bytes.constData(), bytes.size());
+        request->out().write(text.constData(), text.size());
     }
     //! [write]
 };
@@ -136,7 +137,7 @@ TEST(HowToReadJson, GivenAllFieldsTakesThem)
 TEST(HowToReadJson, GivenNoQuantityTakesTheDefault)
 {
     EXPECT_EQ(replyTo(R"({"article": "tea", "price": 2, "address": {"city": "Bremen"}})").body,
-              R"({"article":"tea","total":2})");
+              R"({"article":"tea","total":2.0})");
 }
 
 TEST(HowToReadJson, GivenAFieldOfAnotherTypeIsABadRequest)
@@ -151,9 +152,12 @@ TEST(HowToReadJson, GivenAFieldOfAnotherTypeIsABadRequest)
 
 TEST(HowToReadJson, GivenWhatIsNoObjectIsABadRequest)
 {
-    EXPECT_EQ(replyTo("[1]").statusCode, 400);
-    EXPECT_EQ(replyTo("{").statusCode, 400);
-    EXPECT_EQ(replyTo("").statusCode, 400);
+    for (const char* body : {"[1]", "5", "null", "\"x\"", "{", ""}) {
+        const BwaTestReply reply = replyTo(body);
+
+        EXPECT_EQ(reply.statusCode, 400) << body;
+        EXPECT_EQ(reply.raw.count("Status: "), 1) << body;
+    }
 }
 
 TEST(HowToReadJson, GivenAnotherMediaTypeRefusesIt)

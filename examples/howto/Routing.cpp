@@ -57,26 +57,41 @@ void fill(BwaDispatcherFcgiService& root)
 //! [tree]
 
 //! [id]
-// Answers /articles/ID for every number, without a service for each.
-class Article : public BwaDispatcherFcgiService
+// Answers for the article of one id.
+class ArticleProcessor : public BwaStandardFcgiRequestProcessor
 {
 public:
-    void processRequest(BwaFcgiRequest* request) override
+    explicit ArticleProcessor(uint id)
+        : BwaStandardFcgiRequestProcessor(nullptr)
+        , m_id(id)
     {
-        answer(request);
+    }
+
+protected:
+    void processGetMethod(BwaFcgiRequest* request) override
+    {
+        request->out() << BwaHttpPlainTextHeader() << "article " << QString::number(m_id);
         delete request;
     }
 
 private:
-    void answer(BwaFcgiRequest* request) const
+    uint m_id;
+};
+
+// Answers /articles/ID for every number, without a service for each.
+class Articles : public BwaDispatcherFcgiService
+{
+public:
+    void processRequest(BwaFcgiRequest* request) override
     {
         const QString path = request->cgiRequest()->environment().pathInfo();
-        bool isNumber = false;
-        const uint id = path.mid(servicePath().size() + 1).toUInt(&isNumber);
-        if (isNumber) {
-            request->out() << BwaHttpPlainTextHeader() << "article " << QString::number(id);
+        const QString name = path.mid(servicePath().size() + 1);
+        const uint id = name.toUInt(); // takes "+12", "012" and " 12", too: so compare
+        if (QString::number(id) == name) {
+            ArticleProcessor(id).processRequest(request);
         } else {
             request->sendHttpError(BwaFcgiRequest::NotFound);
+            delete request;
         }
     }
 };
@@ -105,11 +120,23 @@ TEST(HowToRoute, GivenATreeEachPathHasItsService)
 TEST(HowToRoute, GivenAnIdInThePathReadsIt)
 {
     BwaDispatcherFcgiService root;
-    root.addService(QStringLiteral("articles"), new Article);
+    root.addService(QStringLiteral("articles"), new Articles);
 
     EXPECT_EQ(replyOf(root, "/articles/12").body, "article 12");
-    EXPECT_EQ(replyOf(root, "/articles/twelve").statusCode, 404);
-    EXPECT_EQ(replyOf(root, "/articles").statusCode, 404);
+    EXPECT_EQ(replyOf(root, "/articles/4294967295").body, "article 4294967295");
+    for (const char* path :
+         {"/articles", "/articles/", "/articles/twelve", "/articles/+12", "/articles/012",
+          "/articles/%2012", "/articles/12/", "/articles/-0", "/articles/4294967296"}) {
+        EXPECT_EQ(replyOf(root, path).statusCode, 404) << path;
+    }
+}
+
+TEST(HowToRoute, GivenAnIdTakesOnlyTheMethodsOfItsHooks)
+{
+    BwaDispatcherFcgiService root;
+    root.addService(QStringLiteral("articles"), new Articles);
+
+    EXPECT_EQ(BwaTestRequest("DELETE", "/articles/12").sendTo(root).statusCode, 405);
 }
 
 TEST(HowToRoute, WhenAServiceIsRemovedItsPathIsGone)

@@ -6,18 +6,17 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttpJsonHeader.h"
+#include "json/BwaJson.h"
 #include "json/BwaJsonUtilities.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QVariant>
 
 namespace {
 
 void greet(BwaFcgiRequest* request, const QString& name)
 {
-    const QJsonObject reply = {{QStringLiteral("greeting"), QStringLiteral("Hello, ") + name}};
-    request->out() << BwaHttpJsonHeader()
-                   << QJsonDocument(reply).toJson(QJsonDocument::Compact).constData() << '\n';
+    const QVariantMap reply = {{QStringLiteral("greeting"), QStringLiteral("Hello, ") + name}};
+    request->out() << BwaHttpJsonHeader() << BwaJson::write(reply).constData() << '\n';
 }
 
 void greetByQuery(BwaFcgiRequest* request)

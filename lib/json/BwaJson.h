@@ -27,7 +27,7 @@ public:
      * a number beyond what a double can hold such as 1e400, an escaped surrogate without its pair,
      * or more than 1024 containers within each other.
      *
-     * @param ok may be null; becomes false when the text is refused. The result is then invalid.
+     * @a ok, which may be null, becomes false when the text is refused. The result is then invalid.
      */
     static QVariant parse(const QByteArray& text, bool* ok = nullptr);
 
@@ -41,8 +41,8 @@ public:
      * variants and null pointers. In strings quotes, backslashes and characters below U+0020 are
      * escaped, and a surrogate without its pair becomes U+FFFD.
      *
-     * @param ok may be null; becomes false when a value is of another type, or when more than 1024
-     *        containers are within each other. The result is then null.
+     * @a ok, which may be null, becomes false when a value is of another type, or when more than
+     * 1024 containers are within each other. The result is then null.
      */
     static QByteArray write(const QVariant& value, bool* ok = nullptr);
 };

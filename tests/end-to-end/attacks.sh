@@ -9,6 +9,15 @@
 
 front_edit= # for sed: what start_lighttpd does to its configuration
 
+# The one of examples/hello, which is for the tutorial, too; in a folder that holds other files.
+start_lighttpd()
+{
+    sed -e "s/^server.port = 8080$/server.port = $port/" -e "$front_edit" "$root/examples/hello/lighttpd.conf" >"$work/lighttpd.conf"
+    grep -q "^server.port = $port$" "$work/lighttpd.conf" || fail "lighttpd.conf has another port"
+    (cd "$work" && exec setpriv --pdeathsig TERM lighttpd -D -f lighttpd.conf) >"$work/front.log" 2>&1 &
+    front_pid=$!
+}
+
 # expect_objects_only CURL-ARGUMENT...: the hook there takes JSON objects, and nothing else
 expect_objects_only()
 {
@@ -39,7 +48,6 @@ peak_memory()
 restart_front_without_limit()
 {
     end_process "$front_pid" || true
-    # shellcheck disable=SC2034 # start_lighttpd uses it
     front_edit='/^server.max-request-size/d'
     start_front lighttpd
 }

@@ -7,14 +7,6 @@
 # shellcheck source-path=SCRIPTDIR source=attacks.sh
 . "$(dirname "${BASH_SOURCE[0]}")/attacks.sh"
 
-start_lighttpd()
-{
-    sed -e "s/^server.port = 8080$/server.port = $port/" -e "$front_edit" "$root/examples/hello/lighttpd.conf" >"$work/lighttpd.conf"
-    grep -q "^server.port = $port$" "$work/lighttpd.conf" || fail "lighttpd.conf has another port"
-    (cd "$work" && exec setpriv --pdeathsig TERM lighttpd -D -f lighttpd.conf) >"$work/front.log" 2>&1 &
-    front_pid=$!
-}
-
 diff <(awk '/^```cpp/ { shown = 1; next } shown && /^```/ { exit } shown' "$root/README.md") <(sed 1,3d "$root/examples/hello/main.cpp") ||
     fail "the README shows another program"
 

@@ -39,7 +39,7 @@ stop_application && status=0 || status=$?
 expect_equal "status after SIGTERM" 143 "$status"
 
 # A hook that somebody makes throw: the client is told, and the log has the reason.
-sed -i -e 's/^#include <QJson.*>$/&\n#include <stdexcept>/' \
+sed -i -e 's/^#include <QVariant>$/&\n#include <stdexcept>/' \
     -e '/^void greet(/,/^{$/ s/^{$/{\n    if (name == QLatin1String("Eve")) { throw std::runtime_error("no tea for Eve"); }/' \
     GreetingProcessor.cpp
 cmake --build build --target greeter

@@ -4,15 +4,14 @@
 #include "fcgi/BwaFcgiListener.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttpJsonHeader.h"
+#include "json/BwaJson.h"
 #include "services/BwaDispatcherFcgiService.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "services/BwaStandardFcgiService.h"
 
 #include <QCoreApplication>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QList>
+#include <QVariant>
 
 #include <cstdio>
 
@@ -25,7 +24,7 @@ struct Task {
     bool isDone = false;
 };
 
-QJsonObject toJson(const Task& task)
+QVariantMap toJson(const Task& task)
 {
     return {{QStringLiteral("id"), task.id},
             {QStringLiteral("title"), task.title},
@@ -34,10 +33,10 @@ QJsonObject toJson(const Task& task)
 //! [task]
 
 //! [send]
-void sendJson(BwaFcgiRequest* request, const QJsonDocument& json)
+void sendJson(BwaFcgiRequest* request, const QVariant& json)
 {
-    request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"))
-                   << json.toJson(QJsonDocument::Compact).constData() << '\n';
+    request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8")) << BwaJson::write(json).constData()
+                   << '\n';
 }
 //! [send]
 
@@ -56,11 +55,11 @@ public:
 protected:
     void processGetMethod(BwaFcgiRequest* request) override
     {
-        QJsonArray tasks;
+        QVariantList tasks;
         for (const Task& task : m_tasks) {
             tasks.append(toJson(task));
         }
-        sendJson(request, QJsonDocument(tasks));
+        sendJson(request, tasks);
         delete request;
     }
 

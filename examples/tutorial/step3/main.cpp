@@ -6,20 +6,22 @@
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttp201StatusJsonHeader.h"
 #include "http/BwaHttpJsonHeader.h"
+#include "json/BwaJson.h"
 #include "json/BwaJsonUtilities.h"
 #include "services/BwaDispatcherFcgiService.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "services/BwaStandardFcgiService.h"
 
 #include <QCoreApplication>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QList>
+#include <QVariant>
 
 #include <cstdio>
 
 namespace {
+
+constexpr int longestTitle = 200; // characters
+constexpr int mostTasks = 1000;
 
 struct Task {
     int id = 0;
@@ -27,16 +29,16 @@ struct Task {
     bool isDone = false;
 };
 
-QJsonObject toJson(const Task& task)
+QVariantMap toJson(const Task& task)
 {
     return {{QStringLiteral("id"), task.id},
             {QStringLiteral("title"), task.title},
             {QStringLiteral("done"), task.isDone}};
 }
 
-void writeJson(BwaFcgiRequest* request, const QJsonDocument& json)
+void writeJson(BwaFcgiRequest* request, const QVariant& json)
 {
-    request->out() << json.toJson(QJsonDocument::Compact).constData() << '\n';
+    request->out() << BwaJson::write(json).constData() << '\n';
 }
 
 //! [read]
@@ -48,12 +50,14 @@ bool readObject(BwaFcgiRequest* request, QVariantMap& object)
         request->sendHttpError(BwaFcgiRequest::BadRequest);
         return false;
     }
-    bool isJson = false;
-    object = BwaStandardFcgiRequestProcessor::parseJsonContent(request, &isJson).toMap();
-    if (!isJson && !asked->body().isEmpty()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON
+    const QVariant json = BwaStandardFcgiRequestProcessor::parseJsonContent(request);
+    if (BwaJsonUtilities::objectValue(json, object)) {
+        return true;
+    }
+    if (!asked->body().isEmpty()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON object
     } // another media type, or a body that ended early, has been answered
-    return isJson;
+    return false;
 }
 //! [read]
 
@@ -70,12 +74,12 @@ public:
 protected:
     void processGetMethod(BwaFcgiRequest* request) override
     {
-        QJsonArray tasks;
+        QVariantList tasks;
         for (const Task& task : qAsConst(m_tasks)) {
             tasks.append(toJson(task));
         }
         request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"));
-        writeJson(request, QJsonDocument(tasks));
+        writeJson(request, tasks);
         delete request;
     }
 
@@ -94,13 +98,17 @@ private:
     {
         QString title;
         if (!BwaJsonUtilities::stringValue(object, QStringLiteral("title"), title) ||
-            title.isEmpty()) {
+            title.isEmpty() || title.size() > longestTitle) {
             request->sendHttpError(BwaFcgiRequest::BadRequest);
+            return;
+        }
+        if (m_tasks.size() >= mostTasks) {
+            request->sendHttpError(BwaFcgiRequest::InsufficientStorage);
             return;
         }
         m_tasks.append({static_cast<int>(m_tasks.size()) + 1, title, false});
         request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
-        writeJson(request, QJsonDocument(toJson(m_tasks.last())));
+        writeJson(request, toJson(m_tasks.last()));
     }
     //! [post]
 
@@ -119,7 +127,12 @@ int main(int argc, char** argv)
     BwaDispatcherFcgiService root;
     root.addService(QStringLiteral("tasks"), new BwaStandardFcgiService(new TasksProcessor));
 
+    //! [limits]
     BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
+    BwaRequestLimits limits;
+    limits.maxBodySize = 64 * 1024; // bytes
+    listener.setRequestLimits(limits);
+    //! [limits]
     QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
         std::fputs("tasks: cannot listen\n", stderr);
         QCoreApplication::exit(1);

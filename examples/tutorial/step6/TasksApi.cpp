@@ -8,18 +8,20 @@
 #include "http/BwaHttp201StatusJsonHeader.h"
 #include "http/BwaHttp204StatusHeader.h"
 #include "http/BwaHttpJsonHeader.h"
+#include "json/BwaJson.h"
 #include "json/BwaJsonUtilities.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "services/BwaStandardFcgiService.h"
 #include "services/BwaStandardProcessableDispatcherFcgiService.h"
 #include "sessions/BwaWebSession.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMap>
+#include <QVariant>
 
 namespace {
+
+constexpr int longestTitle = 200; // characters
+constexpr int mostTasks = 1000;
 
 struct Task {
     int id = 0;
@@ -27,19 +29,19 @@ struct Task {
     bool isDone = false;
 };
 
-QJsonObject toJson(const Task& task)
+QVariantMap toJson(const Task& task)
 {
     return {{QStringLiteral("id"), task.id},
             {QStringLiteral("title"), task.title},
             {QStringLiteral("done"), task.isDone}};
 }
 
-void writeJson(BwaFcgiRequest* request, const QJsonDocument& json)
+void writeJson(BwaFcgiRequest* request, const QVariant& json)
 {
-    request->out() << json.toJson(QJsonDocument::Compact).constData() << '\n';
+    request->out() << BwaJson::write(json).constData() << '\n';
 }
 
-void sendJson(BwaFcgiRequest* request, const QJsonDocument& json)
+void sendJson(BwaFcgiRequest* request, const QVariant& json)
 {
     request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"));
     writeJson(request, json);
@@ -53,12 +55,14 @@ bool readObject(BwaFcgiRequest* request, QVariantMap& object)
         request->sendHttpError(BwaFcgiRequest::BadRequest);
         return false;
     }
-    bool isJson = false;
-    object = BwaStandardFcgiRequestProcessor::parseJsonContent(request, &isJson).toMap();
-    if (!isJson && !asked->body().isEmpty()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON
+    const QVariant json = BwaStandardFcgiRequestProcessor::parseJsonContent(request);
+    if (BwaJsonUtilities::objectValue(json, object)) {
+        return true;
+    }
+    if (!asked->body().isEmpty()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON object
     } // another media type, or a body that ended early, has been answered
-    return isJson;
+    return false;
 }
 
 // For the tutorial only: a real application keeps salted hashes.
@@ -114,11 +118,11 @@ protected:
 private:
     void list(BwaFcgiRequest* request) const
     {
-        QJsonArray tasks;
+        QVariantList tasks;
         for (const Task& task : m_service->tasks()) {
             tasks.append(toJson(task));
         }
-        sendJson(request, QJsonDocument(tasks));
+        sendJson(request, tasks);
     }
 
     void add(BwaFcgiRequest* request)
@@ -129,13 +133,17 @@ private:
         }
         QString title;
         if (!BwaJsonUtilities::stringValue(object, QStringLiteral("title"), title) ||
-            title.isEmpty()) {
+            title.isEmpty() || title.size() > longestTitle) {
             request->sendHttpError(BwaFcgiRequest::BadRequest);
+            return;
+        }
+        if (m_service->tasks().size() >= mostTasks) {
+            request->sendHttpError(BwaFcgiRequest::InsufficientStorage);
             return;
         }
         const Task& task = m_service->add(title);
         request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
-        writeJson(request, QJsonDocument(toJson(task)));
+        writeJson(request, toJson(task));
     }
 
     TasksService* m_service; // not owned
@@ -156,7 +164,7 @@ protected:
     void processGetMethod(BwaFcgiRequest* request) override
     {
         if (authenticateRequest(request)) {
-            sendJson(request, QJsonDocument(toJson(m_service->task(m_id))));
+            sendJson(request, toJson(m_service->task(m_id)));
         }
         delete request;
     }
@@ -189,7 +197,7 @@ private:
             request->sendHttpError(BwaFcgiRequest::BadRequest); // and task is as it was
             return;
         }
-        sendJson(request, QJsonDocument(toJson(task)));
+        sendJson(request, toJson(task));
     }
 
     void remove(BwaFcgiRequest* request)
@@ -270,8 +278,7 @@ private:
             QStringLiteral("SESSION-TOKEN %1:%2")
                 .arg(session->sessionId().toString(), session->token().toString());
         request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
-        writeJson(request,
-                  QJsonDocument(QJsonObject{{QStringLiteral("authorization"), authorization}}));
+        writeJson(request, QVariantMap{{QStringLiteral("authorization"), authorization}});
     }
 
     BwaWebSessionManager* m_sessions; // not owned

@@ -3,11 +3,11 @@
 
 #include "TasksApi.h"
 
+#include "json/BwaJson.h"
 #include "testing/BwaTestRequest.h"
 
 #include <QCoreApplication>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QVariant>
 
 #include <gtest/gtest.h>
 
@@ -20,12 +20,8 @@ protected:
     {
         BwaTestRequest request("POST", "/session");
         request.setBody("application/json", R"({"user": "ann", "password": "tea and biscuits"})");
-        const QByteArray body = request.sendTo(api.root()).body;
-        return QJsonDocument::fromJson(body)
-            .object()
-            .value(QLatin1String("authorization"))
-            .toString()
-            .toLatin1();
+        const QVariantMap reply = BwaJson::parse(request.sendTo(api.root()).body).toMap();
+        return reply.value(QStringLiteral("authorization")).toString().toLatin1();
     }
 
     int argumentCount = 0;

@@ -17,6 +17,9 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     TasksApi api;
     BwaFcgiListener listener({{QStringLiteral("/api"), &api.root()}});
+    BwaRequestLimits limits;
+    limits.maxBodySize = 64 * 1024; // bytes
+    listener.setRequestLimits(limits);
     QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
         std::fputs("tasks: cannot listen\n", stderr);
         QCoreApplication::exit(1);
