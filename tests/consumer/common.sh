@@ -26,7 +26,7 @@ by_pkg_config()
 # use_installed FOLDER PREFIX LIBRARIES: builds the programs below FOLDER in each way, and runs them
 use_installed()
 {
-    diff <(cd "$root" && find lib testing -name '*.h' ! -name '*_p.h' | sed 's|^lib/||' | sort) \
+    diff <(cd "$root" && find lib rest testing -name '*.h' ! -name '*_p.h' | sed 's|^lib/||' | sort) \
         <(cd "$2/include/bwebapi" && find . -name '*.h' | sed 's|^\./||' | sort) ||
         fail "the installed headers are not the public ones"
 

@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "rest/BwaRestCall.h"
+
+#include "cgi/BwaCgiEnvironment.h"
+#include "json/BwaJson.h"
+#include "rest/BwaRestExchange_p.h"
+#include "rest/BwaRestGroup.h"
+#include "rest/BwaRestProblem.h"
+#include "rest/BwaRestText_p.h"
+
+#include <stdexcept>
+
+namespace {
+
+[[noreturn]] void refuseName(const BwaRestExchange& exchange, const char* name, const char* what)
+{
+    throw std::logic_error("The pattern \"" + exchange.entry->route->pattern().toStdString() +
+                           "\" has no " + what + " \"" + name + '"');
+}
+
+// Those of the pattern are few.
+std::size_t indexOf(const BwaRestExchange& exchange, const char* name)
+{
+    const std::vector<BwaRestSegment>& parameters = exchange.entry->parameters;
+    for (std::size_t index = 0; index < parameters.size(); ++index) {
+        if (parameters[index].name == name) {
+            return index;
+        }
+    }
+    refuseName(exchange, name, "parameter");
+}
+
+QString textAt(const BwaRestExchange& exchange, std::size_t index)
+{
+    const BwaRestRouter::Span span = exchange.spans.at(static_cast<int>(index));
+    return exchange.path.mid(span.begin, span.size);
+}
+
+QString textOf(const BwaRestExchange& exchange, const char* name, BwaRestKind kind,
+               const char* what)
+{
+    const std::size_t index = indexOf(exchange, name);
+    if (exchange.entry->parameters[index].kind != kind) {
+        refuseName(exchange, name, what);
+    }
+    return textAt(exchange, index);
+}
+
+bool isJson(const QString& mediaType)
+{
+    return mediaType == QLatin1String("application/json") ||
+        (mediaType.startsWith(QLatin1String("application/")) &&
+         mediaType.endsWith(QLatin1String("+json")));
+}
+
+void checkIsJson(const QByteArray& contentType)
+{
+    const auto parsed = BwaCgiEnvironment::parseContentType(QString::fromLatin1(contentType));
+    const QString charset = parsed.second.value(QString::fromLatin1("charset")).toLower();
+    if (!isJson(parsed.first.toLower()) ||
+        (!charset.isEmpty() && charset != QLatin1String("utf-8"))) {
+        throw BwaRestProblem(415,
+                             QString::fromLatin1("The body is to be application/json in UTF-8"));
+    }
+}
+
+} // namespace
+
+BwaRestCall::BwaRestCall(BwaRestExchange& exchange)
+    : m_exchange(exchange)
+{
+}
+
+QByteArray BwaRestCall::method() const
+{
+    return m_exchange.method;
+}
+
+QString BwaRestCall::path() const
+{
+    return m_exchange.path;
+}
+
+QString BwaRestCall::text(const char* name) const
+{
+    return textAt(m_exchange, indexOf(m_exchange, name));
+}
+
+qint64 BwaRestCall::number(const char* name) const
+{
+    return textOf(m_exchange, name, BwaRestKind::Number, "number").toLongLong();
+}
+
+QUuid BwaRestCall::uuid(const char* name) const
+{
+    return QUuid(textOf(m_exchange, name, BwaRestKind::Uuid, "UUID"));
+}
+
+QStringList BwaRestCall::query(const char* name) const
+{
+    const QString wanted = QString::fromUtf8(name);
+    QStringList values;
+    for (const auto& pair : m_exchange.queryPairs()) {
+        if (pair.first == wanted) {
+            values.append(pair.second);
+        }
+    }
+    return values;
+}
+
+QByteArray BwaRestCall::header(const char* name) const
+{
+    return m_exchange.header(name);
+}
+
+QByteArray BwaRestCall::body() const
+{
+    return m_exchange.body();
+}
+
+QVariant BwaRestCall::json() const
+{
+    m_exchange.checkBodySize();
+    checkIsJson(m_exchange.header("Content-Type"));
+    bool ok = false;
+    QVariant value = BwaJson::parse(body(), &ok);
+    if (!ok) {
+        throw BwaRestProblem(400, QString::fromLatin1("The body is no JSON"));
+    }
+    return value;
+}
+
+void BwaRestCall::requireMatch(const QByteArray& tag) const
+{
+    const QByteArray list = header("If-Match");
+    if (list.isNull()) {
+        throw BwaRestProblem(428, QString::fromLatin1("The request needs an If-Match header"));
+    }
+    if (!BwaRestText::listHasEntityTag(list, BwaRestText::entityTag(tag))) {
+        throw BwaRestProblem(412, QString::fromLatin1("It has been changed meanwhile"));
+    }
+}

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWARESTCALL_H
+#define BWARESTCALL_H
+
+#include "rest/BwaRestGlobal.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QUuid>
+#include <QVariant>
+
+class BwaRestExchange;
+
+/**
+ * A request that has reached its handler; valid until that returns, in the listener's thread.
+ *
+ *     api.put("/devices/{id:int}/name", [&](const BwaRestCall& call) -> BwaRestReply {
+ *         Device& device = store.at(call.number("id"));
+ *         call.requireMatch(device.tag());
+ *         device.name = call.json().toMap().value("name").toString();
+ *         return device.json();
+ *     });
+ *
+ * What it throws is for the service, which makes a reply of it. Texts are decoded from UTF-8.
+ */
+class BWA_REST_EXPORT BwaRestCall
+{
+    Q_DISABLE_COPY(BwaRestCall)
+
+public:
+    /** For the service. @a exchange must outlive this. */
+    explicit BwaRestCall(BwaRestExchange& exchange);
+
+    /** As sent: "HEAD" for a HEAD that GET's handler answers. */
+    QByteArray method() const;
+    /** Below the service, from its "/" on; percent-decoded by the web server. */
+    QString path() const;
+    /**
+     * What the parameter {name} or {name...} of the pattern holds; of other kinds their text.
+     * @throws std::logic_error when the pattern has no such parameter; so do the next two
+     */
+    QString text(const char* name) const;
+    /** The number of {name:int}. @throws std::logic_error for other kinds, too */
+    qint64 number(const char* name) const;
+    /** The UUID of {name:uuid}. @throws std::logic_error for other kinds, too */
+    QUuid uuid(const char* name) const;
+    /**
+     * The values of @a name in the query string, in their order; none when it is absent.
+     * @throws BwaRestProblem 400 when any text of the query is no UTF-8
+     */
+    QStringList query(const char* name) const;
+    /** The value of a header of the request, as the web server passes it on; null when absent. */
+    QByteArray header(const char* name) const;
+
+    /**
+     * The body, read at the first call and kept; empty when there is none.
+     * @throws BwaRestProblem 411 when its length is not announced; 413 when it is beyond the
+     *         group's limit; 400 when its length is no number or it ends early
+     */
+    QByteArray body() const;
+    /**
+     * The body as BwaJson::parse() gives it.
+     * @throws BwaRestProblem as body() does; 415 when the Content-Type is neither application/json
+     *         nor application/...+json, or has a charset other than UTF-8; 400 when it is no JSON
+     */
+    QVariant json() const;
+
+    /**
+     * For handlers that change what has the entity tag @a tag, as given to BwaRestReply::etag().
+     * A weak tag counts, too, because web servers that compress make tags weak.
+     * @throws BwaRestProblem 428 without an If-Match header, 412 when that does not hold the tag
+     */
+    void requireMatch(const QByteArray& tag) const;
+
+private:
+    friend class BwaRestService;
+
+    BwaRestExchange& m_exchange;
+};
+
+#endif

@@ -1,0 +1,190 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiRequest.h"
+#include "rest/BwaRestExchange_p.h"
+#include "rest/BwaRestGroup.h"
+#include "rest/BwaRestProblem.h"
+#include "rest/BwaRestStatus_p.h"
+#include "rest/BwaRestText_p.h"
+
+#include <algorithm>
+
+namespace {
+
+const quint64 mostBodyBytes = 0xffffffff; // that the core counts
+
+bool isDigits(const QByteArray& text)
+{
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](char character) {
+        return character >= '0' && character <= '9';
+    });
+}
+
+[[noreturn]] void refuse(int status, const char* detail)
+{
+    throw BwaRestProblem(status, QString::fromLatin1(detail));
+}
+
+[[noreturn]] void refuseSize(quint64 limit)
+{
+    const QString detail = QString::fromLatin1("A body may have %1 bytes here").arg(limit);
+    throw BwaRestProblem(BwaRestProblem(413, detail).with(QString::fromLatin1("limit"), limit));
+}
+
+} // namespace
+
+BwaRestExchange::BwaRestExchange(BwaFcgiRequest* request, const BwaRestSettings& settings)
+    : method(request->cgiRequest()->environment().requestMethod().toLatin1())
+    , m_request(request)
+    , m_settings(settings)
+{
+}
+
+BwaRestExchange::~BwaRestExchange()
+{
+    delete m_request;
+}
+
+void BwaRestExchange::find(const BwaRestRouter& router, const QString& mount)
+{
+    m_mount = mount;
+    path =
+        BwaRestText::fromUtf8(m_request->cgiRequest()->environment().pathInfo().mid(mount.size()));
+    if (path.isEmpty()) {
+        path = QLatin1Char('/');
+    }
+    resource = router.find(path, &spans);
+    entry = resource ? resource->entry(method) : nullptr;
+}
+
+QByteArray BwaRestExchange::variable(const QByteArray& name) const
+{
+    return m_request->input()->getenv(QString::fromLatin1(name)).toLatin1();
+}
+
+QByteArray BwaRestExchange::header(const QByteArray& name) const
+{
+    const QByteArray variableName = name.toUpper().replace('-', '_');
+    const bool isBare = variableName == "CONTENT_TYPE" || variableName == "CONTENT_LENGTH";
+    return variable(isBare ? variableName : "HTTP_" + variableName);
+}
+
+// Not the number that the environment has: it is 0 for what is none, too.
+unsigned int BwaRestExchange::checkBodySize() const
+{
+    const QByteArray length = variable("CONTENT_LENGTH");
+    if (length.isEmpty()) {
+        if (!header("Transfer-Encoding").isEmpty()) {
+            refuse(411, "The body needs a Content-Length");
+        }
+        return 0;
+    }
+    if (!isDigits(length)) {
+        refuse(400, "The Content-Length is no number");
+    }
+    const quint64 limit =
+        std::min(static_cast<quint64>(entry->route->group()->bodyLimit()), mostBodyBytes);
+    bool ok = false;
+    const quint64 size = length.toULongLong(&ok);
+    if (!ok || size > limit) {
+        refuseSize(limit);
+    }
+    return static_cast<unsigned int>(size);
+}
+
+QByteArray BwaRestExchange::body()
+{
+    if (!m_body) {
+        const unsigned int size = checkBodySize();
+        const QByteArray bytes = m_request->cgiRequest()->readFromBody(size);
+        if (static_cast<unsigned int>(bytes.size()) != size) {
+            refuse(400, "The body ends early");
+        }
+        m_body = bytes;
+    }
+    return *m_body;
+}
+
+const QList<QPair<QString, QString>>& BwaRestExchange::queryPairs()
+{
+    if (!m_queryPairs) {
+        m_queryPairs =
+            BwaRestText::urlEncodedPairs(m_request->cgiRequest()->environment().queryString());
+    }
+    return *m_queryPairs;
+}
+
+bool BwaRestExchange::hasClientsCopy(const BwaRestReply& reply) const
+{
+    return reply.m_status == 200 && !reply.m_etag.isNull() &&
+        (method == "GET" || method == "HEAD") &&
+        BwaRestText::listHasEntityTag(header("If-None-Match"), reply.m_etag);
+}
+
+void BwaRestExchange::write(const BwaRestReply& reply)
+{
+    for (const QByteArray& complaint : reply.m_complaints) {
+        log(complaint);
+    }
+    const bool isKnown = hasClientsCopy(reply);
+    const QByteArray block = headerBlock(reply, isKnown);
+    std::ostream& out = m_request->out();
+    out.write(block.constData(), block.size());
+    if (!isKnown && method != "HEAD") {
+        out.write(reply.m_body.constData(), reply.m_body.size());
+    }
+}
+
+QByteArray BwaRestExchange::headerBlock(const BwaRestReply& reply, bool isKnown) const
+{
+    QByteArray block =
+        "Status: " + BwaRestStatus::line(isKnown ? 304 : reply.m_status) + '\n' + reply.m_lines;
+    QList<QByteArray> names = reply.m_headerNames;
+    if (!reply.m_etag.isNull()) {
+        block += "ETag: " + reply.m_etag + '\n';
+        names.append("ETag");
+    }
+    if (!reply.m_createdPath.isNull()) {
+        block += "Location: " + location(reply) + '\n';
+        names.append("Location");
+    }
+    const QByteArray origin = header("Origin");
+    block += m_settings.origins.lines(origin, names);
+    if (method == "OPTIONS" && resource) {
+        block += m_settings.origins.preflightLines(origin, resource->allow(),
+                                                   header("Access-Control-Request-Headers"));
+    }
+    return block + (isKnown ? QByteArray() : contentLines(reply)) + '\n';
+}
+
+QByteArray BwaRestExchange::contentLines(const BwaRestReply& reply) const
+{
+    if (reply.m_contentType.isNull()) {
+        return QByteArray();
+    }
+    const QByteArray type = "Content-Type: " + reply.m_contentType + '\n';
+    if (!reply.m_filePath.isNull()) {
+        return type + m_settings.fileHeader + ": " + BwaRestText::encodedPath(reply.m_filePath) +
+            '\n';
+    }
+    return type + "Content-Length: " + QByteArray::number(reply.m_body.size()) + '\n';
+}
+
+QByteArray BwaRestExchange::location(const BwaRestReply& reply) const
+{
+    const QString above = m_request->cgiRequest()->environment().scriptName() + m_mount;
+    return BwaRestText::encodedPath(QString::fromUtf8(above.toLatin1()) + reply.m_createdPath);
+}
+
+// A path may hold anything: nothing in it is to make a line of its own.
+void BwaRestExchange::log(const QByteArray& message)
+{
+    QByteArray line = "Error in REST call " + method + " \"" + m_request->fullPath().toLatin1() +
+        "\": " + message;
+    std::replace_if(
+        line.begin(), line.end(), [](char character) { return character >= 0 && character < ' '; },
+        '?');
+    m_request->err() << line.constData();
+}

@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWARESTEXCHANGE_P_H
+#define BWARESTEXCHANGE_P_H
+
+#include "rest/BwaRestReply.h"
+#include "rest/BwaRestRouter_p.h"
+#include "rest/BwaRestSettings_p.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+#include <QString>
+
+#include <optional>
+
+class BwaFcgiRequest;
+
+/** One request from its arrival at a service to its reply; lives in the listener's thread. */
+class BwaRestExchange
+{
+    Q_DISABLE_COPY(BwaRestExchange)
+
+public:
+    /** Takes @a request over. @a settings must outlive this. */
+    BwaRestExchange(BwaFcgiRequest* request, const BwaRestSettings& settings);
+    /** Completes the reply. */
+    ~BwaRestExchange();
+
+    /**
+     * Finds path, resource and entry. @a mount is the path of the service below the script name.
+     * @throws BwaRestProblem 400: the path is no UTF-8
+     */
+    void find(const BwaRestRouter& router, const QString& mount);
+
+    /** A CGI variable; null when it is not set. */
+    QByteArray variable(const QByteArray& name) const;
+    /** A header of the request; null when it is absent. */
+    QByteArray header(const QByteArray& name) const;
+    /** As BwaRestCall::body(). */
+    QByteArray body();
+    /** How many bytes the body is to have. @throws BwaRestProblem 400, 411, 413 */
+    unsigned int checkBodySize() const;
+    /** The pairs of the query string. @throws BwaRestProblem 400: it is no UTF-8 */
+    const QList<QPair<QString, QString>>& queryPairs();
+
+    /** Writes the reply; to be called once. */
+    void write(const BwaRestReply& reply);
+    /** Writes a line on the log of the web server. */
+    void log(const QByteArray& message);
+
+    QByteArray method;
+    QString path;                                      // below the service
+    const BwaRestRouter::Resource* resource = nullptr; // not owned; null: no such path
+    const BwaRestRouter::Entry* entry = nullptr;       // not owned; null: no such method
+    BwaRestRouter::Spans spans;                        // of entry's parameters, within path
+
+private:
+    bool hasClientsCopy(const BwaRestReply& reply) const;
+    QByteArray location(const BwaRestReply& reply) const;
+    QByteArray headerBlock(const BwaRestReply& reply, bool isKnown) const;
+    QByteArray contentLines(const BwaRestReply& reply) const;
+
+    BwaFcgiRequest* m_request; // owned
+    const BwaRestSettings& m_settings;
+    QString m_mount;
+    std::optional<QByteArray> m_body;                           // once read
+    std::optional<QList<QPair<QString, QString>>> m_queryPairs; // once read
+};
+
+#endif

@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWARESTGROUP_H
+#define BWARESTGROUP_H
+
+#include "rest/BwaRestCall.h"
+#include "rest/BwaRestGlobal.h"
+#include "rest/BwaRestReply.h"
+#include "rest/BwaRestRoute.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class BwaRestRouter;
+
+/**
+ * Routes below a prefix, and what they need.
+ *
+ *     BwaRestGroup& devices = api.group("/devices").limit(64 * 1024);
+ *     devices.get("", listDevices);
+ *     devices.get("/{id:int}", [&](const BwaRestCall& call) -> BwaRestReply {
+ *         return store.device(call.number("id"));
+ *     });
+ *
+ * A pattern is a path whose places between slashes are texts or parameters: {name} takes one that
+ * is not empty, {name:int} a decimal number of 64 bits, {name:uuid} 8-4-4-4-12 hexadecimal digits,
+ * {name...} at the end all that follows. A path that fits no pattern is answered with 404. A text
+ * wins over a parameter, in whatever order they were added. Paths and patterns are compared byte by
+ * byte: "/devices/" is not "/devices". An empty path of the service is "/".
+ *
+ * Patterns that are none, equal ones, and two kinds of parameters at one place, throw a
+ * std::logic_error that names them. All routes are to be added before the first request.
+ */
+class BWA_REST_EXPORT BwaRestGroup
+{
+    Q_DISABLE_COPY(BwaRestGroup)
+
+public:
+    /** Answers a call; what it throws becomes the reply. */
+    using Handler = BwaRestRoute::Handler;
+    /** Looks at a call before its handler does; a reply is sent in the handler's place. */
+    using Hook = std::function<std::optional<BwaRestReply>(const BwaRestCall&)>;
+
+    virtual ~BwaRestGroup();
+
+    /** Answers GET, and HEAD without the body. @a pattern is behind the prefix, in UTF-8. */
+    BwaRestRoute& get(const char* pattern, const Handler& handler);
+    /** Answers POST. */
+    BwaRestRoute& post(const char* pattern, const Handler& handler);
+    /** Answers PUT. */
+    BwaRestRoute& put(const char* pattern, const Handler& handler);
+    /** Answers PATCH. */
+    BwaRestRoute& patch(const char* pattern, const Handler& handler);
+    /** Answers DELETE. */
+    BwaRestRoute& remove(const char* pattern, const Handler& handler);
+
+    /** A group below this one, which owns it; @a prefix may hold parameters. */
+    BwaRestGroup& group(const char* prefix);
+    /** Has @a hook called for each call of the group and those below; the outer ones first. */
+    BwaRestGroup& before(const Hook& hook);
+    /** How many bytes a body may have, here and in the groups below; 1 MiB unless set. */
+    BwaRestGroup& limit(qint64 bodySize);
+
+    /** What limit() has set, here or above, in bytes. */
+    qint64 bodyLimit() const;
+
+protected:
+    /** The outermost group. */
+    BwaRestGroup();
+
+    /** All routes of this and the groups above and below. */
+    const BwaRestRouter& router() const { return *m_router; }
+    /** What the first hook with a reply says, from the outermost group on. */
+    std::optional<BwaRestReply> askHooks(const BwaRestCall& call) const;
+
+private:
+    friend class BwaRestService;
+
+    BwaRestGroup(BwaRestGroup* parent, const QByteArray& prefix);
+    BwaRestRoute& add(const char* method, const char* pattern, const Handler& handler);
+
+    BwaRestGroup* m_parent;                  // not owned; owns this; null for the outermost
+    QByteArray m_prefix;                     // with those of the groups above
+    std::shared_ptr<BwaRestRouter> m_router; // one for all groups
+    std::vector<std::unique_ptr<BwaRestGroup>> m_groups;
+    std::vector<Hook> m_hooks;
+    qint64 m_limit; // bytes; -1: as the parent's
+};
+
+#endif

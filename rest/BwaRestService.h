@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWARESTSERVICE_H
+#define BWARESTSERVICE_H
+
+#include "rest/BwaRestGlobal.h"
+#include "rest/BwaRestGroup.h"
+#include "services/BwaDispatcherFcgiService.h"
+
+#include <QStringList>
+
+#include <memory>
+
+class BwaRestExchange;
+struct BwaRestSettings;
+
+/**
+ * The outermost group of routes, as a root service or a child of a dispatcher.
+ *
+ *     BwaRestService api;
+ *     api.get("/greeting/{name}", [](const BwaRestCall& call) -> BwaRestReply {
+ *         return QVariantMap{{"greeting", "Hello, " + call.text("name")}};
+ *     });
+ *     BwaFcgiListener listener({{"/api", &api}});
+ *
+ * Each call is checked in this order: 400 for a path that is no UTF-8, 404, OPTIONS and preflights,
+ * 405, the hooks of before(), then what the handler asks for: 411 and 413, 415, 400. Every refusal
+ * is a BwaRestProblem. A std::exception that leaves a hook or a handler becomes a 500 that says
+ * nothing of it, and is logged.
+ *
+ * It lives in the listener's thread. It has no children besides its routes: a service that is added
+ * to it is never called.
+ */
+class BWA_REST_EXPORT BwaRestService
+    : public BwaDispatcherFcgiService
+    , public BwaRestGroup
+{
+    Q_OBJECT
+
+public:
+    /** The header by which a web server takes the path of a file. */
+    enum FileHeader {
+        XSendfile,     /**< lighttpd, Apache httpd with mod_xsendfile: a path of the file system. */
+        XAccelRedirect /**< nginx: the path of an internal location. */
+    };
+
+    /** Answers everything with 404 until it has routes. */
+    explicit BwaRestService(QObject* parent = nullptr);
+    ~BwaRestService() override;
+
+    /** For BwaRestReply::file(); XSendfile unless set. */
+    void setFileHeader(FileHeader header);
+    /**
+     * Has pages of these origins read all replies, errors included (CORS). Each is as browsers
+     * write it: scheme, host, and a port that is not the scheme's, as in
+     * "https://example.org:8443";
+     * "*" is any. With @a credentials, requests may carry cookies and Authorization.
+     *
+     * @throws std::logic_error for "*" with @a credentials, which browsers refuse
+     */
+    void allowOrigins(const QStringList& origins, bool credentials = false);
+
+    void processRequest(BwaFcgiRequest* request) override;
+
+private:
+    BwaRestReply replyTo(BwaRestExchange& exchange) const;
+
+    std::unique_ptr<BwaRestSettings> m_settings;
+};
+
+#endif
