@@ -6,7 +6,14 @@
 
 #include "http/BwaHttpStatusContentHeader.h"
 
-/** The header block of a reply to the creation of something: 201 Created. */
+/**
+ * The header block of a reply to the creation of something: 201 Created.
+ *
+ * The line of a location has two colons, "Location:: /notes/7": programs rely on it. A web server
+ * passes that on as the value ": /notes/7", which no other client can follow. To tell the place to
+ * any client, leave the location out here, and write the line in a header block of your own that
+ * derives from BwaHttpStatusContentHeader, as examples/howto/Headers.cpp does.
+ */
 class BWA_EXPORT BwaHttp201StatusHeader : public BwaHttpStatusContentHeader
 {
 public:

@@ -6,7 +6,11 @@
 
 #include "http/BwaHttp201StatusHeader.h"
 
-/** The header block of a 201 reply with a body of the type application/json. */
+/**
+ * The header block of a 201 reply with a body of the type application/json.
+ *
+ * Its location line has two colons, which clients do not understand: see BwaHttp201StatusHeader.
+ */
 class BWA_EXPORT BwaHttp201StatusJsonHeader : public BwaHttp201StatusHeader
 {
 public:

@@ -8,7 +8,16 @@
 
 #include <QMap>
 
-/** The header block that asks a client to authenticate: 401 Unauthorized with its challenges. */
+/**
+ * The header block that asks a client to authenticate: 401 Unauthorized with its challenges.
+ *
+ * A comma stands before every parameter, also between the scheme and its first one, as in
+ * "SESSION-TOKEN, realm=\"notes\"": programs rely on it. Clients that follow RFC 9110, section
+ * 11.6.1, browsers among them, take such a scheme to have no parameters. For them give the
+ * parameters as part of the scheme:
+ *
+ *     request->out() << BwaHttp401StatusHeader({{QStringLiteral("Basic realm=\"notes\""), {}}});
+ */
 class BWA_EXPORT BwaHttp401StatusHeader : public BwaHttpStatusHeader
 {
 public:

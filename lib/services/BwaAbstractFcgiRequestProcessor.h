@@ -33,6 +33,10 @@ public:
      * with 415, a body that ends early with 400; both are logged. A text that is no JSON is neither
      * answered nor logged: the caller does that. The request stays the caller's in every case.
      *
+     * A text is refused whole, like one that is no JSON, when it holds an integer of more than 64
+     * bits, a number such as 1e400, half a surrogate pair or more than 1024 containers within each
+     * other, or begins with a byte order mark: see BwaJson::parse().
+     *
      * @a ok, which may be null, becomes false when there is no value; the result is then invalid.
      */
     static QVariant parseJsonContent(BwaFcgiRequest* request, bool* ok = nullptr);
