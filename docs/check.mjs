@@ -2,8 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 // check.mjs SITE PICTURES: opens every page of the site in a browser without a network. Fails when
-// a link or an image leads nowhere, when a page wants something from elsewhere, when a script
-// fails, and when a page is wider than a desktop or a phone. Pictures of the guides go to PICTURES.
+// a link or an image leads nowhere, when a class page lists a member twice, when a page wants
+// something from elsewhere, when a script fails, and when a page is wider than a desktop or a phone.
+// Pictures of the guides go to PICTURES.
 
 import { chromium } from 'playwright-core';
 import { mkdirSync, readdirSync } from 'node:fs';
@@ -48,6 +49,14 @@ async function readLinks(page, name) {
     links.push(...found.links.map((address) => [name, address]));
 }
 
+// A class page lists a member once, not once more for each class whose member it overrides.
+async function lookForRepeats(page, name) {
+    const members = await page.$$eval('.memItemRight', (rows) => rows.map(
+        (row) => row.textContent.match(/^.*\)(?: const)?/)?.[0]).filter((member) => member));
+    const repeated = members.filter((member, i) => members.indexOf(member) < i);
+    complaints.push(...repeated.map((member) => `${name}: lists ${member} twice`));
+}
+
 async function lookAt(page, name, width) {
     await page.setViewportSize({ width, height: 900 });
     const tooWide = await page.evaluate(
@@ -77,6 +86,7 @@ const page = await openBrowserPage();
 for (const name of pages) {
     await page.goto(pathToFileURL(join(site, name)).href);
     await readLinks(page, name);
+    await lookForRepeats(page, name);
     for (const width of widths) {
         await lookAt(page, name, width);
     }

@@ -49,11 +49,11 @@ sub linkTo
     return defined $target ? "[$text]($target)" : $text;
 }
 
-# Doxygen loses its way in spans that hold quotes.
+# Doxygen loses its way in spans that hold quotes, and drops a percent sign in front of a letter.
 sub codeSpan
 {
     my ($code) = @_;
-    return "`$code`" unless $code =~ /['"]/;
+    return "`$code`" unless $code =~ /['"%]/;
     my %entities = ('&' => '&amp;', '<' => '&lt;', '>' => '&gt;', '"' => '&quot;', "'" => '&apos;');
     $code =~ s/([\\%#@])/\\$1/g;
     $code =~ s/([&<>"'])/$entities{$1}/g;
