@@ -15,26 +15,73 @@
 
 namespace {
 
+//! [text]
+// Variables hold one character for each byte that was sent: this reads the bytes as UTF-8.
+QString textOf(const QString& variable)
+{
+    return QString::fromUtf8(variable.toLatin1());
+}
+
+void sendText(BwaFcgiRequest* request, const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    request->out() << BwaHttpPlainTextHeader(QStringLiteral("utf-8"));
+    request->out().write(bytes.constData(), bytes.size());
+}
+//! [text]
+
 //! [query]
 // /search?q=tea&tag=green&tag=loose
 void search(BwaFcgiRequest* request)
 {
     const QMultiHash<QString, QString> variables = request->cgiRequest()->queryVariables();
-    const QString wanted = QString::fromUtf8(variables.value(QStringLiteral("q")).toLatin1());
+    const QString wanted = textOf(variables.value(QStringLiteral("q")));
     const QStringList tags = variables.values(QStringLiteral("tag")); // the last one sent first
-    request->out() << BwaHttpPlainTextHeader() << wanted << ' ' << QString::number(tags.size());
+    sendText(request, wanted + QLatin1Char(' ') + QString::number(tags.size()));
 }
 //! [query]
+
+//! [refuse]
+// Answers a body that processBodyContent() has not taken, and logs why.
+void refuseBody(BwaFcgiRequest* request)
+{
+    using Failure = BwaCgiRequest::BodyFailure;
+    switch (request->cgiRequest()->bodyFailure()) {
+    case Failure::TooLarge:
+    case Failure::TooManyFormFields:
+    case Failure::TooManyParts:
+        request->err() << "body refused: beyond a limit";
+        request->sendHttpError(BwaFcgiRequest::PayloadTooLarge);
+        break;
+    case Failure::NotClosed:
+        request->err() << "body refused: no closing boundary with a line end";
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        break;
+    case Failure::OutOfMemory:
+        request->err() << "body refused: no memory left";
+        request->sendHttpError(BwaFcgiRequest::ServiceUnavailable);
+        break;
+    default:
+        request->err() << "body refused: it ended early";
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+    }
+}
+//! [refuse]
 
 //! [form]
 void greet(BwaFcgiRequest* request)
 {
     if (!request->cgiRequest()->processBodyContent()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest); // the body ended early
+        refuseBody(request);
         return;
     }
     const QMultiHash<QString, QString> fields = request->cgiRequest()->formVariables();
-    request->out() << BwaHttpPlainTextHeader() << "Hello, " << fields.value(QStringLiteral("name"));
+    const QString name = textOf(fields.value(QStringLiteral("name")));
+    if (name.isEmpty()) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest); // true does not mean that it was sent
+        return;
+    }
+    sendText(request, QStringLiteral("Hello, ") + name);
 }
 //! [form]
 
@@ -43,10 +90,11 @@ void takePhoto(BwaFcgiRequest* request)
 {
     BwaRequestLimits limits;
     limits.maxBodySize = 1024 * 1024; // bytes
-    limits.maxParts = 10;
+    limits.maxFormFields = 10;
+    limits.maxParts = 10; // fields and files
     request->cgiRequest()->setRequestLimits(limits);
     if (!request->cgiRequest()->processBodyContent()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        refuseBody(request);
         return;
     }
     const BwaCgiFile photo = request->cgiRequest()->files().value(QStringLiteral("photo"));
@@ -54,8 +102,7 @@ void takePhoto(BwaFcgiRequest* request)
         request->sendHttpError(BwaFcgiRequest::BadRequest);
         return;
     }
-    request->out() << BwaHttpPlainTextHeader() << photo.contentType() << ' '
-                   << QString::number(photo.data().size());
+    sendText(request, photo.fileName() + QLatin1Char(' ') + QString::number(photo.data().size()));
 }
 //! [file]
 
@@ -108,15 +155,27 @@ BwaTestReply replyToUpload(const QByteArray& body)
 
 TEST(HowToReadForms, GivenAQueryReadsItsVariables)
 {
-    EXPECT_EQ(replyTo(BwaTestRequest("GET", "/?q=tea&tag=green&tag=loose"), search).body, "tea 2");
+    const BwaTestReply reply =
+        replyTo(BwaTestRequest("GET", "/?q=th%C3%A9+%E2%82%AC&tag=green&tag=loose"), search);
+
+    EXPECT_EQ(reply.header("Content-Type"), "text/plain; charset=utf-8");
+    EXPECT_EQ(reply.body, "th\xc3\xa9 \xe2\x82\xac 2");
 }
 
 TEST(HowToReadForms, GivenAFormReadsItsFields)
 {
     BwaTestRequest request("POST", "/");
-    request.setForm({{"name", "Ann Lee"}});
+    request.setForm({{"name", "Andr\xc3\xa9"}});
 
-    EXPECT_EQ(replyTo(request, greet).body, "Hello, Ann Lee");
+    EXPECT_EQ(replyTo(request, greet).body, "Hello, Andr\xc3\xa9");
+}
+
+TEST(HowToReadForms, GivenAFormWithoutItsFieldIsABadRequest)
+{
+    BwaTestRequest request("POST", "/");
+    request.setForm({{"nickname", "Ann"}});
+
+    EXPECT_EQ(replyTo(request, greet).statusCode, 400);
 }
 
 TEST(HowToReadForms, GivenABodyThatEndsEarlyIsABadRequest)
@@ -125,7 +184,22 @@ TEST(HowToReadForms, GivenABodyThatEndsEarlyIsABadRequest)
     request.setForm({{"name", "Ann Lee"}});
     request.setVariable("CONTENT_LENGTH", "100");
 
-    EXPECT_EQ(replyTo(request, greet).statusCode, 400);
+    const BwaTestReply reply = replyTo(request, greet);
+
+    EXPECT_EQ(reply.statusCode, 400);
+    EXPECT_EQ(reply.errorText, "body refused: it ended early");
+}
+
+TEST(HowToReadForms, GivenNoLineEndBehindTheLastBoundaryIsABadRequest)
+{
+    BwaTestRequest request("POST", "/");
+    request.setBody("multipart/form-data; boundary=b",
+                    "--b\r\nContent-Disposition: form-data; name=name\r\n\r\nAnn\r\n--b--");
+
+    const BwaTestReply reply = replyTo(request, greet);
+
+    EXPECT_EQ(reply.statusCode, 400);
+    EXPECT_EQ(reply.errorText, "body refused: no closing boundary with a line end");
 }
 
 TEST(HowToReadForms, GivenAFileReadsIt)
@@ -133,18 +207,32 @@ TEST(HowToReadForms, GivenAFileReadsIt)
     BwaTestRequest request("POST", "/");
     request.addFile("photo", "tea.png", "image/png", "12345");
 
-    EXPECT_EQ(replyTo(request, takePhoto).body, "image/png 5");
+    EXPECT_EQ(replyTo(request, takePhoto).body, "tea.png 5");
 }
 
-TEST(HowToReadForms, GivenNoFileOrTooMuchIsABadRequest)
+TEST(HowToReadForms, GivenNoFileIsABadRequest)
 {
-    BwaTestRequest empty("POST", "/");
-    empty.addField("photo", "no file");
+    BwaTestRequest request("POST", "/");
+    request.addField("photo", "no file");
+
+    EXPECT_EQ(replyTo(request, takePhoto).statusCode, 400);
+}
+
+TEST(HowToReadForms, GivenMoreThanTheLimitsAllowIsTooLarge)
+{
     BwaTestRequest large("POST", "/");
     large.addFile("photo", "tea.png", "image/png", QByteArray(1024 * 1024, 'x'));
+    BwaTestRequest many("POST", "/");
+    for (int i = 0; i < 11; ++i) {
+        many.addFile("photo", "tea.png", "image/png", "12345");
+    }
 
-    EXPECT_EQ(replyTo(empty, takePhoto).statusCode, 400);
-    EXPECT_EQ(replyTo(large, takePhoto).statusCode, 400);
+    for (const BwaTestRequest* request : {&large, &many}) {
+        const BwaTestReply reply = replyTo(*request, takePhoto);
+
+        EXPECT_EQ(reply.statusCode, 413);
+        EXPECT_EQ(reply.errorText, "body refused: beyond a limit");
+    }
 }
 
 TEST(HowToReadForms, GivenALargeUploadReadsItInPieces)
