@@ -2,9 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 // How the reader stays linear: consumed bytes stay at the front of the lookahead until they are
-// half of it, so that consuming moves no bytes; and each pattern has a Search that remembers where
+// half of it, so that consuming moves no bytes; and each pattern has a search that remembers where
 // it was found or up to where it is known to be absent. As the reader only moves forward, a match
 // ahead stays the first one, and a failed search resumes where more bytes have been appended.
+//
+// The boundary is the client's choice, and may be long and repeat its own beginning. So its search
+// looks at each byte once (Knuth, Morris and Pratt): where a match breaks off, the longest border
+// of the bytes matched, which ends them and begins the pattern, is what still matches.
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 
@@ -42,6 +46,20 @@ BwaSize indexIn(const QByteArray& data, const QByteArray& pattern, BwaSize from)
     return match ? static_cast<BwaSize>(static_cast<const char*>(match) - begin) : -1;
 }
 
+// For each number of bytes at the front of @a pattern, the length of their longest border.
+QVector<int> bordersOf(const QByteArray& pattern)
+{
+    QVector<int> borders = {0, 0};
+    for (int size = 1; size < pattern.size(); ++size) {
+        int border = borders.at(size);
+        while (border > 0 && pattern.at(border) != pattern.at(size)) {
+            border = borders.at(border);
+        }
+        borders.append(pattern.at(border) == pattern.at(size) ? border + 1 : 0);
+    }
+    return borders;
+}
+
 // The smaller of two positions, of which -1 is none.
 BwaSize firstOf(BwaSize first, BwaSize second)
 {
@@ -77,10 +95,13 @@ BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* requ
     , m_delimiterStart("\r\n--" + boundaryOf(request))
     , m_delimiter(m_delimiterStart + "\r\n")
     , m_closeDelimiter(m_delimiterStart + "--\r\n")
+    , m_borders(bordersOf(m_delimiterStart))
     , m_lookahead("\r\n") // stands for the line break in front of the first delimiter
     , m_failed(false)
     , m_consumed(0)
     , m_removed(0)
+    , m_scanned(0)
+    , m_matched(0)
     , m_refusedDisposition(-1)
 {
 }
@@ -94,7 +115,7 @@ bool BwaCgiMultipartFormDataReader::nextPart(QString& name, QString& filename, Q
     }
     while (true) {
         skipEndOfPart();
-        if (m_failed || lookaheadHas(m_closeDelimiter, 0)) {
+        if (m_failed || lookaheadHas("--\r\n", m_delimiterStart.size())) {
             return false;
         }
         consume(m_delimiter.size());
@@ -135,7 +156,7 @@ bool BwaCgiMultipartFormDataReader::isAtEndOfPart()
         refill(static_cast<unsigned int>(missing));
         m_failed = lookaheadSize() < m_delimiter.size();
     }
-    return isDelimiterAt(0);
+    return indexOfDelimiter() == 0;
 }
 
 void BwaCgiMultipartFormDataReader::skipEndOfPart()
@@ -182,11 +203,11 @@ bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, 
     return true;
 }
 
-bool BwaCgiMultipartFormDataReader::lookaheadHas(const QByteArray& pattern, BwaSize position) const
+bool BwaCgiMultipartFormDataReader::lookaheadHas(const char* text, BwaSize position) const
 {
-    return lookaheadSize() - position >= pattern.size() &&
-        std::memcmp(m_lookahead.constData() + m_consumed + position, pattern.constData(),
-                    static_cast<std::size_t>(pattern.size())) == 0;
+    const std::size_t size = std::strlen(text);
+    return static_cast<std::size_t>(lookaheadSize() - position) >= size &&
+        std::memcmp(m_lookahead.constData() + m_consumed + position, text, size) == 0;
 }
 
 // The position in the lookahead of the first match, or -1.
@@ -203,24 +224,50 @@ BwaSize BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search
     return search.found ? static_cast<BwaSize>(search.position - front) : -1;
 }
 
-// Both delimiters begin alike, and looking for that takes half the time of looking for each. What
-// begins so may be neither, which is known only when as many bytes have come as the longer has.
+// Scans on to the end of the next match of what both delimiters begin with; false without one.
+bool BwaCgiMultipartFormDataReader::findDelimiterStart()
+{
+    const char* read = m_lookahead.constData() + (m_scanned - m_removed);
+    const char* const end = m_lookahead.constData() + m_lookahead.size();
+    const char* const pattern = m_delimiterStart.constData();
+    while (m_matched < m_delimiterStart.size() && read != end) {
+        if (m_matched == 0) { // mostly, and the C library finds the first byte fastest
+            const void* const found =
+                std::memchr(read, *pattern, static_cast<std::size_t>(end - read));
+            read = found ? static_cast<const char*>(found) + 1 : end;
+            m_matched = found ? 1 : 0;
+        } else if (*read == pattern[m_matched]) {
+            ++m_matched;
+            ++read;
+        } else {
+            m_matched = m_borders.at(m_matched);
+        }
+    }
+    m_scanned = m_removed + (read - m_lookahead.constData());
+    return m_matched == m_delimiterStart.size();
+}
+
+// What begins as both delimiters do may be neither, which is known only when as many bytes have
+// come as the longer has.
 BwaSize BwaCgiMultipartFormDataReader::indexOfDelimiter()
 {
-    BwaSize start = indexOf(m_delimiterStart, m_delimiterSearch);
-    while (start >= 0 && !isDelimiterAt(start)) {
+    const qint64 front = m_removed + m_consumed;
+    if (m_scanned - m_matched < front) { // what matches so far has been consumed
+        m_scanned = front;
+        m_matched = 0;
+    }
+    while (findDelimiterStart()) {
+        const auto end = static_cast<BwaSize>(m_scanned - front);
+        const BwaSize start = end - m_delimiterStart.size();
+        if (lookaheadHas("\r\n", end) || lookaheadHas("--\r\n", end)) {
+            return start;
+        }
         if (lookaheadSize() - start < m_closeDelimiter.size()) {
             return -1;
         }
-        m_delimiterSearch = {m_delimiterSearch.position + 1, false};
-        start = indexOf(m_delimiterStart, m_delimiterSearch);
+        m_matched = m_borders.at(m_matched);
     }
-    return start;
-}
-
-bool BwaCgiMultipartFormDataReader::isDelimiterAt(BwaSize position) const
-{
-    return lookaheadHas(m_delimiter, position) || lookaheadHas(m_closeDelimiter, position);
+    return -1;
 }
 
 void BwaCgiMultipartFormDataReader::consume(BwaSize size)

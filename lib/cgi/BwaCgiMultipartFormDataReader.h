@@ -7,6 +7,7 @@
 #include "BwaGlobal.h"
 
 #include <QByteArray>
+#include <QVector>
 
 #include <streambuf>
 
@@ -87,10 +88,10 @@ private:
 
     bool isUsable() const { return m_request && !m_failed; }
     BwaSize lookaheadSize() const { return m_lookahead.size() - m_consumed; }
-    bool lookaheadHas(const QByteArray& pattern, BwaSize position) const;
+    bool lookaheadHas(const char* text, BwaSize position) const;
     BwaSize indexOf(const QByteArray& pattern, Search& search) const;
+    bool findDelimiterStart();
     BwaSize indexOfDelimiter();
-    bool isDelimiterAt(BwaSize position) const;
     void consume(BwaSize size);
     bool refill(unsigned int size);
     void appendFromPart(QByteArray& content, BwaSize size);
@@ -101,11 +102,13 @@ private:
     QByteArray m_delimiterStart; // what both delimiters begin with
     QByteArray m_delimiter;
     QByteArray m_closeDelimiter;
+    QVector<int> m_borders; // of the first bytes of m_delimiterStart
     QByteArray m_lookahead; // with consumed bytes still in front
     bool m_failed;
     BwaSize m_consumed; // bytes at the front of m_lookahead
     qint64 m_removed;   // bytes that have left the front of m_lookahead
-    Search m_delimiterSearch;
+    qint64 m_scanned;   // up to where delimiters were searched for, from the start of the body
+    int m_matched;      // bytes before m_scanned that m_delimiterStart begins with
     Search m_emptyLineSearch;
     Search m_dispositionSearch;
     qint64 m_refusedDisposition; // position of the one refused last, or -1

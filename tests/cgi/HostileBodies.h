@@ -78,6 +78,20 @@ inline QByteArray nearlyDelimiters(int size)
         "\r\n--B--\r\n";
 }
 
+// A boundary that repeats what each delimiter begins with: at every fifth byte of the content one
+// begins that only its very end shows to be none.
+inline QByteArray repeatingBoundary(int size)
+{
+    return repeated("x\r\n--", size / 8);
+}
+
+inline QByteArray nearlyRepeatingDelimiters(int size)
+{
+    const QByteArray boundary = repeatingBoundary(size);
+    return "--" + boundary + "\r\nContent-Disposition: form-data; name=a\r\n\r\n" +
+        repeated("\r\n--x", size) + "\r\n--" + boundary + "--\r\n";
+}
+
 inline QByteArray lineBreaksOnly(int size)
 {
     return "--B\r\nContent-Disposition: form-data; name=a\r\n\r\n" + repeated("\r", size) +

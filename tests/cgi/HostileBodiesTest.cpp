@@ -224,6 +224,25 @@ TEST(HostileMegabyte, OfALongBoundaryAtAModelsSizeIsReadAsTheModelReadsIt)
     EXPECT_EQ(outcomeOf(body, boundary), modelOutcomeOf(body, boundary));
 }
 
+TEST(HostileMegabyte, OfABoundaryThatRepeatsItsBeginningIsContent)
+{
+    const QByteArray body = nearlyRepeatingDelimiters(mebibyte);
+
+    EXPECT_THAT(outcomeOf(body, "\"" + repeatingBoundary(mebibyte) + "\""),
+                testing::StartsWith("1 parts, " + std::to_string(mebibyte / 5 * 5) +
+                                    " bytes, last a, complete, "));
+}
+
+TEST(HostileMegabyte, OfABoundaryThatRepeatsItsBeginningAtAModelsSizeIsReadAsTheModelReadsIt)
+{
+    for (const int size : {64, 500, 4096, 12 * kibibyte}) {
+        const QByteArray boundary = repeatingBoundary(size);
+        const QByteArray body = nearlyRepeatingDelimiters(size);
+
+        EXPECT_EQ(outcomeOf(body, "\"" + boundary + "\""), modelOutcomeOf(body, boundary)) << size;
+    }
+}
+
 TEST(HostileMegabyte, OfAFormIsProcessedToo)
 {
     MemoryCgiInput input(contentType, delimitersBeforeOneField(mebibyte));

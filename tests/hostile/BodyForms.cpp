@@ -56,6 +56,12 @@ void processLongBoundary(int size)
                 "--\r\n");
 }
 
+void processRepeatingBoundary(int size)
+{
+    process("multipart/form-data; boundary=\"" + repeatingBoundary(size) + "\"",
+            nearlyRepeatingDelimiters(size));
+}
+
 void processSeparators(int size)
 {
     process(urlEncoded, QByteArray(size, '&'));
@@ -139,6 +145,7 @@ QList<Form> bodyForms()
         {"time", "tiny-parts", processMultipart<tinyParts>},
         {"time", "tiny-refused-parts", processMultipart<tinyRefusedParts>},
         {"time", "long-boundary", processLongBoundary},
+        {"time", "repeating-boundary", processRepeatingBoundary},
         {"time", "nearly-delimiters", processMultipart<nearlyDelimiters>},
         {"time", "line-breaks-only", processMultipart<lineBreaksOnly>},
         {"time", "separators", processSeparators},
