@@ -46,7 +46,6 @@ public:
     }
 
 protected:
-    //! [held]
     void processGetMethod(BwaFcgiRequest* request) override
     {
         m_held = request; // ours until it is answered
@@ -59,7 +58,6 @@ private:
         m_held->out() << BwaHttpPlainTextHeader() << "at last";
         delete m_held;
     }
-    //! [held]
 
     QTimer m_timer;
     BwaFcgiRequest* m_held = nullptr; // owned

@@ -14,7 +14,8 @@ class BwaWebSession;
  *
  * A hook takes the request over and deletes it as its last act. A std::exception that leaves a hook
  * is logged and answered with 500, and the request is then deleted. When the hook has deleted it
- * already, the exception only goes to Qt's debug channel.
+ * already, the exception only goes to Qt's debug channel. What is thrown later, while a request
+ * is answered that the hook has kept, is caught by nobody and ends the process: catch it there.
  */
 class BWA_EXPORT BwaStandardFcgiRequestProcessor : public BwaAbstractFcgiRequestProcessor
 {
