@@ -30,6 +30,16 @@ public:
     {
     }
 
+    //! [stop]
+    void refuseAll()
+    {
+        for (BwaFcgiRequest* request : std::exchange(m_waiting, {})) {
+            request->sendHttpError(BwaFcgiRequest::ServiceUnavailable);
+            delete request;
+        }
+    }
+    //! [stop]
+
     //! [answer]
     // To be called from the event loop, for example from a slot.
     void publish(const Readings& readings)
@@ -63,10 +73,6 @@ private:
     //! [answer]
 
     //! [keep]
-public:
-    // Before the listener, whose requests these are. Their clients get no reply.
-    ~NextReading() override { qDeleteAll(m_waiting); }
-
 protected:
     void processGetMethod(BwaFcgiRequest* request) override
     {
@@ -80,13 +86,22 @@ protected:
 
 private:
     int m_mostWaiting;
-    QList<BwaFcgiRequest*> m_waiting; // owned
+    QList<BwaFcgiRequest*> m_waiting; // owned until answered
     //! [keep]
 };
 
 class HowToAnswerLate : public testing::Test
 {
 protected:
+    HowToAnswerLate()
+    {
+        //! [quit]
+        // Requests must not outlive the listener.
+        QObject::connect(&m_application, &QCoreApplication::aboutToQuit,
+                         [this] { m_next.refuseAll(); });
+        //! [quit]
+    }
+
     BwaTestReply replyFor(const char* sensor)
     {
         return BwaTestRequest("GET", QByteArray("/?sensor=") + sensor).sendTo(m_next);
@@ -128,4 +143,11 @@ TEST_F(HowToAnswerLate, GivenAsManyWhoWaitAsMayRefusesTheNext)
 
     EXPECT_EQ(replyFor("roof").body, "21.5");
     EXPECT_EQ(refused.statusCode, 503);
+}
+
+TEST_F(HowToAnswerLate, WhenAskedToRefusesAllWhoWait)
+{
+    QTimer::singleShot(0, [this] { m_next.refuseAll(); });
+
+    EXPECT_EQ(replyFor("roof").statusCode, 503);
 }
