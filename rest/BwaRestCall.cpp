@@ -7,6 +7,9 @@
 #include "json/BwaJson.h"
 #include "rest/BwaRestExchange_p.h"
 #include "rest/BwaRestGroup.h"
+#include "rest/BwaRestHeldCalls_p.h"
+#include "rest/BwaRestOutcome_p.h"
+#include "rest/BwaRestPool_p.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestText_p.h"
 
@@ -141,4 +144,32 @@ void BwaRestCall::requireMatch(const QByteArray& tag) const
     if (!BwaRestText::listHasEntityTag(list, BwaRestText::entityTag(tag))) {
         throw BwaRestProblem(412, QString::fromLatin1("It has been changed meanwhile"));
     }
+}
+
+BwaRestLater BwaRestCall::later(int deadline) const
+{
+    return BwaRestLater(m_exchange.settings().calls->stateFor(m_exchange, deadline));
+}
+
+BwaRestReply BwaRestCall::onPool(const std::function<BwaRestReply(const BwaRestCancel&)>& work,
+                                 int deadline) const
+{
+    return onPoolThen(
+        work, [](const BwaRestReply& reply) { return reply; }, deadline);
+}
+
+BwaRestReply BwaRestCall::start(const std::function<Finisher(const BwaRestCancel&)>& work,
+                                int deadline) const
+{
+    const BwaRestLater handle = later(deadline);
+    m_exchange.settings().pool->start([state = handle.m_state, work] {
+        Finisher finisher;
+        const BwaRestReply failed = BwaRestOutcome::of([&] {
+            finisher = work(state->cancel());
+            return BwaRestReply::empty();
+        });
+        state->replyWith(
+            state, finisher ? finisher : [failed] { return failed; });
+    });
+    return handle;
 }

@@ -4,13 +4,21 @@
 #ifndef BWARESTCALL_H
 #define BWARESTCALL_H
 
+#include "rest/BwaRestCancel.h"
 #include "rest/BwaRestGlobal.h"
+#include "rest/BwaRestLater.h"
+#include "rest/BwaRestReply.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
 #include <QVariant>
+
+#include <functional>
+#include <memory>
+#include <type_traits>
+#include <utility>
 
 class BwaRestExchange;
 
@@ -75,8 +83,45 @@ public:
      */
     void requireMatch(const QByteArray& tag) const;
 
+    /**
+     * Keeps the call open when its handler returns the handle, for @a deadline milliseconds from
+     * then on. Further calls give the same handle.
+     */
+    BwaRestLater later(int deadline = 30000) const;
+    /**
+     * Has @a work done in a thread of the service's pool, which then replies. It never sees the
+     * call: what it needs of it is captured. It is done even when nobody waits any more; @a
+     * deadline is that of later().
+     *
+     *     return call.onPool([bus = call.number("bus")](const BwaRestCancel& cancel) {
+     *         return BwaRestReply(scan(bus, cancel)); // blocks for seconds
+     *     });
+     *
+     * @throws BwaRestProblem 503 with Retry-After when too much waits: see
+     * BwaRestService::setPool()
+     */
+    BwaRestReply onPool(const std::function<BwaRestReply(const BwaRestCancel&)>& work,
+                        int deadline = 30000) const;
+    /**
+     * As onPool(), but what @a work returns is given to @a finish, which replies in the listener's
+     * thread. Unless work throws or the service goes, finish is called even when nobody waits.
+     */
+    template <class Work, class Finish>
+    BwaRestReply onPoolThen(Work work, Finish finish, int deadline = 30000) const
+    {
+        return start(
+            [work, finish](const BwaRestCancel& cancel) -> Finisher {
+                auto result = std::make_shared<std::decay_t<decltype(work(cancel))>>(work(cancel));
+                return [finish, result] { return BwaRestReply(finish(std::move(*result))); };
+            },
+            deadline);
+    }
+
 private:
-    friend class BwaRestService;
+    using Finisher = std::function<BwaRestReply()>;
+
+    BwaRestReply start(const std::function<Finisher(const BwaRestCancel&)>& work,
+                       int deadline) const;
 
     BwaRestExchange& m_exchange;
 };

@@ -13,9 +13,11 @@
 #include <QPair>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 class BwaFcgiRequest;
+class BwaRestLaterState;
 
 /** One request from its arrival at a service to its reply; lives in the listener's thread. */
 class BwaRestExchange
@@ -34,6 +36,8 @@ public:
      */
     void find(const BwaRestRouter& router, const QString& mount);
 
+    /** Those of the service. */
+    const BwaRestSettings& settings() const { return m_settings; }
     /** A CGI variable; null when it is not set. */
     QByteArray variable(const QByteArray& name) const;
     /** A header of the request; null when it is absent. */
@@ -55,6 +59,7 @@ public:
     const BwaRestRouter::Resource* resource = nullptr; // not owned; null: no such path
     const BwaRestRouter::Entry* entry = nullptr;       // not owned; null: no such method
     BwaRestRouter::Spans spans;                        // of entry's parameters, within path
+    std::shared_ptr<BwaRestLaterState> later;          // null unless the handler has asked for it
 
 private:
     bool hasClientsCopy(const BwaRestReply& reply) const;

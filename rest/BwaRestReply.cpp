@@ -4,6 +4,7 @@
 #include "rest/BwaRestReply.h"
 
 #include "json/BwaJson.h"
+#include "rest/BwaRestLater.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestText_p.h"
 
@@ -83,6 +84,12 @@ BwaRestReply::BwaRestReply(const BwaRestProblem& problem)
         header(line.first, line.second);
     }
     setJson(problem.members());
+}
+
+BwaRestReply::BwaRestReply(const BwaRestLater& later)
+    : BwaRestReply(202, QByteArray(), QByteArray())
+{
+    m_later = later.m_state;
 }
 
 BwaRestReply::~BwaRestReply() = default;

@@ -12,6 +12,10 @@
 #include <QString>
 #include <QVariant>
 
+#include <memory>
+
+class BwaRestLater;
+class BwaRestLaterState;
 class BwaRestProblem;
 
 /**
@@ -38,6 +42,8 @@ public:
     BwaRestReply(const QVariantList& json, int status = 200);
     /** application/problem+json (RFC 9457). Not explicit: handlers return the problem. */
     BwaRestReply(const BwaRestProblem& problem);
+    /** The reply that @a later brings. Not explicit: handlers return the handle. */
+    BwaRestReply(const BwaRestLater& later);
     ~BwaRestReply();
     BwaRestReply(const BwaRestReply&) = default;
     BwaRestReply& operator=(const BwaRestReply&) = default;
@@ -77,11 +83,12 @@ public:
      */
     BwaRestReply& etag(const QByteArray& tag);
 
-    /** From 200 to 599. */
+    /** From 200 to 599; of a reply that comes later 202. */
     int status() const { return m_status; }
 
 private:
     friend class BwaRestExchange;
+    friend class BwaRestHeldCalls;
     friend class BwaRestOutcome;
 
     BwaRestReply(int status, const QByteArray& body, const QByteArray& contentType);
@@ -91,12 +98,13 @@ private:
     int m_status;
     QByteArray m_contentType; // null: no body
     QByteArray m_body;
-    QByteArray m_lines;              // headers, each with its line end
-    QList<QByteArray> m_headerNames; // of m_lines
-    QByteArray m_etag;               // with its quotes; null: none
-    QString m_createdPath;           // below the service; null: none
-    QString m_filePath;              // null: none
-    QList<QByteArray> m_complaints;  // for the log
+    QByteArray m_lines;                         // headers, each with its line end
+    QList<QByteArray> m_headerNames;            // of m_lines
+    QByteArray m_etag;                          // with its quotes; null: none
+    QString m_createdPath;                      // below the service; null: none
+    QString m_filePath;                         // null: none
+    QList<QByteArray> m_complaints;             // for the log
+    std::shared_ptr<BwaRestLaterState> m_later; // null: this is the reply
 };
 
 #endif

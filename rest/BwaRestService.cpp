@@ -5,16 +5,26 @@
 
 #include "rest/BwaRestCall.h"
 #include "rest/BwaRestExchange_p.h"
+#include "rest/BwaRestHeldCalls_p.h"
 #include "rest/BwaRestOutcome_p.h"
 #include "rest/BwaRestProblem.h"
+
+#include <utility>
 
 BwaRestService::BwaRestService(QObject* parent)
     : BwaDispatcherFcgiService(parent)
     , m_settings(new BwaRestSettings)
+    , m_calls(new BwaRestHeldCalls)
 {
+    m_calls->setParent(this);
+    m_settings->calls = m_calls;
 }
 
-BwaRestService::~BwaRestService() = default;
+// The calls first: what ends them needs the settings, and may need the hooks of the application.
+BwaRestService::~BwaRestService()
+{
+    delete m_calls;
+}
 
 void BwaRestService::setFileHeader(FileHeader header)
 {
@@ -26,10 +36,16 @@ void BwaRestService::allowOrigins(const QStringList& origins, bool credentials)
     m_settings->origins = BwaRestOrigins(origins, credentials);
 }
 
+void BwaRestService::setPool(QThreadPool* pool, int mostWaiting)
+{
+    m_settings->pool = std::make_shared<BwaRestPool>(pool, mostWaiting);
+}
+
 void BwaRestService::processRequest(BwaFcgiRequest* request)
 {
-    BwaRestExchange exchange(request, *m_settings);
-    exchange.write(BwaRestOutcome::of([&] { return replyTo(exchange); }));
+    auto exchange = std::make_unique<BwaRestExchange>(request, *m_settings);
+    const BwaRestReply reply = BwaRestOutcome::of([&] { return replyTo(*exchange); });
+    m_calls->conclude(std::move(exchange), reply);
 }
 
 BwaRestReply BwaRestService::replyTo(BwaRestExchange& exchange) const

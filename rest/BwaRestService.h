@@ -13,6 +13,8 @@
 #include <memory>
 
 class BwaRestExchange;
+class BwaRestHeldCalls;
+class QThreadPool;
 struct BwaRestSettings;
 
 /**
@@ -61,12 +63,20 @@ public:
      */
     void allowOrigins(const QStringList& origins, bool credentials = false);
 
+    /**
+     * Where BwaRestCall::onPool() works; QThreadPool::globalInstance() unless set. Beside the works
+     * that the threads of @a pool do, @a mostWaiting may wait; further calls are answered with 503.
+     * @a pool is not owned, and must outlive the calls.
+     */
+    void setPool(QThreadPool* pool, int mostWaiting = 64);
+
     void processRequest(BwaFcgiRequest* request) override;
 
 private:
     BwaRestReply replyTo(BwaRestExchange& exchange) const;
 
     std::unique_ptr<BwaRestSettings> m_settings;
+    BwaRestHeldCalls* m_calls; // owned as a QObject child
 };
 
 #endif

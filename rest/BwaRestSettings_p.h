@@ -5,13 +5,20 @@
 #define BWARESTSETTINGS_P_H
 
 #include "rest/BwaRestOrigins_p.h"
+#include "rest/BwaRestPool_p.h"
 
 #include <QByteArray>
 
-/** What a service has been told about all its replies. */
+#include <memory>
+
+class BwaRestHeldCalls;
+
+/** What the calls of a service share. */
 struct BwaRestSettings {
     QByteArray fileHeader = "X-Sendfile";
     BwaRestOrigins origins;
+    std::shared_ptr<BwaRestPool> pool = std::make_shared<BwaRestPool>(nullptr, 64);
+    BwaRestHeldCalls* calls = nullptr; // not owned
 };
 
 #endif

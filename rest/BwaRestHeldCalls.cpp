@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// Who answers a call later shares a state with others, in any thread. The exchange, with the
+// request, stays here: whatever happens to a state ends in a letter, which finds the exchange by
+// the number of the state, or finds that it has been answered.
+
+#include "rest/BwaRestExchange_p.h"
+#include "rest/BwaRestHeldCalls_p.h"
+#include "rest/BwaRestOutcome_p.h"
+#include "rest/BwaRestProblem.h"
+
+#include <QEvent>
+#include <QTimerEvent>
+
+#include <utility>
+
+BwaRestHeldCalls::BwaRestHeldCalls()
+    : m_mailbox(std::make_shared<BwaRestMailbox>(this))
+{
+}
+
+BwaRestHeldCalls::~BwaRestHeldCalls()
+{
+    readLetters();
+    m_mailbox->close();
+    endAll();
+}
+
+std::shared_ptr<BwaRestLaterState> BwaRestHeldCalls::stateFor(BwaRestExchange& exchange,
+                                                              int deadline)
+{
+    if (!exchange.later) {
+        exchange.later = std::make_shared<BwaRestLaterState>(m_mailbox, deadline);
+        m_calls[exchange.later->id()].state = exchange.later;
+    }
+    return exchange.later;
+}
+
+void BwaRestHeldCalls::conclude(std::unique_ptr<BwaRestExchange> exchange,
+                                const BwaRestReply& reply)
+{
+    const std::shared_ptr<BwaRestLaterState> state = std::move(exchange->later);
+    if (state && reply.m_later == state) {
+        hold(m_calls[state->id()], std::move(exchange), *state);
+        return;
+    }
+    exchange->write(reply.m_later ? BwaRestOutcome::failure("The reply is that of another call")
+                                  : reply);
+    exchange.reset();
+    if (state) {
+        m_calls.erase(state->id());
+        state->end();
+    }
+}
+
+void BwaRestHeldCalls::hold(Call& call, std::unique_ptr<BwaRestExchange> exchange,
+                            const BwaRestLaterState& state)
+{
+    call.exchange = std::move(exchange);
+    call.timer = startTimer(state.deadline());
+    m_timers.insert(call.timer, state.id());
+    if (call.early) {
+        answer(state.id(), *std::exchange(call.early, std::nullopt));
+    }
+}
+
+void BwaRestHeldCalls::answer(quint64 id, const BwaRestReply& reply)
+{
+    const auto call = m_calls.find(id);
+    if (call == m_calls.end()) {
+        return;
+    }
+    if (!call->second.exchange) {
+        call->second.early = reply;
+        return;
+    }
+    release(id)->write(reply.m_later ? BwaRestOutcome::failure("A later reply is later again")
+                                     : reply);
+}
+
+std::unique_ptr<BwaRestExchange> BwaRestHeldCalls::release(quint64 id)
+{
+    const auto call = m_calls.find(id);
+    killTimer(call->second.timer);
+    m_timers.remove(call->second.timer);
+    std::unique_ptr<BwaRestExchange> exchange = std::move(call->second.exchange);
+    m_calls.erase(call);
+    return exchange;
+}
+
+// A call that has been replied to, or whose last handle has gone, has its answer among the letters.
+void BwaRestHeldCalls::expire(quint64 id)
+{
+    const std::shared_ptr<BwaRestLaterState> state = m_calls.at(id).state.lock();
+    if (state && state->end()) {
+        answer(id, BwaRestProblem(503, QString::fromLatin1("The reply has taken too long")));
+    }
+}
+
+// Also those whose answer is in a letter that the mailbox has not taken any more.
+void BwaRestHeldCalls::endAll()
+{
+    readLetters();
+    const std::map<quint64, Call> calls = std::exchange(m_calls, {});
+    m_timers.clear();
+    for (const auto& entry : calls) {
+        const Call& call = entry.second;
+        if (const std::shared_ptr<BwaRestLaterState> state = call.state.lock()) {
+            state->end();
+        }
+        if (call.exchange) {
+            killTimer(call.timer);
+            call.exchange->write(BwaRestProblem(503, QString::fromLatin1("The service stops")));
+        }
+    }
+}
+
+void BwaRestHeldCalls::readLetters()
+{
+    for (const BwaRestMailbox::Letter& letter : m_mailbox->take()) {
+        letter(*this);
+    }
+}
+
+bool BwaRestHeldCalls::event(QEvent* event)
+{
+    if (event->type() == QEvent::User) {
+        readLetters();
+        return true;
+    }
+    if (event->type() == QEvent::Timer) {
+        expire(m_timers.value(static_cast<QTimerEvent*>(event)->timerId()));
+        return true;
+    }
+    return QObject::event(event);
+}

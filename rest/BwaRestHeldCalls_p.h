@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWARESTHELDCALLS_P_H
+#define BWARESTHELDCALLS_P_H
+
+#include "rest/BwaRestLaterState_p.h"
+#include "rest/BwaRestReply.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+class BwaRestExchange;
+
+/** The calls of a service that are answered after their handlers; lives in the listener's thread.
+ */
+class BwaRestHeldCalls : public QObject
+{
+public:
+    BwaRestHeldCalls();
+    /** Ends all calls. */
+    ~BwaRestHeldCalls() override;
+
+    /** What the handler of @a exchange shares with whoever answers; the same at each call. */
+    std::shared_ptr<BwaRestLaterState> stateFor(BwaRestExchange& exchange, int deadline);
+    /** The handler has returned @a reply: writes it, or keeps the exchange until there is one. */
+    void conclude(std::unique_ptr<BwaRestExchange> exchange, const BwaRestReply& reply);
+    /** Writes the reply of a call; does nothing when that has ended. */
+    void answer(quint64 id, const BwaRestReply& reply);
+    /** Ends all calls that are held with 503. */
+    void endAll();
+
+protected:
+    bool event(QEvent* event) override;
+
+private:
+    struct Call {
+        std::weak_ptr<BwaRestLaterState> state;
+        std::unique_ptr<BwaRestExchange> exchange; // null as long as its handler runs
+        std::optional<BwaRestReply> early;         // came while the handler ran
+        int timer = 0;
+    };
+
+    void hold(Call& call, std::unique_ptr<BwaRestExchange> exchange,
+              const BwaRestLaterState& state);
+    std::unique_ptr<BwaRestExchange> release(quint64 id);
+    void expire(quint64 id);
+    void readLetters();
+
+    std::shared_ptr<BwaRestMailbox> m_mailbox;
+    std::map<quint64, Call> m_calls; // by the id of the state
+    QHash<int, quint64> m_timers;    // from a deadline's timer to its call
+};
+
+#endif
