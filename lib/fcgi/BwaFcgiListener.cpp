@@ -5,54 +5,23 @@
 
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
-#include "fcgi/BwaFcgiFinish_p.h"
-#include "fcgi/BwaFcgiOpenRequests_p.h"
+#include "fcgi/BwaFcgiConnections_p.h"
+#include "fcgi/BwaFcgiExchange_p.h"
+#include "fcgi/BwaFcgiGuard_p.h"
+#include "fcgi/BwaFcgiLibrary_p.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "services/BwaAbstractFcgiService.h"
 
-#include <QMetaType>
+#include <QCoreApplication>
+#include <QEvent>
+#include <QMetaMethod>
 
-#include <csignal>
-#include <cstdlib>
 #include <exception>
+#include <utility>
 
 namespace {
 
 const unsigned long stopInterval = 20; // milliseconds between two attempts to stop the thread
-
-/** Keeps what the application has set for a signal. */
-class SignalDisposition
-{
-public:
-    explicit SignalDisposition(int signal)
-        : m_signal(signal)
-    {
-        ::sigaction(m_signal, nullptr, &m_action);
-    }
-    ~SignalDisposition() { ::sigaction(m_signal, &m_action, nullptr); }
-    Q_DISABLE_COPY(SignalDisposition)
-
-private:
-    int m_signal;
-    struct sigaction m_action = {};
-};
-
-// libfcgi takes SIGTERM and SIGUSR1 for itself, and a process would then outlive its SIGTERM.
-bool initializeLibfcgi()
-{
-    const SignalDisposition terminate(SIGTERM);
-    const SignalDisposition user(SIGUSR1);
-    // For the requests that libfcgi refuses by itself; nobody else is to see the variable.
-    const char* const variable = "LIBFCGI_OS_CLOSE_POLL_TIMEOUT";
-    const bool isSet = !qgetenv(variable).isNull();
-    ::setenv(variable, QByteArray::number(lingerTime()).constData(), 0);
-    FCGX_Init();
-    if (!isSet) {
-        ::unsetenv(variable);
-    }
-    qRegisterMetaType<FCGX_Request*>("FCGX_Request*");
-    return true;
-}
 
 } // namespace
 
@@ -60,10 +29,19 @@ BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& s
                                  QObject* parent)
     : QObject(parent)
     , m_services(services)
-    , m_openRequests(new BwaFcgiOpenRequests(mostOpenRequests()))
+    , m_connections(m_worker.m_connections)
 {
     m_thread.setObjectName(QString::fromLatin1("BwaFcgiListener's thread"));
-    m_worker.m_openRequests = m_openRequests;
+    m_connections->isForListener = true;
+    m_connections->listener = this;
+    m_connections->whenGone = [this] {
+        QMetaObject::invokeMethod(
+            this, [this] { tellGone(); }, Qt::QueuedConnection);
+    };
+    m_worker.m_whenDrained = [this] {
+        QMetaObject::invokeMethod(
+            this, [this] { endDrained(); }, Qt::QueuedConnection);
+    };
     m_worker.moveToThread(&m_thread);
     connect(this, SIGNAL(startListening(quint16)), &m_worker, SLOT(listen(quint16)));
     connect(this, SIGNAL(startListening(QString)), &m_worker, SLOT(listen(QString)));
@@ -75,13 +53,47 @@ BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& s
 BwaFcgiListener::~BwaFcgiListener()
 {
     m_thread.quit();
-    // Again and again: the thread may be about to open its socket, or to read from a silent peer.
+    // Again and again: the thread may be about to open its socket.
     do {
         m_worker.stopListening();
     } while (!m_thread.wait(stopInterval));
     // ThreadSanitizer does not see the wait. Here it sees that the thread has let go of the worker.
     Q_ASSERT(!m_worker.m_stopRequested);
-    dropUndeliveredRequests();
+    m_connections->listener = nullptr;
+    m_connections->whenGone = nullptr;
+    // The signals that would bring them go with this object.
+    while (FCGX_Request* const request = m_connections->takeNext()) {
+        BwaFcgiExchange::drop(request, m_connections.data());
+    }
+}
+
+void BwaFcgiListener::stopAccepting()
+{
+    m_worker.m_drainRequested = true;
+    m_connections->wake();
+    if (!m_thread.isRunning() || m_worker.m_hasEnded) {
+        m_worker.m_whenDrained();
+    }
+}
+
+QString BwaFcgiListener::errorString()
+{
+    return m_worker.errorString();
+}
+
+void BwaFcgiListener::setBacklog(int connections)
+{
+    m_worker.m_backlog = connections;
+}
+
+void BwaFcgiListener::setMostWaiting(int requests)
+{
+    m_connections->setMostWaiting(requests);
+}
+
+void BwaFcgiListener::setTransferTimeout(int milliseconds)
+{
+    m_connections->transferTimeout = milliseconds;
 }
 
 void BwaFcgiListener::listen(quint16 listeningPort)
@@ -100,37 +112,46 @@ void BwaFcgiListener::listen(const QString& unixSocket)
 
 bool BwaFcgiListener::startThread()
 {
-    static const bool initialized = initializeLibfcgi();
-    Q_UNUSED(initialized)
+    BwaFcgiLibrary::initialize();
     if (m_thread.isRunning()) {
-        return false;
+        if (!m_worker.m_hasEnded) {
+            return false;
+        }
+        m_thread.quit();
+        m_thread.wait();
+        // The quit() that the end has posted is not for the thread that starts now.
+        QCoreApplication::removePostedEvents(&m_thread, QEvent::MetaCall);
     }
+    m_worker.m_hasEnded = false;
+    m_worker.m_drainRequested = false;
     m_thread.start(QThread::InheritPriority);
     return true;
 }
 
 void BwaFcgiListener::newRequest(FCGX_Request* request)
 {
-    m_openRequests->take(request);
+    const BwaFcgiConnections::Input input = m_connections->take(request);
+    const bool isOurs = input != BwaFcgiConnections::Input::Unknown;
     BwaFcgiRequest* wrapper = nullptr;
     try {
         wrapper = new BwaFcgiRequest(request);
     } catch (const std::exception& exception) {
         BwaFcgiRequest::logException(exception);
-        finishAndDelete(request);
-        m_openRequests->finished();
+        BwaFcgiExchange::drop(request, isOurs ? m_connections.data() : nullptr);
         return;
     }
-    wrapper->m_openRequests = m_openRequests;
+    if (isOurs) {
+        wrapper->join(m_connections, input == BwaFcgiConnections::Input::Whole);
+    }
     wrapper->cgiRequest()->setRequestLimits(m_requestLimits);
-    const BwaFcgiRequest::Watch watch(wrapper);
-    try {
-        handOver(wrapper);
-    } catch (const std::exception& exception) {
-        BwaFcgiRequest::logException(exception);
-        if (watch.requestLives()) {
+    const bool livesOn = BwaFcgiRequest::Guard::run(
+        wrapper, [&] { handOver(wrapper); },
+        [&](const std::exception& exception) {
+            BwaFcgiRequest::logException(exception);
             wrapper->abandon(); // not deleted: the service may still hold it
-        }
+        });
+    if (livesOn) {
+        wrapper->goOn();
     }
 }
 
@@ -151,10 +172,22 @@ void BwaFcgiListener::handOver(BwaFcgiRequest* request)
     delete request;
 }
 
-// The signals that would bring them go with this object.
-void BwaFcgiListener::dropUndeliveredRequests()
+void BwaFcgiListener::tellGone()
 {
-    while (FCGX_Request* const request = m_openRequests->takeNext()) {
-        closeAndDelete(request);
+    while (BwaFcgiRequest* const request = m_connections->nextGone()) {
+        request->tellGone();
     }
+}
+
+void BwaFcgiListener::endDrained()
+{
+    m_thread.quit();
+    m_thread.wait();
+    Q_EMIT drained();
+}
+
+bool BwaFcgiListener::reportsCompletion() const
+{
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&BwaFcgiListener::requestCompleted);
+    return isSignalConnected(signal);
 }

@@ -14,7 +14,7 @@
 #include <QThread>
 
 class BwaAbstractFcgiService;
-class BwaFcgiOpenRequests;
+class BwaFcgiConnections;
 class BwaFcgiRequest;
 
 /**
@@ -22,12 +22,8 @@ class BwaFcgiRequest;
  * of the listener, to the service of its script name.
  *
  * The listener's thread must run an event loop. Requests are served one after another, in the order
- * in which they were accepted.
- *
- * At most half as many requests as the process may open descriptors, and never more than 1024, are
- * accepted and not finished at a time; those that the application keeps to answer them later count
- * until they are deleted. Further ones wait in the backlog of the socket. So a service must not
- * hold so many requests until another one comes.
+ * in which their headers were complete. A web server that is slow, silent or half done makes no
+ * other one wait; connections are kept open when the web server asks for it.
  */
 class BWA_EXPORT BwaFcgiListener : public QObject
 {
@@ -42,10 +38,33 @@ public:
                              QObject* parent = nullptr);
     /**
      * Ends listening, waits for the accepting thread, and drops the requests that have been
-     * accepted and not yet handed out. With the last listener that accepts, libfcgi is shut down
-     * for the whole process: no listener can accept any more.
+     * accepted and not yet handed out. With the last listener of the process libfcgi is shut down:
+     * no listener that is made later can accept.
      */
     ~BwaFcgiListener() override;
+
+    /**
+     * Accepts who has connected already, closes the listening socket without shutting it down, and
+     * goes on answering; drained() follows. For an orderly end: destroy the listener then. With a
+     * socket that was handed over nothing is lost, as the next process has it, too.
+     */
+    void stopAccepting();
+    /** Why listening could not start or has ended by itself; null when neither has happened. */
+    QString errorString();
+
+    /** How many connections may wait to be accepted, 50 unless set. For the next listen(). */
+    void setBacklog(int connections);
+    /**
+     * How many accepted requests may wait for their service, 1024 unless set and 1 at least.
+     * Further ones stay in their connections until a service has returned.
+     */
+    void setMostWaiting(int requests);
+    /**
+     * How long a service waits for a web server that sends nothing more of a body, or takes nothing
+     * of a reply: milliseconds, 10,000 unless set, 0 without end. Then the body is cut short, or
+     * the rest of the reply is lost, and the connection is closed.
+     */
+    void setTransferTimeout(int milliseconds);
 
     /**
      * What the bodies of the requests that are handed out from now on may hold; without, there are
@@ -61,10 +80,21 @@ Q_SIGNALS:
     /** For the accepting thread only. */
     void startListening(const QString& unixSocket);
     /**
-     * Listening could not start or has ended by itself. The thread is about to end; listen() may be
-     * called again once it has, for example from a timer.
+     * Listening could not start or has ended by itself; errorString() says why. listen() may be
+     * called again at once.
      */
     void listeningError();
+    /** After stopAccepting(): no request is open any more, and none will come. */
+    void drained();
+    /**
+     * A request has been answered; emitted when it is deleted. A slot must not throw.
+     *
+     * @param path the script name and the path info
+     * @param status the code of the reply's header block
+     * @param bytes of the reply: header block and body
+     * @param milliseconds from the moment the request was handed to its service
+     */
+    void requestCompleted(const QString& path, int status, qint64 bytes, qint64 milliseconds);
 
 public Q_SLOTS:
     /**
@@ -72,10 +102,9 @@ public Q_SLOTS:
      * Settled: with a port other than 0, on a Unix socket named ":%d" in the working directory. For
      * TCP, call listen() with "address:port".
      *
-     * Ignored while listening already. SIGTERM and SIGUSR1 keep their dispositions. The first call
-     * sets a variable of the environment for a moment: other threads must not read one meanwhile.
-     *
-     * Stopping shuts the socket down, also for the next process that would be handed it.
+     * Ignored while listening already. SIGTERM and SIGUSR1 keep their dispositions. The socket
+     * becomes non-blocking, also for other processes that have it; destroying the listener shuts it
+     * down for all of them, stopAccepting() does not.
      */
     void listen(quint16 listeningPort = 0);
     /**
@@ -88,14 +117,18 @@ private Q_SLOTS:
     void newRequest(FCGX_Request* request);
 
 private:
+    friend class BwaFcgiRequest;
+
     bool startThread();
     void handOver(BwaFcgiRequest* request);
-    void dropUndeliveredRequests();
+    void tellGone();
+    void endDrained();
+    bool reportsCompletion() const;
 
     QMap<QString, BwaAbstractFcgiService*> m_services; // not owned
     BwaFcgiListenerThread m_worker;                    // lives in m_thread
     QThread m_thread;
-    QSharedPointer<BwaFcgiOpenRequests> m_openRequests;
+    QSharedPointer<BwaFcgiConnections> m_connections; // shared with the worker and the requests
     BwaRequestLimits m_requestLimits;
 };
 

@@ -3,70 +3,20 @@
 
 #include "fcgi/BwaFcgiListenerThread.h"
 
-#include "fcgi/BwaFcgiFinish_p.h"
-#include "fcgi/BwaFcgiOpenRequests_p.h"
+#include "fcgi/BwaFcgiAcceptLoop_p.h"
+#include "fcgi/BwaFcgiConnections_p.h"
+#include "fcgi/BwaFcgiLibrary_p.h"
 #include "fcgi/BwaFcgiSocket_p.h"
 
-#include <QString>
-#include <QThread>
-
-#include <cerrno>
-#include <exception>
-
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 
-const int backlog = 50; // connections that wait to be accepted
+const int defaultBacklog = 50; // connections that wait to be accepted
 
-const unsigned long moment = 20; // milliseconds until a lack may have passed
-
-// libfcgi shuts down for the whole process and for good, and a thread that is in accept at that
-// moment may never leave it. So the last accepting thread does it on its way out.
-std::mutex shutDownMutex;
-int acceptingThreads = 0;
-bool shutDownWanted = false;
-
-void enterAccepting()
-{
-    const std::lock_guard<std::mutex> lock(shutDownMutex);
-    ++acceptingThreads;
-}
-
-void leaveAccepting(bool shutDown)
-{
-    const std::lock_guard<std::mutex> lock(shutDownMutex);
-    --acceptingThreads;
-    shutDownWanted = shutDownWanted || shutDown;
-    if (acceptingThreads == 0 && shutDownWanted) {
-        FCGX_ShutdownPending();
-    }
-}
-
-// A Unix socket that is shut down still hands out who has connected before, and libfcgi waits two
-// seconds for the first byte of each. Accepting never blocks on such a socket.
-void refuseWaitingConnections(int descriptor)
-{
-    int connection = ::accept(descriptor, nullptr, nullptr);
-    while (connection >= 0) {
-        ::close(connection);
-        connection = ::accept(descriptor, nullptr, nullptr);
-    }
-}
-
-// libfcgi writes the number meanwhile, in one piece.
-int connectionOf(const FCGX_Request* request)
-{
-    return request ? __atomic_load_n(&request->ipcFd, __ATOMIC_RELAXED) : -1;
-}
-
-// Whether accepting has failed for a lack that passes, usually of descriptors.
-bool isPassing(int acceptResult)
-{
-    return acceptResult == -EMFILE || acceptResult == -ENFILE || acceptResult == -ENOBUFS ||
-        acceptResult == -ENOMEM;
-}
+std::atomic<int> objects{0}; // of BwaFcgiListenerThread, in this process
 
 } // namespace
 
@@ -74,28 +24,34 @@ BwaFcgiListenerThread::BwaFcgiListenerThread(QObject* parent)
     : QObject(parent)
     , m_stopRequested(false)
     , m_descriptor(-1)
-    , m_awaited(nullptr)
+    , m_drainRequested(false)
+    , m_hasEnded(false)
+    , m_backlog(defaultBacklog)
+    , m_isRunning(false)
+    , m_connections(new BwaFcgiConnections)
 {
+    ++objects;
 }
 
-BwaFcgiListenerThread::~BwaFcgiListenerThread() = default;
+BwaFcgiListenerThread::~BwaFcgiListenerThread()
+{
+    --objects;
+}
 
 void BwaFcgiListenerThread::stopListening()
 {
-    const std::lock_guard<std::mutex> lock(m_endMutex);
-    if (m_descriptor < 0) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_isRunning) {
         return;
     }
     m_stopRequested = true;
-    if (m_openRequests) {
-        m_openRequests->wake();
+    if (m_descriptor >= 0) {
+        ::shutdown(m_descriptor, SHUT_RD);
+        if (objects == 1) {
+            BwaFcgiLibrary::shutDown();
+        }
     }
-    ::shutdown(m_descriptor, SHUT_RD); // ends a blocked accept
-    refuseWaitingConnections(m_descriptor);
-    const int connection = connectionOf(m_awaited);
-    if (connection >= 0) {
-        ::shutdown(connection, SHUT_RDWR); // ends a blocked read of a request
-    }
+    m_connections->wake();
 }
 
 void BwaFcgiListenerThread::listen(quint16 listeningPort)
@@ -118,98 +74,76 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
     if (m_descriptor >= 0) {
         return;
     }
-    if (address.isNull()) {
-        m_descriptor = isListeningSocket(STDIN_FILENO) ? STDIN_FILENO : -1;
-    } else {
-        m_descriptor = openFcgiSocket(address.toLatin1(), backlog);
+    if (openSocket(address)) {
+        setErrorString(acceptRequests());
+        closeSocket();
     }
-    if (m_descriptor >= 0) {
-        enterAccepting();
-        acceptRequests(m_descriptor);
-        endListening();
-        leaveAccepting(m_stopRequested);
-    }
-    if (!m_stopRequested) {
+    const bool hasFailed = !errorString().isNull();
+    m_hasEnded = true;
+    if (!m_stopRequested && hasFailed) {
         Q_EMIT listeningError();
+    } else if (!m_stopRequested && m_whenDrained) {
+        m_whenDrained();
     }
     m_stopRequested = false; // the last that the thread does with this object
 }
 
-void BwaFcgiListenerThread::acceptRequests(int descriptor)
+bool BwaFcgiListenerThread::openSocket(const QString& address)
 {
-    bool goesOn = true;
-    while (goesOn && !m_stopRequested) {
-        if (m_openRequests) {
-            m_openRequests->waitForRoom(m_stopRequested);
-        }
-        try {
-            goesOn = acceptRequest(descriptor);
-        } catch (const std::exception&) {
-            QThread::msleep(moment); // memory is short
-        }
+    QString reason;
+    int descriptor = -1;
+    if (BwaFcgiLibrary::isShutDown()) {
+        reason =
+            QLatin1String("cannot listen: the last listener of this process has been destroyed");
+    } else if (!address.isNull()) {
+        descriptor = openFcgiSocket(address.toLatin1(), m_backlog, &reason);
+    } else if (isListeningSocket(STDIN_FILENO)) {
+        descriptor = STDIN_FILENO;
+    } else {
+        reason = QLatin1String("cannot listen: descriptor 0 is no listening socket");
     }
-}
-
-// Waits for the next request; false when none can come any more.
-bool BwaFcgiListenerThread::acceptRequest(int descriptor)
-{
-    freeFinishedRequest();
-    FCGX_Request* const request = new FCGX_Request;
-    FCGX_InitRequest(request, descriptor, 0);
-    setAwaited(request);
-    const bool isAccepted = accept(request);
-    setAwaited(nullptr); // before anything closes its connection
-    if (!isAccepted) {
-        FCGX_Free(request, 1);
-        delete request;
+    setErrorString(reason);
+    if (descriptor < 0) {
         return false;
     }
-    if (FCGX_GetError(request->in) != 0) {
-        closeAndDelete(request); // cut short: what it asks for may not be what was meant
-    } else {
-        handOver(request);
-    }
+    // One that was handed over may be shared, and then another process may be the faster one.
+    ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_descriptor = descriptor;
+    m_isRunning = true;
     return true;
 }
 
-bool BwaFcgiListenerThread::accept(FCGX_Request* request)
+// Why no more can be accepted; null when that was wanted.
+QString BwaFcgiListenerThread::acceptRequests()
 {
-    while (!m_stopRequested) {
-        const int result = FCGX_Accept_r(request);
-        if (!isPassing(result)) {
-            return result == 0;
-        }
-        QThread::msleep(moment);
-    }
-    return false;
+    BwaFcgiAcceptLoop loop(m_descriptor, m_connections.data(), {m_stopRequested, m_drainRequested},
+                           [this](FCGX_Request* request) { Q_EMIT newRequest(request); });
+    loop.whenDraining = [this] {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        ::close(m_descriptor.exchange(-1));
+    };
+    loop.run();
+    return loop.failure();
 }
 
-void BwaFcgiListenerThread::handOver(FCGX_Request* request)
+void BwaFcgiListenerThread::closeSocket()
 {
-    try {
-        if (m_openRequests) {
-            m_openRequests->add(request);
-        }
-        Q_EMIT newRequest(request);
-    } catch (const std::exception&) {
-        if (m_openRequests) {
-            m_openRequests->take(request);
-            m_openRequests->finished();
-        }
-        closeAndDelete(request);
-        throw;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isRunning = false;
+    if (m_descriptor >= 0) {
+        ::close(m_descriptor.exchange(-1));
     }
 }
 
-void BwaFcgiListenerThread::setAwaited(FCGX_Request* request)
+QString BwaFcgiListenerThread::errorString()
 {
-    const std::lock_guard<std::mutex> lock(m_endMutex);
-    m_awaited = request;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_errorString;
 }
 
-void BwaFcgiListenerThread::endListening()
+void BwaFcgiListenerThread::setErrorString(const QString& text)
 {
-    const std::lock_guard<std::mutex> lock(m_endMutex);
-    freeFinishedRequest();
-    ::close(m_descriptor.exchange(-1));
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_errorString = text;
 }

@@ -8,13 +8,15 @@
 
 #include <QObject>
 #include <QSharedPointer>
+#include <QString>
 
 #include <fcgiapp.h>
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 
-class BwaFcgiOpenRequests;
+class BwaFcgiConnections;
 
 /**
  * Accepts FastCGI requests; the worker of a BwaFcgiListener, whose thread it lives in.
@@ -31,16 +33,17 @@ public:
     ~BwaFcgiListenerThread() override;
 
     /**
-     * Makes a running listen() return without listeningError(); does nothing when none runs. To be
-     * called from the thread that receives newRequest(). A request that is half received may hold
-     * listen() up: call again until the thread has ended.
+     * Shuts the listening socket down and makes a running listen() return without listeningError();
+     * does nothing when none runs. For the thread that receives newRequest(). Unless there are
+     * other objects of this class, libfcgi is shut down, too: for the whole process and for good.
      */
     void stopListening();
 
 Q_SIGNALS:
     /**
      * A request has been accepted; made by plain new, the receiver owns it. When a directly
-     * connected slot throws a std::exception, the request is dropped: it must not be gone then.
+     * connected slot throws a std::exception, the request is dropped: the slot must not have
+     * deleted it.
      */
     void newRequest(FCGX_Request* request);
     /** Listening could not start or has ended by itself. */
@@ -56,19 +59,22 @@ private:
     friend class BwaFcgiListener;
 
     void internalListen(const QString& address);
-    void acceptRequests(int descriptor);
-    bool acceptRequest(int descriptor);
-    bool accept(FCGX_Request* request);
-    void handOver(FCGX_Request* request);
-    void setAwaited(FCGX_Request* request);
-    void endListening();
+    bool openSocket(const QString& address);
+    QString acceptRequests();
+    void closeSocket();
+    QString errorString();
+    void setErrorString(const QString& text);
 
     std::atomic<bool> m_stopRequested;
-    std::atomic<int> m_descriptor; // -1: not listening
-    // Neither the descriptor nor the awaited request goes while stopListening() looks at them.
-    std::mutex m_endMutex;
-    FCGX_Request* m_awaited; // not owned; null unless one is waited for; under m_endMutex
-    QSharedPointer<BwaFcgiOpenRequests> m_openRequests; // the listener's, or null
+    std::atomic<int> m_descriptor;      // -1: not listening
+    std::atomic<bool> m_drainRequested; // of a listen() that runs
+    std::atomic<bool> m_hasEnded;       // a listen() has, and it may be called again
+    std::atomic<int> m_backlog;         // connections
+    std::mutex m_mutex;                 // the descriptor is not closed while it is held
+    bool m_isRunning;                   // a listen() that has opened its socket; under m_mutex
+    QString m_errorString;              // null: no error; under m_mutex
+    QSharedPointer<BwaFcgiConnections> m_connections; // shared with the listener
+    std::function<void()> m_whenDrained; // called when a listen() has ended that was to drain
 };
 
 #endif

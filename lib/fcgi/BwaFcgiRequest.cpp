@@ -3,12 +3,12 @@
 
 #include "fcgi/BwaFcgiRequest.h"
 
-#include "BwaRecentTexts_p.h"
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/BwaGrowingRead_p.h"
-#include "fcgi/BwaFcgiFinish_p.h"
-#include "fcgi/BwaFcgiOpenRequests_p.h"
+#include "fcgi/BwaFcgiExchange_p.h"
+#include "fcgi/BwaFcgiGuard_p.h"
+#include "fcgi/BwaFcgiListener.h"
+#include "fcgi/BwaFcgiReplyBuffer_p.h"
 #include "html/BwaHtmlClosingPairedTag.h"
 #include "html/BwaHtmlDoctype.h"
 #include "html/BwaHtmlElement.h"
@@ -16,9 +16,8 @@
 #include "http/BwaHttpReplyHeader.h"
 #include "http/BwaHttpStatusHeader.h"
 
-#include <algorithm>
-#include <cstring>
-#include <limits>
+#include <chrono>
+#include <utility>
 
 namespace {
 
@@ -69,68 +68,34 @@ const ErrorReply errorReplies[] = {
     {BwaFcgiRequest::NetworkAuthenticationRequired, "Network Authentication Required"},
 };
 
-// The names of CGI differ in their size, their middle and their end.
-template <typename Character>
-unsigned int hashOf(const Character* name, BwaSize size)
+qint64 now()
 {
-    const auto middle = static_cast<unsigned char>(size > 0 ? name[size / 2] : 0);
-    const auto last = static_cast<unsigned char>(size > 0 ? name[size - 1] : 0);
-    return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
-}
-
-template <std::size_t Size>
-bool startsWith(BwaLatin1 name, const char (&prefix)[Size])
-{
-    const std::size_t length = Size - 1;
-    return static_cast<std::size_t>(name.size()) >= length &&
-        std::memcmp(name.data(), prefix, length) == 0;
-}
-
-// What a client chooses may be secret. It is not kept, and not compared with what others sent.
-bool isTextOfClient(BwaLatin1 name)
-{
-    return startsWith(name, "HTTP_") || startsWith(name, "QUERY_") || startsWith(name, "PATH_");
-}
-
-// The values of the web server: most are the same in each request.
-QString textOf(BwaLatin1 value)
-{
-    thread_local BwaRecentTexts values;
-    return values.textOf(value);
-}
-
-const unsigned int smallRead = 4096; // bytes
-
-// What small reads go into, and share with whoever they are for; the next one may have it when it
-// has been let go. For each new array above 1 KiB malloc would join all small pieces that are free,
-// and have to split them again for the strings of the request.
-QByteArray& keptBuffer()
-{
-    thread_local QByteArray buffer = [] {
-        QByteArray bytes;
-        bytes.reserve(smallRead);
-        return bytes;
-    }();
-    return buffer;
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
 }
 
 } // namespace
 
 BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
     : m_request(request)
+    , m_exchange(new BwaFcgiExchange(request))
     , m_input(new BwaFcgiInput(request))
     , m_cgiRequest(new BwaCgiRequest(m_input.get()))
-    , m_outBuffer(request->out)
-    , m_out(&m_outBuffer)
-    , m_watch(nullptr)
+    , m_outBuffer(new BwaFcgiReplyBuffer(request->out, m_exchange.get()))
+    , m_out(m_outBuffer.get())
+    , m_guard(nullptr)
+    , m_began(now())
 {
 }
 
 BwaFcgiRequest::~BwaFcgiRequest()
 {
-    finish();
-    for (Watch* watch = m_watch; watch; watch = watch->m_outer) {
-        watch->m_request = nullptr;
+    const QString path = reportedPath();
+    m_cgiRequest.reset();
+    m_input.reset();
+    finish(path);
+    for (Guard* guard = m_guard; guard; guard = guard->m_outer) {
+        guard->m_request = nullptr;
     }
 }
 
@@ -140,20 +105,7 @@ BwaFcgiRequest::ErrorStream::ErrorStream(FCGX_Stream* errors)
 {
 }
 
-BwaFcgiRequest::Watch::Watch(BwaFcgiRequest* request)
-    : m_request(request)
-    , m_outer(request->m_watch)
-{
-    request->m_watch = this;
-}
-
-BwaFcgiRequest::Watch::~Watch()
-{
-    if (m_request) {
-        m_request->m_watch = m_outer;
-    }
-}
-
+// For an exception that no request's log can take any more.
 void BwaFcgiRequest::logException(const std::exception& exception)
 {
     try {
@@ -165,19 +117,104 @@ void BwaFcgiRequest::logException(const std::exception& exception)
     }
 }
 
-// Completes the exchange and frees all that belongs to it.
-void BwaFcgiRequest::finish()
+// The request comes from a listener's connection.
+void BwaFcgiRequest::join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole)
+{
+    m_exchange->join(connections, inputIsWhole);
+    m_input->m_exchange = m_exchange.get();
+}
+
+// The request has outlived its hook. Its client is not to wait for what has been written already.
+void BwaFcgiRequest::goOn()
+{
+    m_outBuffer->sendAll();
+    m_exchange->watch(this);
+}
+
+void BwaFcgiRequest::tellGone()
+{
+    const std::function<void()> function = std::exchange(m_whenGone, nullptr);
+    if (function) {
+        function();
+    }
+}
+
+// The path for the listener's signal; null when nobody receives it or memory is short.
+QString BwaFcgiRequest::reportedPath() const
+{
+    const BwaFcgiListener* const listener = m_exchange->listener();
+    try {
+        if (m_request && listener && m_outBuffer->size() == 0) {
+            qDebug("A FastCGI request was deleted without a reply: %s",
+                   fullPath().toUtf8().constData());
+        }
+        return listener && listener->reportsCompletion() ? fullPath() : QString();
+    } catch (const std::exception&) {
+        return QString();
+    }
+}
+
+void BwaFcgiRequest::finish(const QString& path)
 {
     if (!m_request) {
         return;
     }
-    m_cgiRequest.reset();
-    m_input.reset();
-    finishAndDelete(m_request);
+    BwaFcgiListener* const listener = m_exchange->listener();
+    m_exchange->complete();
     m_request = nullptr;
-    if (m_openRequests) {
-        m_openRequests->finished();
+    if (listener && listener->reportsCompletion()) {
+        Q_EMIT listener->requestCompleted(path, m_outBuffer->status(), m_outBuffer->size(),
+                                          now() - m_began);
     }
+}
+
+// Finishes while somebody may still hold the request: the streams take nothing and the body gives
+// nothing any more.
+void BwaFcgiRequest::abandon()
+{
+    std::ostream* const streams[] = {&out(), &err()};
+    m_input->m_request = nullptr;
+    finish(reportedPath());
+    for (std::ostream* stream : streams) {
+        stream->exceptions(std::ios::goodbit);
+        stream->rdbuf(nullptr);
+    }
+}
+
+QByteArray BwaFcgiRequest::readAvailable(unsigned int most)
+{
+    return m_request ? m_exchange->readAvailable(most) : QByteArray();
+}
+
+bool BwaFcgiRequest::bodyIsOver() const
+{
+    return !m_request || m_exchange->bodyIsOver();
+}
+
+void BwaFcgiRequest::onGone(const std::function<void()>& function)
+{
+    m_whenGone = function;
+    if (m_request) {
+        m_exchange->watch(this);
+    }
+}
+
+bool BwaFcgiRequest::isGone() const
+{
+    return !m_request || m_exchange->isGone();
+}
+
+bool BwaFcgiRequest::canWrite() const
+{
+    return m_request && m_exchange->canWrite();
+}
+
+FCGX_Request* BwaFcgiRequest::fcgxRequest()
+{
+    if (m_request) {
+        m_exchange->waitForPeer();
+    }
+    return m_request;
 }
 
 std::ostream& BwaFcgiRequest::err()
@@ -186,17 +223,6 @@ std::ostream& BwaFcgiRequest::err()
         m_err.emplace(m_request->err);
     }
     return m_err->stream;
-}
-
-// Finishes while somebody may still hold the request: the streams take nothing any more.
-void BwaFcgiRequest::abandon()
-{
-    std::ostream* const streams[] = {&out(), &err()};
-    finish();
-    for (std::ostream* stream : streams) {
-        stream->exceptions(std::ios::goodbit);
-        stream->rdbuf(nullptr);
-    }
 }
 
 QPair<unsigned short, QString> BwaFcgiRequest::standardHttpErrorParameters(StandardHttpError error)
@@ -219,7 +245,7 @@ void BwaFcgiRequest::sendHttpError(StandardHttpError error)
 void BwaFcgiRequest::sendHttpError(unsigned short statusCode, const QString& reasonPhrase)
 {
     try {
-        const ReplyBuffer::FlushHolder holder(m_outBuffer);
+        const BwaFcgiReplyBuffer::FlushHolder holder(m_outBuffer.get());
         writeErrorPage(statusCode, reasonPhrase);
     } catch (const std::exception& exception) {
         const BwaCgiEnvironment& environment = m_cgiRequest->environment();
@@ -271,132 +297,4 @@ QString BwaFcgiRequest::fullPath() const
 {
     const BwaCgiEnvironment& environment = m_cgiRequest->environment();
     return environment.scriptName() + environment.pathInfo();
-}
-
-BwaFcgiRequest::ReplyBuffer::ReplyBuffer(FCGX_Stream* stream)
-    : fcgi_streambuf(stream)
-    , m_progress(Progress::InHeader)
-    , m_isLineEmpty(true)
-    , m_isHolding(false)
-{
-}
-
-BwaFcgiRequest::ReplyBuffer::~ReplyBuffer() = default;
-
-// A single character, such as that of std::endl, which flushes next.
-int BwaFcgiRequest::ReplyBuffer::overflow(int character)
-{
-    if (character == traits_type::eof()) {
-        return fcgi_streambuf::overflow(character);
-    }
-    const char text = traits_type::to_char_type(character);
-    const Progress before = m_progress;
-    follow(&text, 1);
-    if (before == Progress::InHeader && m_progress == Progress::InBody) {
-        m_progress = Progress::AtEndOfHeader;
-    }
-    return fcgi_streambuf::overflow(character);
-}
-
-int BwaFcgiRequest::ReplyBuffer::sync()
-{
-    if (m_isHolding || m_progress == Progress::InHeader) {
-        return 0;
-    }
-    if (m_progress == Progress::AtEndOfHeader) {
-        m_progress = Progress::InBody;
-        return 0;
-    }
-    return fcgi_streambuf::sync();
-}
-
-std::streamsize BwaFcgiRequest::ReplyBuffer::xsputn(const char* text, std::streamsize size)
-{
-    follow(text, size);
-    const std::streamsize most = std::numeric_limits<int>::max(); // libfcgi counts with int
-    std::streamsize written = 0;
-    std::streamsize last = 1;
-    while (written < size && last > 0) {
-        last = fcgi_streambuf::xsputn(text + written, std::min(size - written, most));
-        written += std::max<std::streamsize>(last, 0);
-    }
-    return written;
-}
-
-// The body begins behind the first empty line; a carriage return does not make a line less empty.
-void BwaFcgiRequest::ReplyBuffer::follow(const char* text, std::streamsize size)
-{
-    if (m_progress == Progress::AtEndOfHeader && size > 0) {
-        m_progress = Progress::InBody;
-    }
-    for (const char* const end = text + size; m_progress == Progress::InHeader && text < end;
-         ++text) {
-        if (*text == '\n') {
-            m_progress = m_isLineEmpty ? Progress::InBody : Progress::InHeader;
-            m_isLineEmpty = true;
-        } else if (*text != '\r') {
-            m_isLineEmpty = false;
-        }
-    }
-}
-
-// Few of the variables are ever asked for: the bytes are copied in one go, and turned into text
-// when they are.
-BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
-    : m_request(request)
-    , m_buckets()
-{
-    std::size_t textSize = 0;
-    int count = 0;
-    for (char** entry = request->envp; *entry; ++entry) {
-        textSize += std::strlen(*entry) + 1;
-        ++count;
-    }
-    m_text = QByteArray(static_cast<BwaSize>(textSize), Qt::Uninitialized);
-    m_variables.reserve(count);
-    std::fill_n(m_buckets, bucketCount, -1);
-    char* name = m_text.data();
-    for (char** entry = request->envp; *entry; ++entry) {
-        char* const end = ::stpcpy(name, *entry);
-        const void* const equals = std::memchr(name, '=', static_cast<std::size_t>(end - name));
-        if (equals) {
-            const int nameSize = static_cast<int>(static_cast<const char*>(equals) - name);
-            const int valueSize = static_cast<int>(end - name) - nameSize - 1;
-            int& bucket = m_buckets[hashOf(name, nameSize) % bucketCount];
-            m_variables.append(
-                {static_cast<int>(name - m_text.constData()), nameSize, valueSize, bucket});
-            bucket = static_cast<int>(m_variables.size()) - 1;
-        }
-        name = end + 1;
-    }
-}
-
-BwaFcgiRequest::BwaFcgiInput::~BwaFcgiInput() = default;
-
-QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
-{
-    QByteArray& kept = keptBuffer();
-    if (size <= smallRead && kept.isDetached()) {
-        kept.resize(static_cast<int>(size));
-        kept.resize(FCGX_GetStr(kept.data(), static_cast<int>(size), m_request->in));
-        return kept;
-    }
-    return growingRead(size, [this](char* buffer, int length) {
-        return FCGX_GetStr(buffer, length, m_request->in);
-    });
-}
-
-QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
-{
-    int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
-    while (index >= 0) { // from the last to the first: the last counts
-        const Variable& variable = m_variables.at(index);
-        const BwaLatin1 variableName(m_text.constData() + variable.position, variable.nameSize);
-        if (name == variableName) {
-            const BwaLatin1 value(variableName.data() + variable.nameSize + 1, variable.valueSize);
-            return isTextOfClient(variableName) ? QString(value) : textOf(value);
-        }
-        index = variable.next;
-    }
-    return QString();
 }

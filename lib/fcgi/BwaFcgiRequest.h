@@ -17,12 +17,15 @@
 #include <fcgio.h>
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
 
 class BwaCgiRequest;
-class BwaFcgiOpenRequests;
+class BwaFcgiConnections;
+class BwaFcgiExchange;
+class BwaFcgiReplyBuffer;
 
 /**
  * One FastCGI request: what was asked, the stream of the reply, and the stream of error messages
@@ -107,14 +110,46 @@ public:
     void sendStaticFile(const QString& filePath, const QString& contentType,
                         const QList<BwaHttpCookie>& cookies);
 
-    /** The script name and, right behind it, the path info; not to be called once finished. */
+    /** The script name and, right behind it, the path info. */
     QString fullPath() const;
 
-    /** The request of libfcgi; owned by this, null once finished. */
-    FCGX_Request* fcgxRequest() { return m_request; }
-    /** Where variables and body come from; owned by this, null once finished. */
+    /**
+     * What of the body has come and has not been read, @a most bytes of it at most: for bodies that
+     * are taken piece by piece while other requests are served. Empty when nothing has come yet and
+     * when bodyIsOver(). Unlike BwaCgiRequest::readFromBody() it does not wait, and counts against
+     * no limit. Not to be mixed with processBodyContent().
+     */
+    QByteArray readAvailable(unsigned int most);
+    /** Whether readAvailable() will return nothing more: the body has ended or has been cut off. */
+    bool bodyIsOver() const;
+
+    /**
+     * Calls @a function once, in the thread of the request, when the web server has closed the
+     * connection or aborted the request: nobody waits for the reply any more. It may delete the
+     * request. For a request that is answered after its hook has returned; of any other nobody
+     * looks. A function set before is replaced.
+     *
+     * nginx, Apache and HAProxy close the connection when their client goes away; lighttpd does
+     * not. What @a function throws ends the process.
+     */
+    void onGone(const std::function<void()>& function);
+    /** Whether that has happened. */
+    bool isGone() const;
+    /**
+     * Whether the web server takes more of the reply at once. It does not while its client is slow
+     * and its own buffers are full: a stream then leaves something out instead of waiting, as every
+     * other request would wait, too. Room for 16 KiB may be counted on.
+     */
+    bool canWrite() const;
+
+    /**
+     * The request of libfcgi; owned by this, null once finished. From the call on, its streams wait
+     * for the web server.
+     */
+    FCGX_Request* fcgxRequest();
+    /** Where variables and body come from; owned by this. */
     BwaFcgiInput* input() { return m_input.get(); }
-    /** What was asked; owned by this, null once finished, as after a root service has thrown. */
+    /** What was asked; owned by this. */
     BwaCgiRequest* cgiRequest() { return m_cgiRequest.get(); }
     /** The reply: a header block, then the body. */
     std::ostream& out() { return m_out; }
@@ -126,71 +161,7 @@ private:
     friend class BwaFcgiListener;
     friend class BwaStandardFcgiRequestProcessor;
 
-    /**
-     * Spares the web server flushes that it cannot use.
-     *
-     * Nothing of a header block is of use before its empty line. So the flushes within a header
-     * block, the one that comes with its last line end, and those of a page that is written in one
-     * go, wait for what follows: the next flush, a full buffer or the end of the reply.
-     */
-    class ReplyBuffer : public fcgi_streambuf
-    {
-    public:
-        /** Lets no flush out as long as it lives. */
-        class FlushHolder
-        {
-            Q_DISABLE_COPY(FlushHolder)
-
-        public:
-            explicit FlushHolder(ReplyBuffer& buffer)
-                : m_buffer(buffer)
-            {
-                m_buffer.m_isHolding = true;
-            }
-            ~FlushHolder() { m_buffer.m_isHolding = false; }
-
-        private:
-            ReplyBuffer& m_buffer;
-        };
-
-        explicit ReplyBuffer(FCGX_Stream* stream);
-        ~ReplyBuffer() override;
-
-    protected:
-        int overflow(int character) override;
-        int sync() override;
-        std::streamsize xsputn(const char* text, std::streamsize size) override;
-
-    private:
-        enum class Progress { InHeader, AtEndOfHeader, InBody };
-
-        void follow(const char* text, std::streamsize size);
-
-        Progress m_progress;
-        bool m_isLineEmpty; // the header line that is being written
-        bool m_isHolding;
-    };
-
-    /**
-     * Knows, as long as it lives, whether a request has been deleted. Each place that catches what
-     * the handling of a request throws has one; one within the life of the other.
-     */
-    class Watch
-    {
-        Q_DISABLE_COPY(Watch)
-
-    public:
-        explicit Watch(BwaFcgiRequest* request);
-        ~Watch();
-
-        bool requestLives() const { return m_request; }
-
-    private:
-        friend class BwaFcgiRequest;
-
-        BwaFcgiRequest* m_request; // not owned; null once deleted
-        Watch* m_outer;            // not owned; the next one on the same request, or null
-    };
+    class Guard;
 
     // Most requests log nothing, and making a stream takes longer than reading a cookie.
     struct ErrorStream {
@@ -200,22 +171,27 @@ private:
         std::ostream stream; // writes to buffer
     };
 
-    // For an exception that no request's log can take any more.
     static void logException(const std::exception& exception);
 
     void writeErrorPage(unsigned short statusCode, const QString& reasonPhrase);
-    void finish();
+    void join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole);
+    void goOn();
+    void tellGone();
+    QString reportedPath() const;
+    void finish(const QString& path);
     void abandon();
 
-    FCGX_Request* m_request; // owned; null once finished
+    FCGX_Request* m_request; // owned by m_exchange; null once finished
+    std::unique_ptr<BwaFcgiExchange> m_exchange;
     std::unique_ptr<BwaFcgiInput> m_input;
     std::unique_ptr<BwaCgiRequest> m_cgiRequest; // reads from m_input
     // Unbuffered, so that they touch nothing when they are destroyed after the finish.
-    ReplyBuffer m_outBuffer;
-    std::ostream m_out;                                 // writes to m_outBuffer
-    std::optional<ErrorStream> m_err;                   // made when it is first asked for
-    Watch* m_watch;                                     // not owned; the innermost, or null
-    QSharedPointer<BwaFcgiOpenRequests> m_openRequests; // counts this until the finish; or null
+    std::unique_ptr<BwaFcgiReplyBuffer> m_outBuffer;
+    std::ostream m_out;               // writes to m_outBuffer
+    std::optional<ErrorStream> m_err; // made when it is first asked for
+    std::function<void()> m_whenGone; // empty once called
+    Guard* m_guard;                   // not owned; the innermost, or null
+    qint64 m_began;                   // ms of the steady clock
 };
 
 /** The CGI variables and the body of a FastCGI request. */
@@ -231,17 +207,20 @@ public:
     QString getenv(const QString& name) override;
 
 private:
+    friend class BwaFcgiRequest;
+
     static constexpr int bucketCount = 64;
 
     // A variable within m_text.
     struct Variable {
         int position; // where its name begins
         int nameSize;
-        int valueSize; // the value stands one byte behind the name
+        int valueSize; // the value is one byte behind the name
         int next;      // index of the variable before it in the same bucket, or -1
     };
 
-    FCGX_Request* m_request;                   // not owned
+    FCGX_Request* m_request;                   // not owned; null once it has been finished
+    BwaFcgiExchange* m_exchange;               // not owned; null: libfcgi reads the body
     QByteArray m_text;                         // the names and values
     QVarLengthArray<Variable, 32> m_variables; // in the order in which they came
     int m_buckets[bucketCount];                // index of the last variable in each, or -1

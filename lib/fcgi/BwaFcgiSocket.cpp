@@ -4,10 +4,12 @@
 #include "BwaGlobal.h"
 #include "fcgi/BwaFcgiSocket_p.h"
 
-#include <QByteArray>
+#include <QList>
 
 #include <fcgiapp.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +18,7 @@
 #include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -34,7 +37,9 @@ bool canBind(int family, const sockaddr* address, socklen_t size)
     const int on = 1;
     const bool isBound = ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0 &&
         ::bind(descriptor, address, size) == 0;
+    const int error = errno;
     ::close(descriptor);
+    errno = error;
     return isBound;
 }
 
@@ -50,6 +55,7 @@ bool resolveHost(const QByteArray& host, in_addr* address)
     }
     const hostent* const entry = ::gethostbyname(host.constData());
     if (!entry || entry->h_addrtype != AF_INET || !entry->h_addr_list[0] || entry->h_addr_list[1]) {
+        errno = EADDRNOTAVAIL;
         return false;
     }
     std::memcpy(address, entry->h_addr_list[0], sizeof *address);
@@ -70,6 +76,7 @@ bool canBindPath(const QByteArray& path)
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     if (static_cast<std::size_t>(path.size()) > sizeof address.sun_path) {
+        errno = ENAMETOOLONG;
         return false;
     }
     std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
@@ -79,20 +86,44 @@ bool canBindPath(const QByteArray& path)
     return canBind(AF_UNIX, reinterpret_cast<const sockaddr*>(&address), size);
 }
 
+bool canOpen(const QByteArray& address)
+{
+    if (address.size() > longestAddress) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    const BwaSize colon = address.indexOf(':');
+    const int port =
+        colon < 0 ? 0 : std::atoi(address.constData() + colon + 1); // NOLINT(cert-err34-c)
+    const bool isPort = static_cast<short>(port) != 0;              // decided as libfcgi does
+    return isPort ? canBindPort(address.left(colon), port) : canBindPath(address);
+}
+
+bool mayConnect(const sockaddr_in& peer, const QByteArray& webServers)
+{
+    const QList<QByteArray> addresses = webServers.split(',');
+    return std::any_of(addresses.begin(), addresses.end(), [&](const QByteArray& address) {
+        return ::inet_addr(address.constData()) == peer.sin_addr.s_addr;
+    });
+}
+
 } // namespace
 
-int openFcgiSocket(const QByteArray& address, int backlog)
+int openFcgiSocket(const QByteArray& address, int backlog, QString* reason)
 {
     // The address ends at a NUL for libfcgi, so it does here.
     const QByteArray text(address.constData());
-    const BwaSize colon = text.indexOf(':');
-    const int port =
-        colon < 0 ? 0 : std::atoi(text.constData() + colon + 1); // NOLINT(cert-err34-c)
-    const bool isPort = static_cast<short>(port) != 0;           // decided as libfcgi does
-    const bool canOpen = text.size() <= longestAddress &&
-        (isPort ? canBindPort(text.left(colon), port) : canBindPath(text));
-    const int descriptor = canOpen ? FCGX_OpenSocket(text.constData(), backlog) : -1;
-    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // clients would wait for a program that is started
+    if (text.isEmpty()) {
+        qDebug("Listening on an empty address, where no web server can find the socket");
+    }
+    errno = 0;
+    const int descriptor = canOpen(text) ? FCGX_OpenSocket(text.constData(), backlog) : -1;
+    if (descriptor < 0) {
+        *reason = QString::fromLatin1("cannot listen on \"%1\": %2")
+                      .arg(QString::fromLatin1(text), QString::fromLocal8Bit(std::strerror(errno)));
+        return -1;
+    }
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // a program that is started must not hold it open
     return descriptor;
 }
 
@@ -102,4 +133,26 @@ bool isListeningSocket(int descriptor)
     socklen_t size = sizeof listening;
     return ::getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &listening, &size) == 0 &&
         listening != 0;
+}
+
+int acceptFrom(int listening, const QByteArray& webServers)
+{
+    sockaddr_storage peer = {};
+    socklen_t size = sizeof peer;
+    const int connection = ::accept4(listening, reinterpret_cast<sockaddr*>(&peer), &size,
+                                     SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (connection < 0) {
+        return -errno;
+    }
+    if (peer.ss_family != AF_INET) {
+        return connection;
+    }
+    if (!webServers.isEmpty() &&
+        !mayConnect(reinterpret_cast<const sockaddr_in&>(peer), webServers)) {
+        ::close(connection);
+        return -EAGAIN;
+    }
+    const int on = 1; // the end of a reply is not to wait for an acknowledgement of its beginning
+    ::setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    return connection;
 }

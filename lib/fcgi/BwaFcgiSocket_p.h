@@ -4,15 +4,29 @@
 #ifndef BWAFCGISOCKET_P_H
 #define BWAFCGISOCKET_P_H
 
-class QByteArray;
+#include <QByteArray>
+#include <QString>
 
 // Sockets that libfcgi listens on. Its own function ends the process when it cannot bind, so
 // everything that can go wrong is tried first.
 
-/** Opens @a address as FCGX_OpenSocket() does: "host:port", ":port" or a path. -1 on failure. */
-int openFcgiSocket(const QByteArray& address, int backlog);
+/**
+ * Opens @a address as FCGX_OpenSocket() does: "host:port", ":port" or a path.
+ *
+ * @return -1 on failure; then @a reason says why
+ */
+int openFcgiSocket(const QByteArray& address, int backlog, QString* reason);
 
-/** Tells whether @a descriptor is open and a listening socket. */
+/** Whether @a descriptor is open and a listening socket. */
 bool isListeningSocket(int descriptor);
+
+/**
+ * Accepts a connection from @a listening and makes it non-blocking.
+ *
+ * @param webServers the only IPv4 addresses that may connect, separated by commas without blanks;
+ *        all may when it is empty, and so may Unix sockets. As FCGI_WEB_SERVER_ADDRS of libfcgi.
+ * @return the error number, negative, on failure; -EAGAIN when nobody who may connect has
+ */
+int acceptFrom(int listening, const QByteArray& webServers);
 
 #endif

@@ -6,6 +6,7 @@
 #include "BwaQtVersion_p.h"
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiGuard_p.h"
 #include "fcgi/BwaFcgiRequest.h"
 
 #include <exception>
@@ -26,14 +27,7 @@ BwaDispatcherFcgiService::~BwaDispatcherFcgiService()
 
 void BwaDispatcherFcgiService::processRequest(BwaFcgiRequest* request)
 {
-    const BwaFcgiRequest::Watch watch(request);
-    try {
-        dispatch(request);
-    } catch (const std::exception& exception) {
-        if (!watch.requestLives()) {
-            BwaFcgiRequest::logException(exception);
-            return;
-        }
+    const auto answerException = [this, request](const std::exception& exception) {
         const BwaCgiEnvironment& environment = request->cgiRequest()->environment();
         request->err() << QString::fromLatin1("Error in dispatcher service \"%1\" for script "
                                               "\"%2\" while handling request with path info "
@@ -42,7 +36,9 @@ void BwaDispatcherFcgiService::processRequest(BwaFcgiRequest* request)
                                    QString::fromLatin1(exception.what()));
         request->sendHttpError(BwaFcgiRequest::InternalServerError);
         delete request;
-    }
+    };
+    BwaFcgiRequest::Guard::run(
+        request, [this, request] { dispatch(request); }, answerException);
 }
 
 void BwaDispatcherFcgiService::dispatch(BwaFcgiRequest* request)

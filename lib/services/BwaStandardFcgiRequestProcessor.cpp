@@ -4,6 +4,7 @@
 #include "services/BwaStandardFcgiRequestProcessor.h"
 
 #include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiGuard_p.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "sessions/BwaAbstractFcgiSessionIdentifier.h"
 #include "sessions/BwaWebSession.h"
@@ -20,18 +21,13 @@ BwaStandardFcgiRequestProcessor::~BwaStandardFcgiRequestProcessor() = default;
 
 void BwaStandardFcgiRequestProcessor::processRequest(BwaFcgiRequest* request)
 {
-    const BwaFcgiRequest::Watch watch(request);
-    try {
-        callMethodHook(request);
-    } catch (const std::exception& exception) {
-        if (!watch.requestLives()) {
-            BwaFcgiRequest::logException(exception);
-            return;
-        }
+    const auto answerException = [this, request](const std::exception& exception) {
         logError(request, QString::fromLatin1(exception.what()));
         request->sendHttpError(BwaFcgiRequest::InternalServerError);
         delete request;
-    }
+    };
+    BwaFcgiRequest::Guard::run(
+        request, [this, request] { callMethodHook(request); }, answerException);
 }
 
 void BwaStandardFcgiRequestProcessor::callMethodHook(BwaFcgiRequest* request)

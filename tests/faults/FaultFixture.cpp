@@ -12,17 +12,7 @@
 #include <atomic>
 #include <thread>
 
-#include <linux/sockios.h>
-#include <sys/ioctl.h>
-
 namespace {
-
-int unreadBytes(const FcgiClient& client)
-{
-    int bytes = -1;
-    ioctl(client.descriptor(), SIOCOUTQ, &bytes);
-    return bytes;
-}
 
 void countFields(BwaFcgiRequest* request)
 {

@@ -15,6 +15,17 @@ class OddPeer : public FaultFixture
 protected:
     static QByteArray wholeRequest() { return FcgiClient::requestBytes(formRequest(form), form); }
 
+    // Waits until the listener has taken notice of the first @a sent bytes of the request. A record
+    // is taken from the connection when its type is known; who is answered until then came later.
+    void waitUntilNoticed(const FcgiClient& client, int sent)
+    {
+        if (sent < 8) {
+            expectGoodAnswer();
+        } else {
+            waitUntilRead(client);
+        }
+    }
+
     // One that does not close the connection.
     std::unique_ptr<FcgiClient> answeredClient() const
     {
@@ -42,7 +53,7 @@ TEST_F(OddPeer, GivenARequestCutInTwoAnywhereAnswersTheSame)
         for (int cut = 1; cut <= 512; ++cut) {
             FcgiClient client(path());
             client.send(wholeRequest().left(cut));
-            waitUntilRead(client);
+            waitUntilNoticed(client, cut);
             client.send(wholeRequest().mid(cut));
             expectAnswer(client);
         }
@@ -55,9 +66,9 @@ TEST_F(OddPeer, GivenARequestByteByByteAnswersTheSame)
 
     serveWhile([&] {
         FcgiClient client(path());
-        for (const char byte : wholeRequest()) {
-            client.send(QByteArray(1, byte));
-            waitUntilRead(client);
+        for (int sent = 0; sent < wholeRequest().size(); ++sent) {
+            client.send(wholeRequest().mid(sent, 1));
+            waitUntilNoticed(client, sent + 1);
         }
         expectAnswer(client);
     });
@@ -82,14 +93,13 @@ TEST_F(OddPeer, WhenNobodyClosesTheConnectionsAreClosed)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-// libfcgi gives a peer on a Unix socket two seconds to begin.
-TEST_F(OddPeer, WhenAPeerSaysNothingServesTheNextOneAfterAWhile)
+TEST_F(OddPeer, WhenAPeerSaysNothingServesTheNextOneAtOnce)
 {
     start();
 
     serveWhile([&] {
         const FcgiClient silent(path());
-        EXPECT_LT(millisecondsOf([&] { expectGoodAnswer(); }), 6000);
+        EXPECT_LT(millisecondsOf([&] { expectGoodAnswer(); }), 1000);
     });
 }
 

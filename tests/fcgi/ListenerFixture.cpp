@@ -16,8 +16,10 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -127,6 +129,13 @@ QList<QByteArray> threadNames()
         }
     }
     return names;
+}
+
+int unreadBytes(const FcgiClient& client)
+{
+    int bytes = -1;
+    ioctl(client.descriptor(), SIOCOUTQ, &bytes);
+    return bytes;
 }
 
 quint16 freePort()

@@ -64,6 +64,8 @@ int connectedSockets();
 int listeningSocket();
 /** The names that the system shows for the threads of this process. */
 QList<QByteArray> threadNames();
+/** The bytes that the client has sent and nobody has read; on a port, that have not arrived. */
+int unreadBytes(const FcgiClient& client);
 /** A TCP port of 127.0.0.1 that nobody listens on. */
 quint16 freePort();
 /** The address of 127.0.0.1 at @a port. */

@@ -71,15 +71,6 @@ public:
     }
 
 protected:
-    void startWithDescriptors(rlim_t most)
-    {
-        {
-            const FewDescriptors few(most);
-            listener();
-        }
-        start();
-    }
-
     void send(const QByteArray& pathInfo, const char* scriptName = "/api")
     {
         clients.push_back(std::make_unique<FcgiClient>(path()));
@@ -120,37 +111,37 @@ protected:
 
 } // namespace
 
-TEST_F(BwaFcgiListenerOpenRequests, TakeHalfOfTheDescriptorsAtMost)
+// Requests that are kept do not count, and one that is being served does not either.
+TEST_F(BwaFcgiListenerOpenRequests, GivenRoomForOneAreHandedOutInOrder)
 {
-    startWithDescriptors(7);
+    listener().setMostWaiting(1);
+    start();
     for (const char* pathInfo : {"/a", "/b", "/c", "/d", "/e"}) {
         send(pathInfo);
     }
 
-    serveUntilHeld(3);
-    serveForAMoment();
+    serveUntilHeld(5);
 
-    EXPECT_THAT(heldPaths(), ElementsAre("/a", "/b", "/c"));
+    EXPECT_THAT(heldPaths(), ElementsAre("/a", "/b", "/c", "/d", "/e"));
 }
 
-TEST_F(BwaFcgiListenerOpenRequests, WhenOneIsFinishedMakeRoomForTheNext)
+TEST_F(BwaFcgiListenerOpenRequests, GivenRoomForTwoLeavesTheOthersInTheirConnections)
 {
-    startWithDescriptors(4);
-    for (const char* pathInfo : {"/a", "/b", "/c", "/d"}) {
+    listener().setMostWaiting(2);
+    start();
+    for (const char* pathInfo : {"/a", "/b", "/c"}) {
         send(pathInfo);
     }
-    serveUntilHeld(2);
+    waitUntil([this] { return clients.size() == 3 && unreadBytes(*clients.at(1)) == 0; });
 
-    deleteFirstHeld();
-    serveUntilHeld(2);
-    serveForAMoment();
-
-    EXPECT_THAT(heldPaths(), ElementsAre("/b", "/c"));
+    EXPECT_GT(unreadBytes(*clients.at(2)), 0);
+    serveUntilHeld(3);
 }
 
-TEST_F(BwaFcgiListenerOpenRequests, GivenHardlyAnyDescriptorsAreServedOneByOne)
+TEST_F(BwaFcgiListenerOpenRequests, GivenNoRoomAtAllAreServedOneByOne)
 {
-    startWithDescriptors(0);
+    listener().setMostWaiting(0);
+    start();
 
     for (const char* pathInfo : {"/a", "/b", "/c"}) {
         send(pathInfo);
@@ -160,37 +151,10 @@ TEST_F(BwaFcgiListenerOpenRequests, GivenHardlyAnyDescriptorsAreServedOneByOne)
     }
 }
 
-TEST_F(BwaFcgiListenerOpenRequests, WhenTheirServiceThrowsMakeRoomForTheNext)
-{
-    serve("/throwing", [](BwaFcgiRequest* request) {
-        keep(request);
-        throw std::runtime_error("out of paper");
-    });
-    startWithDescriptors(2);
-
-    send("/a", "/throwing");
-    send("/b", "/throwing");
-    send("/c");
-
-    serveUntilHeld(1);
-    EXPECT_THAT(heldPaths(), ElementsAre("/c"));
-}
-
-TEST_F(BwaFcgiListenerOpenRequests, WhenNoServiceWasFoundMakeRoomForTheNext)
-{
-    startWithDescriptors(2);
-
-    send("/a", "/other");
-    send("/b", "/other");
-    send("/c");
-
-    serveUntilHeld(1);
-    EXPECT_THAT(heldPaths(), ElementsAre("/c"));
-}
-
 TEST_F(BwaFcgiListenerOpenRequests, WhenTheyWereCutShortMakeRoomForTheNext)
 {
-    startWithDescriptors(2);
+    listener().setMostWaiting(2);
+    start();
     for (int count = 0; count < 2; ++count) {
         FcgiClient cutShort(path());
         cutShort.send(FcgiClient::requestBytes({}).left(16));
@@ -205,11 +169,11 @@ TEST_F(BwaFcgiListenerOpenRequests, WhenTheyWereCutShortMakeRoomForTheNext)
 
 TEST_F(BwaFcgiListenerOpenRequests, WhenNoMoreAreTakenTheListenerStopsAtOnce)
 {
-    startWithDescriptors(2);
+    listener().setMostWaiting(1);
+    start();
     send("/a");
     send("/b");
-    serveUntilHeld(1);
-    serveForAMoment();
+    waitUntil([this] { return unreadBytes(*clients.at(0)) == 0; });
 
     const Watchdog watchdog(20);
     EXPECT_LT(millisecondsOf([this] { destroyListener(); }), 1000);
@@ -229,30 +193,23 @@ TEST_F(BwaFcgiListenerOpenRequests, WhenTheListenerHasGoneCanStillBeAnswered)
     EXPECT_EQ(clients.front()->readReply().out, QByteArray("/a"));
 }
 
-// While accepting waits for a connection it has a descriptor already. So one request is half read,
-// and another one waits, when the descriptors run out.
+// A connection that says nothing goes when the descriptors run out; one that is served stays.
 class BwaFcgiListenerOutOfDescriptors : public BwaFcgiListenerOpenRequests
 {
 public:
-    BwaFcgiListenerOutOfDescriptors()
-    {
-        const QByteArray request = FcgiClient::requestBytes({{"SCRIPT_NAME", "/api"}});
-        start();
-        m_halfRead = std::make_unique<FcgiClient>(path());
-        m_halfRead->send(request.left(10));
-        waitUntil([] { return connectedSockets() == 2; });
-        send("/waiting");
-        m_few = std::make_unique<FewDescriptors>(static_cast<rlim_t>(openDescriptors()) + 10);
-        m_taken = allDescriptors();
-        m_halfRead->send(request.mid(10));
-        m_halfRead->shutDownSending();
-        serveUntilHeld(1);
-        serveForAMoment();
-    }
+    BwaFcgiListenerOutOfDescriptors() { start(); }
 
     ~BwaFcgiListenerOutOfDescriptors() override { giveDescriptorsBack(); }
 
 protected:
+    void takeAllDescriptorsButOne()
+    {
+        m_few = std::make_unique<FewDescriptors>(static_cast<rlim_t>(openDescriptors()) + 10);
+        m_taken = allDescriptors();
+        close(m_taken.back()); // for the next client's own end
+        m_taken.pop_back();
+    }
+
     void giveDescriptorsBack()
     {
         for (const int descriptor : m_taken) {
@@ -263,24 +220,50 @@ protected:
     }
 
 private:
-    std::unique_ptr<FcgiClient> m_halfRead;
     std::unique_ptr<FewDescriptors> m_few;
     std::vector<int> m_taken;
 };
 
+TEST_F(BwaFcgiListenerOutOfDescriptors, GivesUpTheConnectionThatIsSilentForLongest)
+{
+    FcgiClient oldest(path());
+    waitUntil([] { return connectedSockets() == 2; });
+    FcgiClient newer(path());
+    waitUntil([] { return connectedSockets() == 4; });
+    takeAllDescriptorsButOne();
+
+    send("/waiting");
+    serveUntilHeld(1);
+
+    EXPECT_THAT(heldPaths(), ElementsAre("/waiting"));
+    EXPECT_TRUE(oldest.isClosedByPeer());
+    newer.sendRequest({{"SCRIPT_NAME", "/api"}, {"PATH_INFO", "/newer"}});
+    serveUntilHeld(2);
+    EXPECT_THAT(heldPaths(), ElementsAre("/waiting", "/newer"));
+}
+
 TEST_F(BwaFcgiListenerOutOfDescriptors, AcceptsOnceThereAreSome)
 {
-    EXPECT_THAT(heldPaths(), ElementsAre(""));
+    send("/served");
+    serveUntilHeld(1);
+    takeAllDescriptorsButOne();
+    send("/waiting");
+    serveForAMoment();
+    EXPECT_THAT(heldPaths(), ElementsAre("/served"));
 
     giveDescriptorsBack();
     serveUntilHeld(2);
 
-    EXPECT_THAT(heldPaths(), ElementsAre("", "/waiting"));
+    EXPECT_THAT(heldPaths(), ElementsAre("/served", "/waiting"));
     EXPECT_EQ(listeningErrors, 0);
 }
 
 TEST_F(BwaFcgiListenerOutOfDescriptors, StopsAtOnce)
 {
+    send("/served");
+    serveUntilHeld(1);
+    takeAllDescriptorsButOne();
+    send("/waiting");
     const Watchdog watchdog(20);
 
     EXPECT_LT(millisecondsOf([this] { destroyListener(); }), 1000);

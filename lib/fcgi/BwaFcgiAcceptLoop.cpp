@@ -1,0 +1,330 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// Most requests come in one piece: a look at the connection finds the header, and one read of
+// libfcgi, which takes up to 8192 bytes, has the header and the whole input.
+//
+// Of any other request the header is taken from the connection here, as it comes, and libfcgi reads
+// it from a file in memory. It would wait for the rest of the header, or read into the body.
+
+#include "BwaGlobal.h"
+#include "fcgi/BwaFcgiAcceptLoop_p.h"
+#include "fcgi/BwaFcgiExchange_p.h"
+#include "fcgi/BwaFcgiRecords_p.h"
+#include "fcgi/BwaFcgiSocket_p.h"
+
+#include <QThread>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <utility>
+
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using BwaFcgiRecords::Record;
+using BwaFcgiRecords::Verdict;
+
+namespace {
+
+const std::size_t readSize = 8192;             // bytes that libfcgi reads at a time
+const BwaSize largestHeader = 4 * 1024 * 1024; // bytes
+const unsigned long moment = 20;               // ms until a shortage may have passed
+const qint64 longestShortage = 30000;          // ms
+const int notInitialized = -9998;              // what libfcgi says before FCGX_Init()
+
+qint64 now()
+{
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+}
+
+bool isShortage(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
+// The connection, not the socket, has failed, or another process was faster.
+bool isPassing(int error)
+{
+    return error == EAGAIN || error == EINTR || error == ECONNABORTED || error == EPROTO ||
+        error == ECONNRESET || error == ETIMEDOUT || error == EHOSTUNREACH || error == ENETUNREACH;
+}
+
+ssize_t receive(int connection, char* bytes, std::size_t size, int flags)
+{
+    ssize_t result = 0;
+    do {
+        result = ::recv(connection, bytes, size, flags | MSG_DONTWAIT);
+    } while (result < 0 && errno == EINTR);
+    return result;
+}
+
+bool send(int connection, const QByteArray& bytes)
+{
+    const auto size = static_cast<std::size_t>(bytes.size());
+    return ::send(connection, bytes.constData(), size, MSG_DONTWAIT | MSG_NOSIGNAL) ==
+        static_cast<ssize_t>(size);
+}
+
+// A descriptor from which @a bytes can be read; -1 on failure.
+int fileOf(const QByteArray& bytes)
+{
+    const int file = ::memfd_create("header", MFD_CLOEXEC);
+    if (file >= 0 &&
+        ::pwrite(file, bytes.constData(), static_cast<std::size_t>(bytes.size()), 0) !=
+            bytes.size()) {
+        ::close(file);
+        return -1;
+    }
+    return file;
+}
+
+} // namespace
+
+BwaFcgiAcceptLoop::BwaFcgiAcceptLoop(int listening, BwaFcgiConnections* connections,
+                                     const Orders& orders,
+                                     const std::function<void(FCGX_Request*)>& handOver)
+    : m_listening(listening)
+    , m_connections(connections)
+    , m_orders(orders)
+    , m_handOver(handOver)
+    , m_webServers(qgetenv("FCGI_WEB_SERVER_ADDRS"))
+{
+}
+
+void BwaFcgiAcceptLoop::run()
+{
+    if (!m_connections->open(m_listening)) {
+        fail("cannot wait for connections", errno);
+    }
+    while (goesOn()) {
+        try {
+            work();
+        } catch (const std::exception&) {
+            QThread::msleep(moment); // memory is short
+        }
+    }
+    m_connections->close();
+}
+
+bool BwaFcgiAcceptLoop::goesOn()
+{
+    return m_failure.isNull() && !m_orders.stop && !(m_isDraining && m_connections->isIdle());
+}
+
+void BwaFcgiAcceptLoop::work()
+{
+    if (m_orders.drain && !m_isDraining) {
+        drain();
+        return;
+    }
+    for (const int descriptor : m_connections->wait()) {
+        m_connections->waitForRoom(m_orders.stop);
+        if (descriptor == m_listening) {
+            acceptConnection();
+        } else if (m_connections->isWaiting(descriptor)) {
+            readRequest(descriptor);
+        }
+    }
+}
+
+// Who has connected already is served. With a socket that was handed over, those who connect from
+// now on wait for the next process that is handed it.
+void BwaFcgiAcceptLoop::drain()
+{
+    while (acceptConnection()) { }
+    m_isDraining = true;
+    m_connections->stopKeeping(m_listening);
+    m_listening = -1;
+    whenDraining();
+}
+
+// Whether there was a connection to accept.
+bool BwaFcgiAcceptLoop::acceptConnection()
+{
+    const int connection = acceptFrom(m_listening, m_webServers);
+    if (connection < 0) {
+        handleAcceptError(-connection);
+        return false;
+    }
+    m_shortSince = 0;
+    try {
+        m_connections->add(connection);
+    } catch (const std::exception&) {
+        ::close(connection);
+        throw;
+    }
+    readRequest(connection);
+    return true;
+}
+
+void BwaFcgiAcceptLoop::handleAcceptError(int error)
+{
+    if (isShortage(error)) {
+        handleShortage(error);
+    } else if (!isPassing(error)) {
+        fail("cannot accept connections", error);
+    } else if (m_connections->listeningHasEnded()) {
+        fail("the listening socket has been shut down", 0);
+    }
+}
+
+void BwaFcgiAcceptLoop::handleShortage(int error)
+{
+    if (m_connections->closeOldest()) {
+        return;
+    }
+    m_shortSince = m_shortSince == 0 ? now() : m_shortSince;
+    if (now() - m_shortSince > longestShortage) {
+        fail("cannot accept connections", error);
+    }
+    QThread::msleep(moment);
+}
+
+void BwaFcgiAcceptLoop::readRequest(int connection)
+{
+    try {
+        readRecords(connection);
+    } catch (const std::exception&) {
+        m_connections->closeNow(connection); // epoll will not report it again
+        throw;
+    }
+}
+
+void BwaFcgiAcceptLoop::readRecords(int connection)
+{
+    if (m_connections->header(connection)) {
+        takeHeader(connection);
+        return;
+    }
+    char bytes[readSize];
+    const ssize_t result = receive(connection, bytes, sizeof bytes, MSG_PEEK);
+    if (result == 0 || (result < 0 && errno != EAGAIN)) {
+        m_connections->closeNow(connection);
+        return;
+    }
+    const auto size = static_cast<std::size_t>(result);
+    if (result < 0) {
+        m_connections->watchInput(connection);
+    } else if (size < BwaFcgiRecords::headerSize) {
+        m_connections->expectHeader(connection);
+    } else if (Record(bytes).type != BwaFcgiRecords::BeginRequest || Record(bytes).requestId == 0) {
+        takeForeignRecord(connection, bytes, size);
+    } else {
+        BwaFcgiRecords::HeaderScan scan;
+        const Verdict verdict = scan.scan(bytes, size);
+        const std::size_t end = scan.position();
+        if (verdict == Verdict::Complete && BwaFcgiRecords::isWholeInput(bytes + end, size - end)) {
+            acceptRequest(connection, nullptr);
+        } else {
+            takeHeader(connection);
+        }
+    }
+}
+
+// A record in front of a request: it concerns the connection, or comes late for a request that has
+// ended, as an ABORT_REQUEST may.
+void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size_t size)
+{
+    const Record record(bytes);
+    if (record.version != 1 || record.size() > readSize) {
+        m_connections->closeNow(connection);
+    } else if (size < record.size()) {
+        m_connections->expectHeader(connection);
+    } else if (receive(connection, bytes, record.size(), 0) < 0 ||
+               (record.requestId == 0 &&
+                !send(connection,
+                      answerToManagement(record, bytes + BwaFcgiRecords::headerSize,
+                                         m_connections->mostWaiting())))) {
+        m_connections->closeNow(connection);
+    } else {
+        m_connections->watchInput(connection); // what follows, after the others
+    }
+}
+
+// Takes what there is of a header, and nothing behind it.
+void BwaFcgiAcceptLoop::takeHeader(int connection)
+{
+    auto& header = m_connections->header(connection);
+    if (!header) {
+        header = std::make_unique<BwaFcgiConnections::Header>();
+    }
+    Verdict verdict = Verdict::Incomplete;
+    bool isOpen = true;
+    while (isOpen && verdict == Verdict::Incomplete && header->bytes.size() <= largestHeader) {
+        char bytes[readSize];
+        const ssize_t size = receive(connection, bytes, sizeof bytes, MSG_PEEK);
+        if (size < 0 && errno == EAGAIN) {
+            m_connections->expectHeader(connection);
+            return;
+        }
+        isOpen = size > 0;
+        if (isOpen) {
+            verdict = header->scan.scan(bytes, static_cast<std::size_t>(size));
+            receive(connection, bytes, header->scan.position(), 0);
+            header->bytes.append(bytes, static_cast<int>(header->scan.position()));
+        }
+    }
+    if (verdict == Verdict::Complete) {
+        acceptRequest(connection, &header->bytes);
+    } else {
+        m_connections->closeNow(connection);
+    }
+}
+
+// Has libfcgi read the header, which is whole: from the connection, with all the input of the
+// request, or from @a header, which has been taken from it.
+void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
+{
+    auto request = std::make_unique<FCGX_Request>();
+    FCGX_InitRequest(request.get(), m_listening, 0);
+    // As if a request had been served on this connection before. With a socket to accept from, a
+    // refused header would make libfcgi wait for another connection.
+    request->ipcFd = header ? fileOf(*header) : connection;
+    request->keepConnection = 1;
+    request->listen_sock = -1;
+    request->detached = 1; // a descriptor with a refused header is closed at once
+    const int result = FCGX_Accept_r(request.get());
+    if (result != 0) {
+        header ? m_connections->closeNow(connection) : m_connections->forget(connection);
+        if (result == notInitialized) {
+            fail("libfcgi is not initialized", 0);
+        }
+        return;
+    }
+    if (header) {
+        ::close(std::exchange(request->ipcFd, connection));
+    }
+    request->listen_sock = m_listening;
+    request->detached = 0;
+    if (FCGX_GetError(request->in) != 0) {
+        BwaFcgiExchange::drop(request.release(), m_connections); // the parameters were cut short
+    } else {
+        giveAway(connection, request.release(), !header);
+    }
+}
+
+void BwaFcgiAcceptLoop::giveAway(int connection, FCGX_Request* request, bool inputIsWhole)
+{
+    try {
+        m_connections->serve(connection, request, inputIsWhole);
+        m_handOver(request);
+    } catch (const std::exception&) {
+        m_connections->take(request);
+        BwaFcgiExchange::drop(request, m_connections);
+        throw;
+    }
+}
+
+void BwaFcgiAcceptLoop::fail(const char* what, int error)
+{
+    m_failure = QString::fromLatin1(what);
+    if (error != 0) {
+        m_failure += QLatin1String(": ") + QString::fromLocal8Bit(std::strerror(error));
+    }
+}

@@ -1,0 +1,97 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// Each call of recvmsg() takes two things: the content that is wanted, and, when that is all of the
+// record, the tail behind it: the padding and the header of the next record.
+
+#include "fcgi/BwaFcgiBody_p.h"
+#include "fcgi/BwaFcgiRecords_p.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <poll.h>
+#include <sys/socket.h>
+
+BwaFcgiBody::BwaFcgiBody(int connection, int requestId, int timeout)
+    : m_connection(connection)
+    , m_requestId(requestId)
+    , m_timeout(timeout)
+{
+}
+
+std::size_t BwaFcgiBody::read(char* buffer, std::size_t size, Wait wait)
+{
+    std::size_t taken = 0;
+    bool goesOn = true;
+    while (goesOn && taken < size && m_state == Open) {
+        goesOn = receive(buffer + taken, size - taken, wait, &taken);
+    }
+    return taken;
+}
+
+// Takes what comes next and adds to @a taken what of it is content; false when nothing is there.
+bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t* taken)
+{
+    char tail[256 + sizeof m_header];
+    const std::size_t content = std::min(size, m_contentLeft);
+    const std::size_t header = m_isLastRecord ? 0 : sizeof m_header - m_headerSize;
+    const std::size_t behind = content == m_contentLeft ? m_skipLeft + header : 0;
+    iovec parts[] = {{buffer, content}, {tail, std::min(behind, sizeof tail)}};
+    msghdr message = {};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    const ssize_t result = ::recvmsg(m_connection, &message, MSG_DONTWAIT);
+    if (result < 0 && (errno == EAGAIN || errno == EINTR)) {
+        return wait == ForAll && waitForInput();
+    }
+    if (result <= 0) {
+        m_state = Failed;
+        return false;
+    }
+    const std::size_t come = std::min(static_cast<std::size_t>(result), content);
+    m_contentLeft -= come;
+    *taken += come;
+    takeTail(tail, static_cast<std::size_t>(result) - come);
+    return true;
+}
+
+bool BwaFcgiBody::waitForInput() const
+{
+    pollfd input = {m_connection, POLLIN, 0};
+    const int result = ::poll(&input, 1, m_timeout > 0 ? m_timeout : -1);
+    return result > 0 || (result < 0 && errno == EINTR);
+}
+
+void BwaFcgiBody::takeTail(const char* bytes, std::size_t size)
+{
+    const std::size_t skipped = std::min(size, m_skipLeft);
+    const std::size_t header = size - skipped;
+    m_skipLeft -= skipped;
+    std::memcpy(m_header + m_headerSize, bytes + skipped, header);
+    m_headerSize += header;
+    if (m_headerSize == sizeof m_header) {
+        takeHeader();
+    }
+    if (m_isLastRecord && m_skipLeft == 0 && m_state == Open) {
+        m_state = Ended;
+    }
+}
+
+void BwaFcgiBody::takeHeader()
+{
+    const BwaFcgiRecords::Record record(m_header);
+    m_headerSize = 0;
+    if (record.version != 1) {
+        m_state = Failed;
+    } else if (record.requestId != m_requestId) {
+        m_skipLeft = record.contentSize + record.paddingSize;
+    } else if (record.type == BwaFcgiRecords::Stdin) {
+        m_contentLeft = record.contentSize;
+        m_skipLeft = record.paddingSize;
+        m_isLastRecord = record.contentSize == 0;
+    } else {
+        m_state = Failed; // aborted, or no record that may come here
+    }
+}

@@ -1,0 +1,465 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#include "fcgi/BwaFcgiConnections_p.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+const std::int64_t headerTime = 10000; // ms from the first byte of a header to its last
+const std::int64_t lingerTime = 200;   // ms that an ended connection waits for its close
+const std::int64_t drainTime = 1000;   // ms that a new connection has for its request at the end
+const std::int64_t silentTime = 1000;  // ms after which a connection may go for a new one
+const int mostEvents = 64;
+
+std::int64_t now()
+{
+    const auto time = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+}
+
+bool hasInput(int connection)
+{
+    char byte;
+    return ::recv(connection, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
+// Only where the next byte begins a record: behind the whole input of a request.
+bool isAborted(int connection)
+{
+    char bytes[BwaFcgiRecords::headerSize];
+    const ssize_t size = ::recv(connection, bytes, sizeof bytes, MSG_PEEK | MSG_DONTWAIT);
+    return size == sizeof bytes &&
+        BwaFcgiRecords::Record(bytes).type == BwaFcgiRecords::AbortRequest;
+}
+
+} // namespace
+
+BwaFcgiConnections::~BwaFcgiConnections()
+{
+    close();
+}
+
+bool BwaFcgiConnections::open(int listening)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_epoll = ::epoll_create1(EPOLL_CLOEXEC);
+    m_wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    m_listening = listening;
+    m_listeningHasEnded = false;
+    m_keeps = true;
+    epoll_event wakeUp = {};
+    wakeUp.events = EPOLLIN | EPOLLET; // so nobody has to read it
+    wakeUp.data.fd = m_wakeUp;
+    epoll_event connection = {};
+    connection.events = EPOLLIN | EPOLLRDHUP;
+    connection.data.fd = listening;
+    return ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, m_wakeUp, &wakeUp) == 0 &&
+        ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, listening, &connection) == 0;
+}
+
+void BwaFcgiConnections::close()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_keeps = false;
+    for (std::size_t descriptor = 0; descriptor < m_connections.size(); ++descriptor) {
+        Connection& connection = m_connections[descriptor];
+        connection.isWatched = false;
+        if (connection.state == Connection::Waiting || connection.state == Connection::Lingering) {
+            release(static_cast<int>(descriptor));
+        }
+    }
+    for (int* const descriptor : {&m_epoll, &m_wakeUp}) {
+        if (*descriptor >= 0) {
+            ::close(*descriptor);
+            *descriptor = -1;
+        }
+    }
+}
+
+// A connection that has been accepted just now may bring a request yet, one that is kept may not,
+// unless it already has.
+void BwaFcgiConnections::stopKeeping(int listening)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ::epoll_ctl(m_epoll, EPOLL_CTL_DEL, listening, nullptr);
+    m_keeps = false;
+    for (std::size_t index = 0; index < m_connections.size(); ++index) {
+        Connection& connection = m_connections[index];
+        const int descriptor = static_cast<int>(index);
+        if (connection.state != Connection::Waiting || connection.deadline != 0) {
+            continue;
+        }
+        if (connection.isKept && !hasInput(descriptor)) {
+            release(descriptor);
+        } else {
+            setDeadline(connection, drainTime);
+        }
+    }
+}
+
+bool BwaFcgiConnections::isIdle()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_counts[Connection::Waiting] == 0 && m_counts[Connection::Served] == 0 &&
+        m_counts[Connection::Lingering] == 0;
+}
+
+const std::vector<int>& BwaFcgiConnections::wait()
+{
+    m_ready.clear();
+    epoll_event events[mostEvents];
+    const int count = ::epoll_wait(m_epoll, events, mostEvents, timeout());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (int index = 0; index < count; ++index) {
+        handleEvent(events[index].data.fd, events[index].events);
+    }
+    closeOverdue();
+    return m_ready;
+}
+
+void BwaFcgiConnections::waitForRoom(const std::atomic<bool>& stopRequested)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_room.wait(lock, [&] { return m_untaken.size() < m_mostWaiting || stopRequested; });
+}
+
+void BwaFcgiConnections::handleEvent(int descriptor, std::uint32_t events)
+{
+    if (descriptor == m_wakeUp) {
+        return;
+    }
+    if (descriptor == m_listening) {
+        m_listeningHasEnded = (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
+        m_ready.push_back(descriptor);
+        return;
+    }
+    Connection& connection = m_connections[static_cast<std::size_t>(descriptor)];
+    connection.isGone = connection.isGone || (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
+    switch (connection.state) {
+    case Connection::Waiting:
+        m_ready.push_back(descriptor);
+        break;
+    case Connection::Served:
+        noteNews(descriptor, connection);
+        break;
+    case Connection::Lingering:
+        discardInput(descriptor);
+        break;
+    case Connection::Closed: // the last report of a connection that has been closed meanwhile
+        break;
+    }
+}
+
+void BwaFcgiConnections::noteNews(int descriptor, Connection& connection)
+{
+    connection.hasNews = true;
+    if (connection.isGone || (connection.inputIsWhole && isAborted(descriptor))) {
+        connection.isGone = true;
+        tellGone(descriptor);
+    }
+}
+
+void BwaFcgiConnections::tellGone(int descriptor)
+{
+    if (m_connections[static_cast<std::size_t>(descriptor)].request && whenGone) {
+        m_gone.push_back(descriptor);
+        whenGone();
+    }
+}
+
+void BwaFcgiConnections::discardInput(int descriptor)
+{
+    char unread[4096];
+    ssize_t size = 0;
+    int reads = 0;
+    do {
+        size = ::recv(descriptor, unread, sizeof unread, MSG_DONTWAIT);
+    } while (size > 0 && ++reads < mostEvents);
+    if (size == 0) {
+        release(descriptor);
+    } else if (size > 0) { // the others first; epoll reports the rest again
+        watchWithEpoll(descriptor, m_connections[static_cast<std::size_t>(descriptor)]);
+    }
+}
+
+void BwaFcgiConnections::add(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto index = static_cast<std::size_t>(connection);
+    if (index >= m_connections.size()) {
+        m_connections.resize(index + 1);
+    }
+    changeState(m_connections[index], Connection::Closed); // by another owner, if it was served
+    m_connections[index] = Connection();
+    beginWaiting(m_connections[index]);
+    if (!m_keeps) {
+        setDeadline(m_connections[index], drainTime);
+    }
+}
+
+void BwaFcgiConnections::watchInput(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!watchWithEpoll(connection, m_connections[static_cast<std::size_t>(connection)])) {
+        release(connection);
+    }
+}
+
+bool BwaFcgiConnections::isWaiting(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_connections[static_cast<std::size_t>(connection)].state == Connection::Waiting;
+}
+
+std::unique_ptr<BwaFcgiConnections::Header>& BwaFcgiConnections::header(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_connections[static_cast<std::size_t>(connection)].header;
+}
+
+void BwaFcgiConnections::expectHeader(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Connection& waiting = m_connections[static_cast<std::size_t>(connection)];
+    if (waiting.isGone || (!waiting.isWatched && !watchWithEpoll(connection, waiting))) {
+        release(connection);
+    } else if (waiting.deadline == 0) {
+        setDeadline(waiting, headerTime);
+    }
+}
+
+void BwaFcgiConnections::serve(int connection, FCGX_Request* request, bool inputIsWhole)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (isForListener) {
+        m_untaken.push_back(request);
+    } else {
+        ::fcntl(connection, F_SETFL, 0); // whoever takes it leaves the reading to libfcgi
+    }
+    Connection& served = m_connections[static_cast<std::size_t>(connection)];
+    changeState(served, Connection::Served);
+    served.hasNews = false;
+    served.inputIsWhole = inputIsWhole;
+    served.deadline = 0;
+    served.header.reset();
+}
+
+void BwaFcgiConnections::forget(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Connection& closed = m_connections[static_cast<std::size_t>(connection)];
+    changeState(closed, Connection::Closed);
+    closed = Connection();
+}
+
+bool BwaFcgiConnections::closeOldest()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto isOlder = [](const Connection& one, const Connection& other) {
+        const bool waits = one.state == Connection::Waiting;
+        return other.state == Connection::Waiting ? waits && one.waitingSince < other.waitingSince
+                                                  : waits;
+    };
+    const auto oldest = std::min_element(m_connections.begin(), m_connections.end(), isOlder);
+    if (oldest == m_connections.end() || oldest->state != Connection::Waiting ||
+        now() - oldest->waitingSince < silentTime) {
+        return false;
+    }
+    release(static_cast<int>(oldest - m_connections.begin()));
+    return true;
+}
+
+void BwaFcgiConnections::setMostWaiting(int requests)
+{
+    m_mostWaiting = static_cast<std::size_t>(std::max(requests, 1));
+    wake();
+}
+
+BwaFcgiConnections::Input BwaFcgiConnections::take(FCGX_Request* request)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = std::find(m_untaken.begin(), m_untaken.end(), request); // the first, mostly
+    if (found == m_untaken.end()) {
+        return Input::Unknown;
+    }
+    if (m_untaken.size() == m_mostWaiting) {
+        m_room.notify_one();
+    }
+    m_untaken.erase(found);
+    const bool isWhole = m_connections[static_cast<std::size_t>(request->ipcFd)].inputIsWhole;
+    return isWhole ? Input::Whole : Input::Unread;
+}
+
+FCGX_Request* BwaFcgiConnections::takeNext()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_untaken.empty()) {
+        return nullptr;
+    }
+    FCGX_Request* const request = m_untaken.front();
+    m_untaken.pop_front();
+    return request;
+}
+
+void BwaFcgiConnections::watch(int connection, BwaFcgiRequest* request)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Connection& served = m_connections[static_cast<std::size_t>(connection)];
+    served.request = request;
+    if (served.isGone) {
+        tellGone(connection);
+    } else if (request && !served.isWatched && m_epoll >= 0) {
+        watchWithEpoll(connection, served);
+    }
+}
+
+bool BwaFcgiConnections::isGone(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_connections[static_cast<std::size_t>(connection)].isGone;
+}
+
+BwaFcgiRequest* BwaFcgiConnections::nextGone()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    while (!m_gone.empty()) {
+        Connection& served = m_connections[static_cast<std::size_t>(m_gone.front())];
+        m_gone.pop_front();
+        if (served.isGone && served.request) {
+            return std::exchange(served.request, nullptr);
+        }
+    }
+    return nullptr;
+}
+
+void BwaFcgiConnections::keep(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Connection& kept = m_connections[static_cast<std::size_t>(connection)];
+    if (!m_keeps || kept.isGone ||
+        ((!kept.isWatched || kept.hasNews) && !watchWithEpoll(connection, kept))) {
+        release(connection);
+        return;
+    }
+    kept.request = nullptr;
+    kept.isKept = true;
+    beginWaiting(kept);
+}
+
+void BwaFcgiConnections::linger(int connection)
+{
+    ::shutdown(connection, SHUT_WR);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Connection& ending = m_connections[static_cast<std::size_t>(connection)];
+    if (m_epoll < 0 || !watchWithEpoll(connection, ending)) {
+        release(connection);
+        return;
+    }
+    ending.request = nullptr;
+    changeState(ending, Connection::Lingering);
+    setDeadline(ending, lingerTime);
+    signalWakeUp();
+}
+
+void BwaFcgiConnections::closeNow(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    release(connection);
+}
+
+void BwaFcgiConnections::wake()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex); // so that the waiter cannot miss it
+    signalWakeUp();
+    m_room.notify_one();
+}
+
+void BwaFcgiConnections::signalWakeUp()
+{
+    const std::uint64_t one = 1;
+    if (m_wakeUp >= 0 && ::write(m_wakeUp, &one, sizeof one) < 0) {
+        // It has been signalled 2^64 times already, so the waiter is awake.
+    }
+}
+
+void BwaFcgiConnections::beginWaiting(Connection& connection)
+{
+    changeState(connection, Connection::Waiting);
+    connection.waitingSince = now();
+}
+
+void BwaFcgiConnections::setDeadline(Connection& connection, std::int64_t milliseconds)
+{
+    connection.deadline = now() + milliseconds;
+    m_nextDeadline =
+        m_nextDeadline == 0 ? connection.deadline : std::min(m_nextDeadline, connection.deadline);
+}
+
+// Milliseconds until the next deadline, rounded up; -1 when there is none.
+int BwaFcgiConnections::timeout()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_nextDeadline == 0) {
+        return -1;
+    }
+    return static_cast<int>(std::max<std::int64_t>(m_nextDeadline - now(), 0)) + 1;
+}
+
+void BwaFcgiConnections::closeOverdue()
+{
+    const std::int64_t time = m_nextDeadline == 0 ? 0 : now();
+    if (time < m_nextDeadline || m_nextDeadline == 0) {
+        return;
+    }
+    m_nextDeadline = 0;
+    for (std::size_t index = 0; index < m_connections.size(); ++index) {
+        const std::int64_t deadline = m_connections[index].deadline;
+        if (deadline != 0 && deadline <= time) {
+            release(static_cast<int>(index));
+        } else if (deadline != 0 && (m_nextDeadline == 0 || deadline < m_nextDeadline)) {
+            m_nextDeadline = deadline;
+        }
+    }
+}
+
+// To watch a connection again makes epoll report what is there already.
+bool BwaFcgiConnections::watchWithEpoll(int descriptor, Connection& connection)
+{
+    epoll_event event = {};
+    event.events = EPOLLIN | EPOLLRDHUP | EPOLLET;
+    event.data.fd = descriptor;
+    const int operation = connection.isWatched ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+    connection.isWatched = ::epoll_ctl(m_epoll, operation, descriptor, &event) == 0;
+    connection.hasNews = false;
+    return connection.isWatched;
+}
+
+void BwaFcgiConnections::changeState(Connection& connection, Connection::State state)
+{
+    --m_counts[connection.state];
+    ++m_counts[state];
+    connection.state = state;
+}
+
+void BwaFcgiConnections::release(int descriptor)
+{
+    Connection& connection = m_connections[static_cast<std::size_t>(descriptor)];
+    if (connection.state == Connection::Closed) {
+        return;
+    }
+    changeState(connection, Connection::Closed);
+    connection = Connection();
+    ::close(descriptor);
+    if (!m_keeps) {
+        signalWakeUp(); // the last connection may have been waited for
+    }
+}

@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef BWAFCGIEXCHANGE_P_H
+#define BWAFCGIEXCHANGE_P_H
+
+#include "fcgi/BwaFcgiBody_p.h"
+#include "fcgi/BwaFcgiConnections_p.h"
+
+#include <QByteArray>
+#include <QSharedPointer>
+
+#include <fcgiapp.h>
+
+#include <memory>
+#include <optional>
+
+/**
+ * The exchange of one request and its reply with the web server: how the body is read, when a write
+ * may wait, and what becomes of the connection.
+ *
+ * For the thread of the request.
+ */
+class BwaFcgiExchange
+{
+public:
+    /**
+     * Takes over @a request, which must come from plain new. Without @a connections its connection
+     * is not a listener's: it is closed at the end.
+     */
+    explicit BwaFcgiExchange(FCGX_Request* request);
+    /**
+     * Gives the connection back to @a connections at the end. To be called before anything is read
+     * or written; @a inputIsWhole as BwaFcgiConnections::take() says.
+     */
+    void join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole);
+
+    /** Not owned; null when it has gone and when the connection is not a listener's. */
+    BwaFcgiListener* listener() const { return m_connections ? m_connections->listener : nullptr; }
+
+    /** The next @a size bytes of the body; fewer at its end and when the web server fails. */
+    QByteArray read(unsigned int size);
+    /** What of the body has come, @a most bytes of it at most; never waits. */
+    QByteArray readAvailable(unsigned int most);
+    /** Whether readAvailable() will return nothing more. */
+    bool bodyIsOver() const;
+
+    /** Lets reads and writes of libfcgi wait for the web server, as long as the listener says. */
+    void waitForPeer();
+    /** Whether the web server takes more of the reply without a wait. */
+    bool canWrite() const;
+    /** Whether the web server has closed the connection or aborted the request. */
+    bool isGone() const;
+    /** Tells @a request through the listener, once, when isGone() becomes true. */
+    void watch(BwaFcgiRequest* request);
+
+    /** Ends the reply. The connection is kept, or closed, if need be when its input has ended. */
+    void complete();
+    /** Ends a request that nobody answers: its connection is closed at once. */
+    static void drop(FCGX_Request* request, BwaFcgiConnections* connections);
+
+private:
+    int readPiece(char* buffer, int size);
+    bool inputHasEnded();
+    void leaveConnection(bool isReplySent);
+
+    FCGX_Request* m_request;                          // owned
+    QSharedPointer<BwaFcgiConnections> m_connections; // null: the connection is the request's
+    std::optional<BwaFcgiBody> m_body;                // unless libfcgi reads the input
+    bool m_isBlocking = true;
+};
+
+#endif

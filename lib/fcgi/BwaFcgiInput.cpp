@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+// The nested class BwaFcgiRequest::BwaFcgiInput.
+
+#include "BwaQtVersion_p.h"
+#include "cgi/BwaGrowingRead_p.h"
+#include "fcgi/BwaFcgiExchange_p.h"
+#include "fcgi/BwaFcgiRequest.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+// The names of CGI differ in their size, their middle and their end.
+template <typename Character>
+unsigned int hashOf(const Character* name, BwaSize size)
+{
+    const auto middle = static_cast<unsigned char>(size > 0 ? name[size / 2] : 0);
+    const auto last = static_cast<unsigned char>(size > 0 ? name[size - 1] : 0);
+    return static_cast<unsigned int>(size) + 2U * middle + 12U * last;
+}
+
+} // namespace
+
+// Few of the variables are ever asked for: the bytes are copied in one go, and turned into text
+// when they are.
+BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
+    : m_request(request)
+    , m_exchange(nullptr)
+    , m_buckets()
+{
+    std::size_t textSize = 0;
+    int count = 0;
+    for (char** entry = request->envp; *entry; ++entry) {
+        textSize += std::strlen(*entry) + 1;
+        ++count;
+    }
+    m_text = QByteArray(static_cast<BwaSize>(textSize), Qt::Uninitialized);
+    m_variables.reserve(count);
+    std::fill_n(m_buckets, bucketCount, -1);
+    char* name = m_text.data();
+    for (char** entry = request->envp; *entry; ++entry) {
+        char* const end = ::stpcpy(name, *entry);
+        const void* const equals = std::memchr(name, '=', static_cast<std::size_t>(end - name));
+        if (equals) {
+            const int nameSize = static_cast<int>(static_cast<const char*>(equals) - name);
+            const int valueSize = static_cast<int>(end - name) - nameSize - 1;
+            int& bucket = m_buckets[hashOf(name, nameSize) % bucketCount];
+            m_variables.append(
+                {static_cast<int>(name - m_text.constData()), nameSize, valueSize, bucket});
+            bucket = static_cast<int>(m_variables.size()) - 1;
+        }
+        name = end + 1;
+    }
+}
+
+BwaFcgiRequest::BwaFcgiInput::~BwaFcgiInput() = default;
+
+QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
+{
+    if (!m_request) {
+        return QByteArray();
+    }
+    if (m_exchange) {
+        return m_exchange->read(size);
+    }
+    return growingRead(size, [this](char* buffer, int length) {
+        return FCGX_GetStr(buffer, length, m_request->in);
+    });
+}
+
+QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
+{
+    int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
+    while (index >= 0) { // from the last to the first: the last counts
+        const Variable& variable = m_variables.at(index);
+        const BwaLatin1 variableName(m_text.constData() + variable.position, variable.nameSize);
+        if (name == variableName) {
+            return BwaLatin1(variableName.data() + variable.nameSize + 1, variable.valueSize);
+        }
+        index = variable.next;
+    }
+    return QString();
+}
