@@ -3,13 +3,37 @@
 
 #include "Database.h"
 
+#include <cerrno>
+#include <cstring>
 #include <stdexcept>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// SQLite gives its journals the rights that the database has.
+void makePrivate(const QByteArray& path)
+{
+    const int descriptor = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const bool isPrivate = descriptor >= 0 && fchmod(descriptor, 0600) == 0;
+    const int error = errno;
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+    if (!isPrivate) {
+        throw std::runtime_error(std::string("cannot open the database: ") + std::strerror(error));
+    }
+}
+
+} // namespace
 
 Database::Database(const QString& path)
     : m_connection(nullptr)
 {
+    makePrivate(path.toLatin1());
     if (sqlite3_open(path.toLatin1().constData(), &m_connection) != SQLITE_OK) {
         const std::string reason = sqlite3_errmsg(m_connection);
         sqlite3_close(m_connection);

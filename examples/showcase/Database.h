@@ -10,7 +10,8 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 /**
- * A SQLite database file, opened or created. Every failure is a std::runtime_error, which the
+ * A SQLite database file, opened or created; only the user of the program may read it, whatever the
+ * umask says. Every failure is a std::runtime_error, which the
  * request processors answer with 500.
  */
 class Database

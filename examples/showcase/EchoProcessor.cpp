@@ -12,10 +12,19 @@
 
 namespace {
 
-QJsonArray cookiesToJson(const QList<BwaHttpCookie>& cookies)
+// The cookies that scripts may read. Any other may be HttpOnly: shown here it would be no longer.
+bool isOpen(const BwaHttpCookie& cookie)
+{
+    return cookie.name == QLatin1String("size") || cookie.name == QLatin1String("theme");
+}
+
+QJsonArray openCookiesToJson(const QList<BwaHttpCookie>& cookies)
 {
     QJsonArray array;
     for (const BwaHttpCookie& cookie : cookies) {
+        if (!isOpen(cookie)) {
+            continue;
+        }
         array.append(QJsonObject{{QStringLiteral("name"), fromUtf8Wire(cookie.name)},
                                  {QStringLiteral("value"), fromUtf8Wire(cookie.value)}});
     }
@@ -27,9 +36,9 @@ QJsonArray cookiesToJson(const QList<BwaHttpCookie>& cookies)
 void EchoProcessor::processGetMethod(BwaFcgiRequest* request)
 {
     const BwaCgiRequest* received = request->cgiRequest();
-    sendJson(
-        request,
-        QJsonObject{{QStringLiteral("cookies"), cookiesToJson(received->environment().cookies())},
-                    {QStringLiteral("query"), variablesToJson(received->queryVariables())}});
+    sendJson(request,
+             QJsonObject{
+                 {QStringLiteral("cookies"), openCookiesToJson(received->environment().cookies())},
+                 {QStringLiteral("query"), variablesToJson(received->queryVariables())}});
     delete request;
 }

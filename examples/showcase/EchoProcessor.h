@@ -6,7 +6,7 @@
 
 #include "services/BwaStandardFcgiRequestProcessor.h"
 
-/** GET: the variables of the query and the cookies, as they were understood. */
+/** GET: the variables of the query, and the cookies "size" and "theme", as they were understood. */
 class EchoProcessor : public BwaStandardFcgiRequestProcessor
 {
 public:

@@ -10,6 +10,14 @@
 
 #include <QJsonObject>
 
+namespace {
+
+// In characters; the page knows them, too.
+constexpr int longestTitle = 200;
+constexpr int longestText = 5000;
+
+} // namespace
+
 QJsonObject noteToJson(const Note& note)
 {
     return QJsonObject{{QStringLiteral("id"), note.id},
@@ -25,7 +33,8 @@ bool readNote(BwaFcgiRequest* request, Note& note)
     }
     if (!BwaJsonUtilities::stringValue(object, QStringLiteral("title"), note.title) ||
         !BwaJsonUtilities::stringValue(object, QStringLiteral("text"), note.text,
-                                       QStringLiteral(""))) {
+                                       QStringLiteral("")) ||
+        note.title.size() > longestTitle || note.text.size() > longestText) {
         request->sendHttpError(BwaFcgiRequest::BadRequest);
         return false;
     }

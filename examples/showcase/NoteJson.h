@@ -11,7 +11,8 @@ struct Note;
 QJsonObject noteToJson(const Note& note);
 
 /**
- * Reads a body {"title": text, "text": text}, of which the text may be missing.
+ * Reads a body {"title": text, "text": text}, of 200 and 5000 characters at most; the text may be
+ * missing.
  *
  * @return false when a refusal was sent instead; @a note is then to be forgotten
  */

@@ -79,9 +79,8 @@ void NoteProcessor::remove(BwaFcgiRequest* request, const QString& user)
     }
 }
 
-// 0, which no note has, for everything that is no number.
 qint64 NoteProcessor::noteId(BwaFcgiRequest* request) const
 {
     const QString path = m_service->servicePath() + QLatin1Char('/');
-    return request->cgiRequest()->environment().pathInfo().mid(path.size()).toLongLong();
+    return parseId(request->cgiRequest()->environment().pathInfo().mid(path.size()));
 }

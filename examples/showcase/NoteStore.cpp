@@ -26,11 +26,12 @@ NoteStore::NoteStore(Database& database)
     m_database.execute("CREATE INDEX IF NOT EXISTS notes_of_user ON notes (user)");
 }
 
-QList<Note> NoteStore::notes(const QString& user) const
+QList<Note> NoteStore::notes(const QString& user, qint64 after) const
 {
     Database::Statement rows(m_database,
-                             "SELECT id, title, text FROM notes WHERE user = ? ORDER BY id");
-    rows.bind(user);
+                             "SELECT id, title, text FROM notes WHERE user = ? AND id > ? "
+                             "ORDER BY id LIMIT ?");
+    rows.bind(user).bind(after).bind(pageSize);
     QList<Note> notes;
     while (rows.next()) {
         notes.append(noteOfRow(rows));
@@ -49,14 +50,20 @@ bool NoteStore::read(const QString& user, qint64 id, Note& note) const
     return true;
 }
 
-void NoteStore::create(const QString& user, Note& note)
+// In one statement, so that no other process can add a note between counting and adding.
+bool NoteStore::create(const QString& user, Note& note)
 {
-    Database::Statement(m_database, "INSERT INTO notes (user, title, text) VALUES (?, ?, ?)")
+    Database::Statement(m_database,
+                        "INSERT INTO notes (user, title, text) SELECT ?, ?, ? "
+                        "WHERE (SELECT count(*) FROM notes WHERE user = ?) < ?")
         .bind(user)
         .bind(note.title)
         .bind(note.text)
+        .bind(user)
+        .bind(mostNotesOfUser)
         .next();
     note.id = m_database.lastInsertedId();
+    return m_database.changedRows() > 0;
 }
 
 bool NoteStore::change(const QString& user, const Note& note)

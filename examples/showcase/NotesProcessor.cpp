@@ -6,8 +6,9 @@
 #include "NoteJson.h"
 #include "NoteStore.h"
 #include "Replies.h"
+#include "ReplyHeader.h"
+#include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "http/BwaHttp201StatusJsonHeader.h"
 #include "sessions/BwaWebSession.h"
 
 #include <QJsonArray>
@@ -22,12 +23,7 @@ NotesProcessor::NotesProcessor(BwaAbstractFcgiSessionIdentifier* identifier, Not
 void NotesProcessor::processGetMethod(BwaFcgiRequest* request)
 {
     if (const BwaWebSession* session = authenticateRequest(request)) {
-        QJsonArray array;
-        const QList<Note> notes = m_store->notes(session->username());
-        for (const Note& note : notes) {
-            array.append(noteToJson(note));
-        }
-        sendJson(request, array);
+        list(request, session->username());
     }
     delete request;
 }
@@ -40,14 +36,34 @@ void NotesProcessor::processPostMethod(BwaFcgiRequest* request)
     delete request;
 }
 
+void NotesProcessor::list(BwaFcgiRequest* request, const QString& user)
+{
+    const QString after =
+        request->cgiRequest()->queryVariables().value(QStringLiteral("after"), QStringLiteral("0"));
+    const qint64 id = parseId(after);
+    if (id == 0 && after != QLatin1String("0")) {
+        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        return;
+    }
+    QJsonArray array;
+    const QList<Note> notes = m_store->notes(user, id);
+    for (const Note& note : notes) {
+        array.append(noteToJson(note));
+    }
+    sendJson(request, array);
+}
+
 void NotesProcessor::create(BwaFcgiRequest* request, const QString& user)
 {
     Note note;
     if (!readNote(request, note)) {
         return;
     }
-    m_store->create(user, note);
+    if (!m_store->create(user, note)) {
+        request->sendHttpError(BwaFcgiRequest::Conflict);
+        return;
+    }
     const QString location = request->fullPath() + QStringLiteral("/%1").arg(note.id);
-    request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"), location);
+    request->out() << ReplyHeader::created(location);
     writeJson(request, noteToJson(note));
 }

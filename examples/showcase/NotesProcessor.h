@@ -8,7 +8,11 @@
 
 class NoteStore;
 
-/** All notes of the user who is logged in: GET lists them, POST creates one. */
+/**
+ * The notes of the user who is logged in: GET lists 200 of them at most, those behind the note of
+ * the id that the variable "after" holds or the first ones; POST creates one, or answers 409 when
+ * the user has 1000.
+ */
 class NotesProcessor : public BwaStandardFcgiRequestProcessor
 {
 public:
@@ -20,6 +24,7 @@ protected:
     void processPostMethod(BwaFcgiRequest* request) override;
 
 private:
+    void list(BwaFcgiRequest* request, const QString& user);
     void create(BwaFcgiRequest* request, const QString& user);
 
     NoteStore* m_store;

@@ -3,11 +3,11 @@
 
 #include "PageProcessor.h"
 
+#include "ReplyHeader.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "html/BwaHtmlDoctype.h"
 #include "html/BwaHtmlElement.h"
-#include "http/BwaHttpHtmlHeader.h"
 
 namespace {
 
@@ -41,7 +41,7 @@ void PageProcessor::processGetMethod(BwaFcgiRequest* request)
     BwaHtmlElement html(QStringLiteral("html"));
     fillPage(html, QStringLiteral("Hello, %1").arg(name.toHtmlEscaped()));
 
-    request->out() << BwaHttpHtmlHeader(QStringLiteral("utf-8"))
+    request->out() << ReplyHeader(QStringLiteral("text/html; charset=utf-8"))
                    << BwaHtmlDoctype(BwaHtmlDoctype::Html5) << html << '\n';
     delete request;
 }

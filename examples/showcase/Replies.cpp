@@ -3,9 +3,9 @@
 
 #include "Replies.h"
 
+#include "ReplyHeader.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "http/BwaHttpJsonHeader.h"
 #include "services/BwaAbstractFcgiRequestProcessor.h"
 
 #include <QJsonArray>
@@ -28,6 +28,36 @@ bool isTooLarge(BwaFcgiRequest* request)
     }
     request->sendHttpError(BwaFcgiRequest::PayloadTooLarge);
     return true;
+}
+
+const char* reasonOf(BwaCgiRequest::BodyFailure failure)
+{
+    switch (failure) {
+    case BwaCgiRequest::BodyFailure::TooLarge:
+        return "it is too large";
+    case BwaCgiRequest::BodyFailure::TooManyFormFields:
+        return "it has too many fields";
+    case BwaCgiRequest::BodyFailure::TooManyParts:
+        return "it has too many parts";
+    case BwaCgiRequest::BodyFailure::NotClosed:
+        return "its last boundary is missing";
+    case BwaCgiRequest::BodyFailure::EndedEarly:
+        return "it ended early";
+    default:
+        return "there is no memory for it";
+    }
+}
+
+// The log says why; the client learns whether the body was beyond a limit.
+void refuseBody(BwaFcgiRequest* request)
+{
+    using Failure = BwaCgiRequest::BodyFailure;
+    const Failure failure = request->cgiRequest()->bodyFailure();
+    const bool isBeyondLimit = failure == Failure::TooLarge ||
+        failure == Failure::TooManyFormFields || failure == Failure::TooManyParts;
+    request->err() << "A body was refused: " << reasonOf(failure);
+    request->sendHttpError(isBeyondLimit ? BwaFcgiRequest::PayloadTooLarge
+                                         : BwaFcgiRequest::BadRequest);
 }
 
 } // namespace
@@ -53,9 +83,16 @@ QJsonObject variablesToJson(const QMultiHash<QString, QString>& variables, Varia
     return object;
 }
 
+// "+1" and "01" are numbers as well, but a resource has one address.
+qint64 parseId(const QString& text)
+{
+    const qint64 id = text.toLongLong();
+    return QString::number(id) == text ? id : 0;
+}
+
 void sendJson(BwaFcgiRequest* request, const QJsonValue& value)
 {
-    request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"));
+    request->out() << ReplyHeader(QStringLiteral("application/json; charset=utf-8"));
     writeJson(request, value);
 }
 
@@ -79,7 +116,7 @@ bool readForm(BwaFcgiRequest* request, const char* mediaType)
         return false;
     }
     if (!request->cgiRequest()->processBodyContent()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
+        refuseBody(request);
         return false;
     }
     return true;

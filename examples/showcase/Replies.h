@@ -28,6 +28,9 @@ enum class VariableNames { Utf8, Text };
 QJsonObject variablesToJson(const QMultiHash<QString, QString>& variables,
                             VariableNames encoding = VariableNames::Utf8);
 
+/** The id that @a text is, written as this API writes it; 0, which nothing has, for others. */
+qint64 parseId(const QString& text);
+
 /** Answers 200 with @a value, an object or an array. */
 void sendJson(BwaFcgiRequest* request, const QJsonValue& value);
 /** Writes @a value alone, for replies with a header of their own. */

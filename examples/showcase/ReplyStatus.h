@@ -24,6 +24,7 @@ public:
      * reply without a status line, and for none at all 500, which the web server says then.
      */
     static void follow(std::ostream& reply, const Receiver& receiver);
+    ~ReplyStatus() override;
 
 protected:
     int overflow(int character) override;
@@ -32,7 +33,6 @@ protected:
 
 private:
     ReplyStatus(std::streambuf* buffer, const Receiver& receiver);
-    ~ReplyStatus() override;
 
     static int place();
     static void streamChanges(std::ios_base::event event, std::ios_base& stream, int place);

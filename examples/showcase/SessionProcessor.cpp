@@ -6,46 +6,38 @@
 #include "Accounts.h"
 #include "PasswordChecker.h"
 #include "Replies.h"
+#include "ReplyHeader.h"
 #include "SessionIdentifier.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "http/BwaHttp201StatusJsonHeader.h"
 #include "http/BwaHttp204StatusHeader.h"
-#include "http/BwaHttpJsonHeader.h"
 #include "json/BwaJsonUtilities.h"
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 
 #include <QJsonObject>
+#include <QTimer>
+#include <QVariant>
+
+#include <algorithm>
 
 #include <arpa/inet.h>
 
 namespace {
 
-// Each session costs two timers; nobody needs more than this at a time.
-constexpr int mostSessionsPerUser = 100;
+constexpr int mostSessionsPerUser = 20;
 
 // In a minute. A lower limit for a user would help those who want to lock the user out.
 constexpr int mostFailuresOfUser = 20;
 constexpr int mostFailuresOfAddress = 60; // shared by all behind one router
 
+const char* const loginTime = "loginTime"; // a property of sessions, ns
+
 constexpr int longestLogin = 100; // characters of a user's name or a password
 
-// Out of reach of scripts, and sent to this API only. Behind TLS it would be secure as well.
-BwaHttpCookie cookie(const QString& name, const QUuid& value)
+QList<BwaHttpCookie> expiredCookies(BwaFcgiRequest* request, const BwaWebSession& session)
 {
-    return BwaHttpCookie(name, value.toString(), 0, QString(), QStringLiteral("/api"), false, true);
-}
-
-QList<BwaHttpCookie> cookiesOf(const BwaWebSession& session)
-{
-    return {cookie(SessionIdentifier::sessionCookieName(), session.sessionId()),
-            cookie(SessionIdentifier::tokenCookieName(), session.token())};
-}
-
-QList<BwaHttpCookie> expiredCookiesOf(const BwaWebSession& session)
-{
-    QList<BwaHttpCookie> cookies = cookiesOf(session);
+    QList<BwaHttpCookie> cookies = SessionIdentifier::cookies(request, session);
     for (BwaHttpCookie& cookie : cookies) {
         cookie.expired = true;
     }
@@ -61,22 +53,31 @@ QString authorizationOf(const BwaWebSession& session)
 // Whoever has an IPv6 address has the 2^64 of its network as well, so these count as one.
 QString networkOf(const QString& address)
 {
-    in6_addr bytes;
+    in6_addr bytes{};
     if (inet_pton(AF_INET6, address.toLatin1().constData(), &bytes) != 1) {
         return address;
     }
     return QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(&bytes), 8).toHex());
 }
 
+// However often its token is renewed: a stolen session must not last for ever.
+void endInTime(BwaWebSession* session, int longestAge)
+{
+    auto* const end = new QTimer(session);
+    end->setSingleShot(true);
+    QObject::connect(end, &QTimer::timeout, session, &BwaWebSession::remove);
+    end->start(longestAge);
+}
+
 enum class Credentials { InBody, InCookies };
 
 void sendCredentials(BwaFcgiRequest* request, const BwaWebSession& session, int tokenLifetime,
-                     Credentials where, BwaHttpContentHeader&& header)
+                     Credentials where, ReplyHeader&& header)
 {
     QJsonObject body{{QStringLiteral("tokenLifetime"), tokenLifetime},
                      {QStringLiteral("user"), session.username()}};
     if (where == Credentials::InCookies) {
-        header.cookies = cookiesOf(session);
+        header.cookies = SessionIdentifier::cookies(request, session);
     } else {
         body.insert(QStringLiteral("authorization"), authorizationOf(session));
     }
@@ -132,17 +133,18 @@ void SessionProcessor::processPutMethod(BwaFcgiRequest* request)
         sendCredentials(request, *session, m_lifetimes.token,
                         SessionIdentifier::isByHeader(request) ? Credentials::InBody
                                                                : Credentials::InCookies,
-                        BwaHttpJsonHeader(QStringLiteral("utf-8")));
+                        ReplyHeader(QStringLiteral("application/json; charset=utf-8")));
     }
     delete request;
 }
 
 void SessionProcessor::processDeleteMethod(BwaFcgiRequest* request)
 {
-    if (BwaWebSession* session = authenticateRequest(request)) {
+    const bool acceptExpiredToken = true; // whoever comes late may leave all the same
+    if (BwaWebSession* session = authenticateRequest(request, acceptExpiredToken)) {
         BwaHttp204StatusHeader header;
         if (!SessionIdentifier::isByHeader(request)) {
-            header.cookies = expiredCookiesOf(*session);
+            header.cookies = expiredCookies(request, *session);
         }
         session->remove();
         request->out() << header;
@@ -201,20 +203,35 @@ void SessionProcessor::answer(BwaFcgiRequest* request, const Login& login, bool 
     }
     m_failuresOfUser.takeBack(login.user, now());
     m_failuresOfAddress.takeBack(login.network, now());
-    if (m_sessions->sessions(login.user).size() >= mostSessionsPerUser) {
-        request->sendHttpError(BwaFcgiRequest::TooManyRequests);
-    } else {
-        logIn(request, login);
-    }
+    logIn(request, login);
 }
 
-// Every login makes a new session: an id that the client brings along is never taken up.
+// Every login makes a new session: an id that the client brings along is never taken up, and the
+// session that it has ends.
 void SessionProcessor::logIn(BwaFcgiRequest* request, const Login& login)
 {
-    const BwaWebSession* const session =
+    if (BwaWebSession* const earlier = sessionIdentifier()->session(request)) {
+        earlier->remove();
+    }
+    makeRoom(login.user);
+    BwaWebSession* const session =
         m_sessions->createSession(login.user, m_lifetimes.token, m_lifetimes.removal);
-    sendCredentials(
-        request, *session, m_lifetimes.token,
-        login.useCookies ? Credentials::InCookies : Credentials::InBody,
-        BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"), QStringLiteral("/api/session")));
+    session->setProperty(loginTime, m_clock.nsecsElapsed());
+    endInTime(session, m_lifetimes.longestAge);
+    sendCredentials(request, *session, m_lifetimes.token,
+                    login.useCookies ? Credentials::InCookies : Credentials::InBody,
+                    ReplyHeader::created(QStringLiteral("/api/session")));
+}
+
+// The oldest session gives way: its user may have left it behind, and must not be locked out by it.
+void SessionProcessor::makeRoom(const QString& user)
+{
+    const QList<BwaWebSession*> sessions = m_sessions->sessions(user);
+    if (sessions.size() < mostSessionsPerUser) {
+        return;
+    }
+    const auto isOlder = [](const BwaWebSession* first, const BwaWebSession* second) {
+        return first->property(loginTime).toLongLong() < second->property(loginTime).toLongLong();
+    };
+    (*std::min_element(sessions.begin(), sessions.end(), isOlder))->remove();
 }

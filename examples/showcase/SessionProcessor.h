@@ -16,8 +16,9 @@ class PasswordChecker;
 class SessionIdentifier;
 
 struct SessionLifetimes {
-    int token;   // ms until a token expires
-    int removal; // ms from then until its session is removed
+    int token;      // ms until a token expires
+    int removal;    // ms from then until its session is removed
+    int longestAge; // ms from the login to the session's end, however often the token is renewed
 };
 
 /**
@@ -54,6 +55,7 @@ private:
     void checkLater(BwaFcgiRequest* request, const Login& login);
     void answer(BwaFcgiRequest* request, const Login& login, bool isPasswordRight);
     void logIn(BwaFcgiRequest* request, const Login& login);
+    void makeRoom(const QString& user);
     qint64 now() const { return m_clock.elapsed() / 1000; }
 
     BwaWebSessionManager* m_sessions;

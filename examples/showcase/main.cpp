@@ -38,8 +38,6 @@
 #include <iterator>
 #include <stdexcept>
 
-#include <sys/stat.h>
-
 namespace {
 
 struct Options {
@@ -48,7 +46,16 @@ struct Options {
     QString database;
     QString files;
     SessionLifetimes lifetimes;
+    bool demoAccounts;
+    bool diagnostics;
 };
+
+QCommandLineOption option(const char* name, const char* description, const char* valueName,
+                          const char* defaultValue = "")
+{
+    return QCommandLineOption(QString::fromLatin1(name), QString::fromLatin1(description),
+                              QString::fromLatin1(valueName), QString::fromLatin1(defaultValue));
+}
 
 // A path is bytes, not text: each becomes the character of that number, as Latin-1 has it, whatever
 // the locale, and where a path is used each becomes a byte again.
@@ -62,41 +69,49 @@ QStringList argumentsAsGiven(int argc, char** argv)
 
 Options parseCommandLine(const QStringList& arguments)
 {
+    const auto socket = option("socket",
+                               "The Unix socket, or address:port, for the front server; "
+                               "descriptor 0 without it.",
+                               "path");
+    const auto scriptName = option(
+        "script-name", "What the front server calls the API, /api; empty for one that names none.",
+        "name", "/api");
+    const auto database = option("database", "The file that keeps accounts and notes.", "path");
+    const auto files = option("files", "The folder that the front server may send from.", "path");
+    const auto token =
+        option("token-lifetime", "Until a token expires; 10 minutes.", "ms", "600000");
+    const auto removal =
+        option("removal-delay", "From then to the session's end; 1 minute.", "ms", "60000");
+    const auto longestAge = option("session-age",
+                                   "From the login to the session's end, however "
+                                   "often the token is renewed; 8 hours.",
+                                   "ms", "28800000");
+    const auto accounts = option("demo-accounts",
+                                 "Adds the accounts demo and guest, whose "
+                                 "passwords everybody knows.",
+                                 "");
+    const auto diagnostics = option("diagnostics",
+                                    "Serves /statistics and /failure, which are for "
+                                    "developers, to everybody.",
+                                    "");
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Serves the API of the demonstration, under the path /api, over FastCGI."));
     parser.addHelpOption();
-    const QCommandLineOption socket(QStringLiteral("socket"),
-                                    QStringLiteral("The Unix socket, or address:port, for the "
-                                                   "front server; descriptor 0 without it."),
-                                    QStringLiteral("path"));
-    const QCommandLineOption scriptName(
-        QStringLiteral("script-name"),
-        QStringLiteral("What the front server calls the API, /api; empty for one that names none."),
-        QStringLiteral("name"), QStringLiteral("/api"));
-    const QCommandLineOption database(QStringLiteral("database"),
-                                      QStringLiteral("The file that keeps accounts and notes."),
-                                      QStringLiteral("path"));
-    const QCommandLineOption files(
-        QStringLiteral("files"), QStringLiteral("The folder that the front server may send from."),
-        QStringLiteral("path"));
-    const QCommandLineOption tokenLifetime(QStringLiteral("token-lifetime"),
-                                           QStringLiteral("Until a token expires; 10 minutes."),
-                                           QStringLiteral("ms"), QStringLiteral("600000"));
-    const QCommandLineOption removalDelay(
-        QStringLiteral("removal-delay"),
-        QStringLiteral("From then to the session's end; 1 minute."), QStringLiteral("ms"),
-        QStringLiteral("60000"));
-    parser.addOptions({socket, scriptName, database, files, tokenLifetime, removalDelay});
+    parser.addOptions(
+        {socket, scriptName, database, files, token, removal, longestAge, accounts, diagnostics});
     parser.process(arguments);
     if (!parser.isSet(database) || !parser.isSet(files)) {
         parser.showHelp(2);
     }
-    return {parser.value(socket),
+    return {parser.isSet(socket) ? parser.value(socket) : QString(),
             parser.value(scriptName),
             parser.value(database),
             parser.value(files),
-            {parser.value(tokenLifetime).toInt(), parser.value(removalDelay).toInt()}};
+            {parser.value(token).toInt(), parser.value(removal).toInt(),
+             parser.value(longestAge).toInt()},
+            parser.isSet(accounts),
+            parser.isSet(diagnostics)};
 }
 
 // The tree of the API; the root owns what is added to it.
@@ -113,7 +128,6 @@ void addOpenServices(BwaDispatcherFcgiService& root, const QString& files)
     add("file", new FileProcessor(files));
     add("download", new DownloadProcessor(nullptr));
     add("page", new PageProcessor(nullptr));
-    add("failure", new FailingProcessor(nullptr));
 }
 
 // The web page, and below it what it consists of.
@@ -154,12 +168,12 @@ void addDemoAccounts(Accounts& accounts)
 int serve(QCoreApplication& application, const Options& options)
 {
     StopSignals stopSignals;
-    umask(
-        0117); // socket and database are for the user and the group, which the front server shares
 
     Database database(options.database);
     Accounts accounts(database);
-    addDemoAccounts(accounts);
+    if (options.demoAccounts) {
+        addDemoAccounts(accounts);
+    }
     PasswordChecker passwords;
     NoteStore notes(database);
     BwaWebSessionManager sessions;
@@ -180,8 +194,12 @@ int serve(QCoreApplication& application, const Options& options)
     QElapsedTimer clock;
     clock.start();
     Statistics statistics;
-    root.addService(QStringLiteral("statistics"),
-                    new BwaStandardFcgiService(new StatisticsProcessor(&statistics, &clock)));
+    if (options.diagnostics) {
+        root.addService(QStringLiteral("failure"),
+                        new BwaStandardFcgiService(new FailingProcessor(nullptr)));
+        root.addService(QStringLiteral("statistics"),
+                        new BwaStandardFcgiService(new StatisticsProcessor(&statistics, &clock)));
+    }
     CountingService counting(&top, &statistics, &clock);
 
     BwaFcgiListener listener({{options.scriptName, &counting}});

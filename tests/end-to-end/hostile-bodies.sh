@@ -40,7 +40,7 @@ expect_quick_refusal 415 "half a mebibyte of fields" -H "$form" --data-binary "@
 expect_quick_refusal 415 "16.7 MB of fields" -H "$form" --data-binary "@$work/many-separators" "$upload"
 expect_quick_refusal 415 "fields of no type" -H 'Content-Type;' --data-binary "@$work/many-separators" "$upload"
 expect_quick_refusal 415 "16.7 MB of JSON" -H 'Content-Type: application/json' --data-binary "@$work/array" "$upload"
-expect_quick_refusal 400 "221 parts" -H "$multipart" --data-binary "@$work/many-parts" "$upload"
+expect_quick_refusal 413 "221 parts" -H "$multipart" --data-binary "@$work/many-parts" "$upload"
 
 peak=$(awk '/^VmHWM/ { print $2 }' "/proc/$application_pid/status") # KiB
 [ "$peak" -lt 150000 ] || fail "the application took $peak KiB of memory"

@@ -3,7 +3,7 @@
 # SPDX-License-Identifier: MIT
 
 # token-lifetime.sh SHOWCASE SERVER: who renews the token in time stays in; an expired one is of no
-# use, not even for its own renewal.
+# use, not even for its own renewal, but to log out.
 
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -34,4 +34,5 @@ await is_refused || fail "the token never expired"
 expect_equal "renewal of an expired token" 401 \
     "$(status_of -X PUT -d '' -H "Authorization: $auth" "$api/session")"
 expect_equal "expired cookies" 403 "$(status_of -b "$work/cookies" "$api/session")"
+expect_equal "logout with an expired token" 204 "$(status_of -X DELETE -H "Authorization: $auth" "$api/session")"
 expect_equal "status after a new login" 200 "$(status_of -H "Authorization: $(log_in)" "$api/session")"

@@ -83,6 +83,37 @@ TEST(VariablesToJson, GivenManyValuesOfOneNameTakesLinearTime)
               24 * few); // a factor of 8 where the time is linear, 64 where it is not
 }
 
+TEST(ReadForm, WhenItRefusesABodyLogsWhy)
+{
+    BwaTestRequest request("POST");
+    request.setBody("multipart/form-data; boundary=b", "--b");
+
+    const BwaTestReply reply = request.sendTo([](BwaFcgiRequest* received) {
+        EXPECT_FALSE(readForm(received, multipart));
+        delete received;
+    });
+
+    EXPECT_EQ(reply.errorText, "A body was refused: its last boundary is missing");
+}
+
+TEST(ReadForm, GivenMorePartsThanAllowedSaysThatTheBodyIsTooLarge)
+{
+    BwaTestRequest request("POST");
+    request.addField("a", "1");
+    request.addField("b", "2");
+
+    const BwaTestReply reply = request.sendTo([](BwaFcgiRequest* received) {
+        BwaRequestLimits limits;
+        limits.maxParts = 1;
+        received->cgiRequest()->setRequestLimits(limits);
+        EXPECT_FALSE(readForm(received, multipart));
+        delete received;
+    });
+
+    EXPECT_EQ(reply.statusCode, 413);
+    EXPECT_EQ(reply.errorText, "A body was refused: it has too many parts");
+}
+
 struct BodyCase {
     const char* name;
     const char* mediaType;

@@ -9,10 +9,12 @@
 #include "Replies.h"
 #include "SessionIdentifier.h"
 #include "fcgi/BwaFcgiRequest.h"
+#include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 #include "testing/BwaTestRequest.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -46,6 +48,38 @@ BwaTestRequest loginOf(const QByteArray& user, const QByteArray& password,
     return request;
 }
 
+// As loginOf(), of somebody who wants cookies.
+BwaTestRequest loginWithCookies()
+{
+    BwaTestRequest request("POST");
+    request.setBody("application/json", R"({"user": "demo", "password": "tea", "cookies": true})");
+    return request;
+}
+
+// The Set-Cookie values, with ID for each id.
+QList<QByteArray> cookiesOf(const BwaTestReply& reply)
+{
+    QList<QByteArray> cookies = reply.headerValues("Set-Cookie");
+    for (QByteArray& cookie : cookies) {
+        cookie.replace(static_cast<int>(cookie.indexOf('{')), 38, "ID");
+    }
+    return cookies;
+}
+
+QByteArray cookieHeader(const QByteArray& prefix, const BwaWebSession* session)
+{
+    return prefix + "session=" + session->sessionId().toByteArray() + "; " + prefix +
+        "token=" + session->token().toByteArray();
+}
+
+void waitFor(const QObject* sender, const char* signal)
+{
+    QEventLoop loop;
+    QObject::connect(sender, signal, &loop, SLOT(quit()));
+    QTimer::singleShot(20000, &loop, SLOT(quit()));
+    loop.exec();
+}
+
 class Login : public testing::Test
 {
 protected:
@@ -73,6 +107,11 @@ protected:
         }
     }
 
+    BwaWebSession* newSession()
+    {
+        return m_sessions.createSession(QStringLiteral("demo"), 600000, 60000);
+    }
+
     int statusOf(const BwaTestRequest& request) { return request.sendTo(m_processor).statusCode; }
 
     int m_arguments = 0;
@@ -84,8 +123,9 @@ protected:
     PasswordChecker m_passwords{2};
     BwaWebSessionManager m_sessions;
     SessionIdentifier m_identifier{&m_sessions};
-    SessionProcessor m_processor{
-        &m_identifier, &m_sessions, &m_accounts, &m_passwords, {600000, 60000}};
+    SessionLifetimes m_lifetimes{600000, 60000, 3600000};
+    SessionProcessor m_processor{&m_identifier, &m_sessions, &m_accounts, &m_passwords,
+                                 m_lifetimes};
 };
 
 } // namespace
@@ -141,6 +181,92 @@ TEST_F(Login, GivenTheRightPasswordNothingIsCounted)
     for (int i = 0; i < 61; ++i) {
         EXPECT_EQ(statusOf(loginOf("demo", "tea")), 201);
     }
+}
+
+TEST_F(Login, GivenHttpSetsCookiesOfThisApi)
+{
+    const BwaTestReply reply = loginWithCookies().sendTo(m_processor);
+
+    EXPECT_EQ(reply.statusCode, 201);
+    EXPECT_EQ(cookiesOf(reply),
+              (QList<QByteArray>{"showcase-session=ID; Path=/api; SameSite=Strict; HttpOnly",
+                                 "showcase-token=ID; Path=/api; SameSite=Strict; HttpOnly"}));
+}
+
+TEST_F(Login, GivenHttpsSetsCookiesThatNoOtherHostCanSet)
+{
+    BwaTestRequest request = loginWithCookies();
+    request.setVariable("HTTPS", "on");
+
+    EXPECT_EQ(
+        cookiesOf(request.sendTo(m_processor)),
+        (QList<QByteArray>{"__Host-showcase-session=ID; Path=/; SameSite=Strict; Secure; HttpOnly",
+                           "__Host-showcase-token=ID; Path=/; SameSite=Strict; Secure; HttpOnly"}));
+}
+
+TEST_F(Login, GivenHttpsTakesNoCookiesThatAnotherHostMayHaveSet)
+{
+    const BwaWebSession* session = newSession();
+    BwaTestRequest request("GET");
+    request.setVariable("HTTPS", "on");
+
+    request.setHeader("Cookie", cookieHeader("showcase-", session));
+    EXPECT_EQ(statusOf(request), 403);
+    request.setHeader("Cookie", cookieHeader("__Host-showcase-", session));
+    EXPECT_EQ(statusOf(request), 200);
+}
+
+TEST_F(Login, GivenASessionOfTheSameClientEndsIt)
+{
+    const QUuid earlier = newSession()->sessionId();
+    BwaTestRequest request = loginOf("demo", "tea");
+    request.setHeader("Cookie", cookieHeader("showcase-", m_sessions.findSession(earlier)));
+
+    EXPECT_EQ(statusOf(request), 201);
+
+    EXPECT_EQ(m_sessions.findSession(earlier), nullptr);
+    EXPECT_EQ(m_sessions.sessions(QStringLiteral("demo")).size(), 1);
+}
+
+TEST_F(Login, GivenTheMostSessionsOfAUserEndsTheOldest)
+{
+    QList<QUuid> inOrder;
+    for (int i = 0; i < 22; ++i) {
+        const QByteArray body = loginOf("demo", "tea").sendTo(m_processor).body;
+        inOrder.append(QUuid(QString::fromLatin1(body.mid(body.indexOf('{', 1), 38))));
+    }
+
+    EXPECT_EQ(m_sessions.sessions(QStringLiteral("demo")).size(), 20);
+    EXPECT_EQ(m_sessions.findSession(inOrder.at(0)), nullptr);
+    EXPECT_EQ(m_sessions.findSession(inOrder.at(1)), nullptr);
+    EXPECT_NE(m_sessions.findSession(inOrder.at(2)), nullptr);
+}
+
+TEST_F(Login, WhenItsLongestAgeIsReachedTheSessionEndsWhateverItsToken)
+{
+    const SessionLifetimes lifetimes{600000, 60000, 300};
+    SessionProcessor processor(&m_identifier, &m_sessions, &m_accounts, &m_passwords, lifetimes);
+    EXPECT_EQ(loginOf("demo", "tea").sendTo(processor).statusCode, 201);
+
+    m_sessions.sessions(QStringLiteral("demo")).first()->generateNewToken();
+    waitFor(&m_sessions, SIGNAL(aboutToRemove(QUuid)));
+
+    EXPECT_TRUE(m_sessions.sessions(QStringLiteral("demo")).isEmpty());
+}
+
+TEST_F(Login, GivenAnExpiredTokenLogsOut)
+{
+    BwaWebSession* const session = m_sessions.createSession(QStringLiteral("demo"), 1, 600000);
+    waitFor(session, SIGNAL(tokenExpired()));
+    BwaTestRequest renewal("PUT");
+    renewal.setHeader("Cookie", cookieHeader("showcase-", session));
+    BwaTestRequest logout("DELETE");
+    logout.setHeader("Cookie", cookieHeader("showcase-", session));
+
+    EXPECT_EQ(statusOf(renewal), 403);
+    EXPECT_EQ(statusOf(logout), 204);
+
+    EXPECT_TRUE(m_sessions.sessions(QStringLiteral("demo")).isEmpty());
 }
 
 TEST_F(Login, WhenTooManyWaitIsRefused)

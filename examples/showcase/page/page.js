@@ -81,6 +81,10 @@ function explain(error) {
   if (error.status === 403) {
     showLogin();
     show("The session has ended. Please log in again.", "error");
+  } else if (error.status === 409) {
+    show("There is no room for more notes. Please delete some.", "error");
+  } else if (error.status === 429 || error.status === 503) {
+    show("There are too many logins just now. Please try again in a minute.", "error");
   } else if (error.status === 413) {
     show("This is more than the server takes.", "error");
   } else if (error instanceof TypeError) {
@@ -107,7 +111,7 @@ async function begin(session) {
   byId("account").hidden = false;
   byId("notes").hidden = false;
   renewLater(session);
-  showNotes(await call("GET", "notes"));
+  showNotes(await allNotes());
 }
 
 function renewLater(session) {
@@ -174,6 +178,17 @@ function noteItem(note) {
   content.append(newElement("h3", note.title), newElement("p", note.text));
   item.append(content, remove);
   return item;
+}
+
+// The API lists so many at a time; behind the last note there are none.
+async function allNotes() {
+  const notes = [];
+  let page;
+  do {
+    page = await call("GET", `notes?after=${notes.at(-1)?.id ?? 0}`);
+    notes.push(...page);
+  } while (page.length > 0);
+  return notes;
 }
 
 function showNotes(notes) {
@@ -266,7 +281,11 @@ async function poll() {
       const statistics = await call("GET", "statistics");
       showChart(statistics.seconds);
       byId("statuses").replaceChildren(...Object.entries(statistics.statuses).map(statusRow));
-    } catch {
+    } catch (error) {
+      if (error.status === 404) {
+        byId("statistics").hidden = true; // this server shows none
+        return;
+      }
       byId("chart-summary").textContent = "The server cannot be reached.";
     }
   }
