@@ -281,6 +281,7 @@ void BwaFcgiAcceptLoop::takeHeader(int connection)
 // request, or from @a header, which has been taken from it.
 void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
 {
+    m_connections->deleteEnded();
     auto request = std::make_unique<FCGX_Request>();
     FCGX_InitRequest(request.get(), m_listening, 0);
     // As if a request had been served on this connection before. With a socket to accept from, a

@@ -46,6 +46,15 @@ bool isAborted(int connection)
 BwaFcgiConnections::~BwaFcgiConnections()
 {
     close();
+    deleteEnded();
+}
+
+void BwaFcgiConnections::deleteParameters(FCGX_Request* request)
+{
+    if (request) {
+        FCGX_Free(request, 0);
+        delete request;
+    }
 }
 
 bool BwaFcgiConnections::open(int listening)
@@ -372,8 +381,13 @@ void BwaFcgiConnections::linger(int connection)
 
 void BwaFcgiConnections::closeNow(int connection)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    release(connection);
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!markClosed(connection)) {
+            return;
+        }
+    }
+    ::close(connection); // without the lock, which the other thread would wait for
 }
 
 void BwaFcgiConnections::wake()
@@ -400,18 +414,16 @@ void BwaFcgiConnections::beginWaiting(Connection& connection)
 void BwaFcgiConnections::setDeadline(Connection& connection, std::int64_t milliseconds)
 {
     connection.deadline = now() + milliseconds;
-    m_nextDeadline =
-        m_nextDeadline == 0 ? connection.deadline : std::min(m_nextDeadline, connection.deadline);
+    if (m_nextDeadline == 0 || connection.deadline < m_nextDeadline) {
+        m_nextDeadline = connection.deadline;
+    }
 }
 
 // Milliseconds until the next deadline, rounded up; -1 when there is none.
-int BwaFcgiConnections::timeout()
+int BwaFcgiConnections::timeout() const
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_nextDeadline == 0) {
-        return -1;
-    }
-    return static_cast<int>(std::max<std::int64_t>(m_nextDeadline - now(), 0)) + 1;
+    const std::int64_t deadline = m_nextDeadline;
+    return deadline == 0 ? -1 : static_cast<int>(std::max<std::int64_t>(deadline - now(), 0)) + 1;
 }
 
 void BwaFcgiConnections::closeOverdue()
@@ -452,14 +464,22 @@ void BwaFcgiConnections::changeState(Connection& connection, Connection::State s
 
 void BwaFcgiConnections::release(int descriptor)
 {
+    if (markClosed(descriptor)) {
+        ::close(descriptor);
+    }
+}
+
+// False when it has been closed already.
+bool BwaFcgiConnections::markClosed(int descriptor)
+{
     Connection& connection = m_connections[static_cast<std::size_t>(descriptor)];
     if (connection.state == Connection::Closed) {
-        return;
+        return false;
     }
     changeState(connection, Connection::Closed);
     connection = Connection();
-    ::close(descriptor);
     if (!m_keeps) {
         signalWakeUp(); // the last connection may have been waited for
     }
+    return true;
 }

@@ -111,6 +111,14 @@ public:
     /** The next request whose client has gone; null when there is none. */
     BwaFcgiRequest* nextGone();
 
+    /**
+     * Deletes @a request, of which nothing is left but its parameters, in the accepting thread,
+     * soon: memory is cheapest where the thread that allocated it also frees it.
+     */
+    void deleteLater(FCGX_Request* request) { deleteParameters(m_ended.exchange(request)); }
+    /** Does so now; for the accepting thread. */
+    void deleteEnded() { deleteParameters(m_ended.exchange(nullptr)); }
+
     /** Waits for the next request on a connection whose input has been read. */
     void keep(int connection);
     /** Closes the connection once the web server has, or after 200 ms. */
@@ -144,17 +152,19 @@ private:
         std::unique_ptr<Header> header;
     };
 
+    static void deleteParameters(FCGX_Request* request);
     void handleEvent(int descriptor, std::uint32_t events);
     void noteNews(int descriptor, Connection& connection);
     void discardInput(int descriptor);
     void tellGone(int descriptor);
     void beginWaiting(Connection& connection);
     void setDeadline(Connection& connection, std::int64_t milliseconds);
-    int timeout();
+    int timeout() const;
     void closeOverdue();
     bool watchWithEpoll(int descriptor, Connection& connection);
     void changeState(Connection& connection, Connection::State state);
     void release(int descriptor);
+    bool markClosed(int descriptor);
     void signalWakeUp();
 
     std::mutex m_mutex; // guards what follows
@@ -163,12 +173,13 @@ private:
     int m_wakeUp = -1; // an eventfd in the epoll set
     int m_listening = -1;
     bool m_keeps = false;
-    std::vector<Connection> m_connections; // by descriptor
-    std::size_t m_counts[4] = {};          // of connections in each state
-    std::deque<FCGX_Request*> m_untaken;   // owned; in the order of acceptance
-    std::deque<int> m_gone;                // whose request is to be told
-    std::int64_t m_nextDeadline = 0;       // ms of the steady clock; 0: none
+    std::vector<Connection> m_connections;       // by descriptor
+    std::size_t m_counts[4] = {};                // of connections in each state
+    std::deque<FCGX_Request*> m_untaken;         // owned; in the order of acceptance
+    std::deque<int> m_gone;                      // whose request is to be told
+    std::atomic<std::int64_t> m_nextDeadline{0}; // ms of the steady clock; 0: none
 
+    std::atomic<FCGX_Request*> m_ended{nullptr}; // owned; to be deleted
     std::atomic<std::size_t> m_mostWaiting{1024};
     std::vector<int> m_ready;         // the accepting thread's
     bool m_listeningHasEnded = false; // the accepting thread's

@@ -16,10 +16,20 @@ namespace {
 
 const std::size_t mostUnread = 64 * 1024; // bytes that are read to save a connection
 
-void deleteRequest(FCGX_Request* request)
+void finishAndDelete(FCGX_Request* request)
 {
     FCGX_Finish_r(request);
     delete request;
+}
+
+// The accepting thread has allocated the parameters, some dozen pieces, and frees them fastest.
+void deleteInTwoSteps(FCGX_Request* request, BwaFcgiConnections* connections)
+{
+    FCGX_Request parameters = {};
+    std::swap(parameters.paramsPtr, request->paramsPtr);
+    FCGX_Finish_r(request);
+    *request = parameters;
+    connections->deleteLater(request);
 }
 
 timeval timeOf(int milliseconds)
@@ -114,11 +124,12 @@ void BwaFcgiExchange::complete()
     const bool isReplySent = FCGX_GetError(m_request->out) == 0;
     if (m_connections) {
         leaveConnection(isReplySent);
+        deleteInTwoSteps(std::exchange(m_request, nullptr), m_connections.data());
     } else {
         m_request->keepConnection = 0;                 // nobody waits for its next request
         m_request->detached = inputHasEnded() ? 1 : 0; // closes at once; else waits for the peer
+        finishAndDelete(std::exchange(m_request, nullptr));
     }
-    deleteRequest(std::exchange(m_request, nullptr));
 }
 
 // Closing a connection with input unread resets it, and a reply on its way may be lost.
@@ -160,5 +171,5 @@ void BwaFcgiExchange::drop(FCGX_Request* request, BwaFcgiConnections* connection
     }
     request->keepConnection = 0;
     request->detached = 1;
-    deleteRequest(request);
+    finishAndDelete(request);
 }
