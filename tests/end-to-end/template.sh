@@ -30,6 +30,7 @@ start_front lighttpd
 api=http://127.0.0.1:$port/api
 expect_equal "greeting" '{"greeting":"Hello, Ada"}' "$(curl -s "$api/greeting?name=Ada")"
 expect_equal "the folder that both were started in" 404 "$(status_of "${api%/api}/main.cpp")"
+expect_405 DELETE "$api/greeting?name=Ada"
 expect_objects_only "$api/greeting"
 expect_small_bodies_only "$api/greeting"
 restart_front_without_limit

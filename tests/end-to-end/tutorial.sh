@@ -32,9 +32,11 @@ step[12])
     expect_small_bodies_only "$api/tasks"
     ;;
 step[34])
+    expect_405 DELETE "$api/tasks"
     expect_objects_only "$api/tasks"
     expect_small_bodies_only "$api/tasks"
     expect_a_full_list
+    [ "$2" = step3 ] || expect_one_path_only 5 "$api/tasks"
     ;;
 step[56])
     expect_objects_only "$api/session"
@@ -42,5 +44,6 @@ step[56])
     authorization="Authorization: $(curl -s --json '{"user": "ann", "password": "tea and biscuits"}' "$api/session" | authorization)"
     expect_objects_only -H "$authorization" "$api/tasks"
     expect_a_full_list -H "$authorization"
+    expect_one_path_only 5 "$api/tasks" -H "$authorization"
     ;;
 esac
