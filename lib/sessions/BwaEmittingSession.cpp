@@ -3,6 +3,8 @@
 
 #include "sessions/BwaEmittingSession_p.h"
 
+#include <utility>
+
 namespace {
 
 thread_local BwaWebSession* emittingSession = nullptr; // not owned
@@ -20,7 +22,7 @@ BwaEmittingSession::~BwaEmittingSession()
     emittingSession = m_previous;
 }
 
-BwaWebSession* BwaEmittingSession::current()
+BwaWebSession* BwaEmittingSession::take()
 {
-    return emittingSession;
+    return std::exchange(emittingSession, nullptr);
 }

@@ -93,10 +93,11 @@ BwaWebSession* BwaWebSessionManager::adopt(BwaWebSession* session)
     return session;
 }
 
-// Qt's sender() searches all that is connected.
+// Qt's sender() searches all that is connected. Of a session that can be found this manager is the
+// first to hear, because it was the first to be connected.
 BwaWebSession* BwaWebSessionManager::senderSession() const
 {
-    BwaWebSession* const emitting = BwaEmittingSession::current();
-    return emitting && emitting->parent() == this ? emitting
-                                                  : qobject_cast<BwaWebSession*>(sender());
+    BwaWebSession* const emitting = BwaEmittingSession::take();
+    const bool isFound = emitting && findSession(emitting->sessionId()) == emitting;
+    return isFound ? emitting : qobject_cast<BwaWebSession*>(sender());
 }

@@ -17,7 +17,8 @@ class BwaWebSession;
 /**
  * Owns the web sessions of an application and finds them by their ids.
  *
- * It lives, as its sessions do, in the thread of the listener whose requests it authenticates. It
+ * It lives, as its sessions do, in the thread of the listener whose requests it authenticates. Move
+ * it there before it has sessions: their timers run in the thread that has started them. It
  * must outlive the session identifiers that use it; the sessions end with it without any signal.
  */
 class BWA_EXPORT BwaWebSessionManager : public QObject

@@ -542,6 +542,65 @@ TEST_F(BwaWebSessionManagerTest, WhenTheNewerOfTwoIsRemovedTheOlderLivesOnUnfoun
     EXPECT_EQ(manager.findSession(id1), nullptr);
 }
 
+// Signals that somebody has connected to signals
+
+TEST_F(BwaWebSessionManagerTest, WhenARemovalIsPassedOnToAnotherSessionForgetsBoth)
+{
+    BwaWebSession* const first = manager.createSession(ann, id1, token);
+    BwaWebSession* const second = manager.createSession(bob, id2, token);
+    QObject::connect(first, &BwaWebSession::aboutToRemove, second, &BwaWebSession::aboutToRemove);
+    const SignalRecorder recorder(&manager);
+
+    first->remove();
+
+    EXPECT_THAT(recorder.texts,
+                ElementsAre(signalText("aboutToRemove", id1), signalText("aboutToRemove", id2)));
+    EXPECT_EQ(manager.findSession(id2), nullptr);
+}
+
+TEST_F(BwaWebSessionManagerTest, WhenAnExpiryIsPassedOnToAnotherSessionTellsBoth)
+{
+    BwaWebSession* const first = manager.createSession(ann, lifetime, -1);
+    const BwaWebSession* const second = manager.createSession(bob, id2, token);
+    QObject::connect(first, &BwaWebSession::tokenExpired, second, &BwaWebSession::tokenExpired);
+    const SignalRecorder recorder(&manager);
+
+    clock->advance(lifetime);
+
+    EXPECT_THAT(recorder.texts,
+                ElementsAre(signalText("tokenExpired", first->sessionId()),
+                            signalText("tokenExpired", id2)));
+}
+
+TEST_F(BwaWebSessionManagerTest, WhenASessionNoLongerFoundPassesItsRemovalOnForgetsTheOther)
+{
+    BwaWebSession* const first = manager.createSession(ann, id1, token);
+    const BwaWebSession* const second = manager.createSession(bob, id2, token);
+    first->remove();
+    QObject::connect(first, &BwaWebSession::aboutToRemove, second, &BwaWebSession::aboutToRemove);
+    const SignalRecorder recorder(&manager);
+
+    first->remove();
+
+    EXPECT_THAT(recorder.texts, ElementsAre(signalText("aboutToRemove", id2)));
+}
+
+// Through the manager's own signal, while it tells the first removal.
+TEST_F(BwaWebSessionManagerTest, WhenItsOwnSignalIsPassedOnToASessionForgetsBoth)
+{
+    BwaWebSession* const first = manager.createSession(ann, id1, token);
+    const BwaWebSession* const second = manager.createSession(bob, id2, token);
+    QObject::connect(&manager, &BwaWebSessionManager::aboutToRemove, second,
+                     &BwaWebSession::aboutToRemove);
+    const SignalRecorder recorder(&manager);
+
+    first->remove();
+
+    EXPECT_EQ(manager.findSession(id1), nullptr);
+    EXPECT_EQ(manager.findSession(id2), nullptr);
+    EXPECT_EQ(recorder.texts.size(), 2U);
+}
+
 // Real time
 
 TEST_F(BwaWebSessionManagerInRealTime, ForgetsASessionThatHasRunOut)
