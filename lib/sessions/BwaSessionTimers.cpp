@@ -6,6 +6,9 @@
 //
 // Most timers are started again before they fire, always for a later time. Such a timer keeps its
 // place in the queue, too early as it now is, and moves back when its turn comes.
+//
+// Qt's timer counts whole milliseconds. It wakes up within the last one before a timer is due, and
+// then each time around the event loop: a timer of Qt that was started later never fires before.
 
 #include "BwaQtVersion_p.h"
 #include "sessions/BwaSessionTimers_p.h"
@@ -51,7 +54,9 @@ private:
         Turn place; // in the queue; not later than its turn
     };
 
+    bool fireDue();
     QTimer* takeDue(Clock::time_point now);
+    void moveBackFirst();
     void wakeUpForFirst();
     void wakeUpBy(Clock::time_point due);
 
@@ -97,34 +102,57 @@ void TimerQueue::remove(QTimer* timer)
 void TimerQueue::timerEvent(QTimerEvent* /*event*/)
 {
     stop();
+    if (!fireDue()) {
+        wakeUpForFirst();
+        fireDue(); // what has become due before Qt's timer ran again
+    }
+    wakeUpForFirst();
+}
+
+// Fires what is due; false when nothing is.
+bool TimerQueue::fireDue()
+{
     const Clock::time_point now = Clock::now();
+    bool hasFired = false;
     while (QTimer* const timer = takeDue(now)) {
+        hasFired = true;
         wakeUpForFirst(); // what it calls may run an event loop
         QMetaObject::invokeMethod(timer, "timeout", Qt::DirectConnection);
     }
-    wakeUpForFirst();
+    return hasFired;
 }
 
 // The next timer that is to fire, no longer running; null if none is due.
 QTimer* TimerQueue::takeDue(Clock::time_point now)
 {
-    while (!m_queue.empty() && m_queue.begin()->first.due <= now) {
-        auto first = m_queue.extract(m_queue.begin());
-        const auto running = m_running.find(first.mapped());
-        const Turn turn = running->second.turn;
-        if (turn.start == running->second.place.start) {
-            m_running.erase(running);
-            return first.mapped();
+    moveBackFirst();
+    if (m_queue.empty() || m_queue.begin()->first.due > now) {
+        return nullptr;
+    }
+    QTimer* const timer = m_queue.begin()->second;
+    m_queue.erase(m_queue.begin());
+    m_running.erase(timer);
+    return timer;
+}
+
+// Moves timers back until the first one has the place of its turn.
+void TimerQueue::moveBackFirst()
+{
+    while (!m_queue.empty()) {
+        Running& running = m_running.at(m_queue.begin()->second);
+        if (running.turn.start == running.place.start) {
+            return;
         }
-        running->second.place = turn;
-        first.key() = turn;
+        running.place = running.turn;
+        auto first = m_queue.extract(m_queue.begin());
+        first.key() = running.turn;
         m_queue.insert(std::move(first));
     }
-    return nullptr;
 }
 
 void TimerQueue::wakeUpForFirst()
 {
+    moveBackFirst();
     if (!m_queue.empty()) {
         wakeUpBy(m_queue.begin()->first.due);
     }
@@ -137,7 +165,7 @@ void TimerQueue::wakeUpBy(Clock::time_point due)
         return;
     }
     m_wakeUp = m_queue.empty() ? due : std::min(due, m_queue.begin()->first.due);
-    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(m_wakeUp - Clock::now());
+    const auto wait = std::chrono::floor<std::chrono::milliseconds>(m_wakeUp - Clock::now());
     start(static_cast<int>(qMax<qint64>(0, wait.count())));
 }
 

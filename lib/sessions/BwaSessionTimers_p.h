@@ -10,8 +10,9 @@ class QTimer;
  * Starts and stops the timers of sessions, each in a time that hardly depends on their number.
  *
  * A timer that was started here emits timeout() once, as a precise single-shot timer does: never
- * early, in the order of the due times, those of the same time in the order of their start. Its own
- * start() and stop() are not used. Each thread has its own, which ends with its event loop.
+ * early, in the order of the due times, those of the same time in the order of their start, also
+ * among precise timers of Qt. Its own start() and stop() are not used. Each thread has its own,
+ * which ends with its event loop.
  */
 namespace BwaSessionTimers {
 

@@ -8,17 +8,11 @@
 
 namespace {
 
-// Ready to start; starting is up to the caller.
-void setUpTimer(QTimer& timer, int interval)
+// A negative interval means never. Newer timers of Qt would take it for a short one.
+void startUnlessNegative(QTimer& timer, int interval)
 {
-    timer.setInterval(interval);
-    timer.setSingleShot(true);
-}
-
-// A negative interval means never.
-void startUnlessNegative(QTimer& timer)
-{
-    if (timer.interval() >= 0) {
+    if (interval >= 0) {
+        timer.setInterval(interval);
         BwaSessionTimers::start(&timer);
     }
 }
@@ -32,8 +26,10 @@ BwaWebSession::BwaWebSession(const QString& username, int tokenLifetime, int rem
     , m_tokenExpired(true)
     , m_removalStarted(false)
     , m_username(username)
+    , m_tokenLifetime(tokenLifetime)
+    , m_removalDelay(removalDelay)
 {
-    setUpTimers(tokenLifetime, removalDelay);
+    setUpTimers();
     generateNewToken();
 }
 
@@ -45,8 +41,10 @@ BwaWebSession::BwaWebSession(const QString& username, const QUuid& sessionId, co
     , m_tokenExpired(false)
     , m_removalStarted(false)
     , m_username(username)
+    , m_tokenLifetime(-1)
+    , m_removalDelay(-1)
 {
-    setUpTimers(-1, -1);
+    setUpTimers();
     qWarning("Non-expiring Web session created for user \"%s\"",
              username.toLocal8Bit().constData());
 }
@@ -63,7 +61,7 @@ QUuid BwaWebSession::generateNewToken()
     callRemovalOff();
     m_token = QUuid::createUuid();
     m_tokenExpired = false;
-    startUnlessNegative(m_tokenTimer);
+    startUnlessNegative(m_tokenTimer, m_tokenLifetime);
     return m_token;
 }
 
@@ -80,7 +78,7 @@ void BwaWebSession::expireToken()
 {
     if (endToken()) {
         m_removalStarted = true;
-        startUnlessNegative(m_removalTimer);
+        startUnlessNegative(m_removalTimer, m_removalDelay);
     }
 }
 
@@ -104,10 +102,10 @@ bool BwaWebSession::endToken()
     return true;
 }
 
-void BwaWebSession::setUpTimers(int tokenLifetime, int removalDelay)
+void BwaWebSession::setUpTimers()
 {
     connect(&m_tokenTimer, SIGNAL(timeout()), this, SLOT(expireToken()));
-    setUpTimer(m_tokenTimer, tokenLifetime);
+    m_tokenTimer.setSingleShot(true);
     connect(&m_removalTimer, SIGNAL(timeout()), this, SLOT(remove()));
-    setUpTimer(m_removalTimer, removalDelay);
+    m_removalTimer.setSingleShot(true);
 }

@@ -65,7 +65,7 @@ private Q_SLOTS:
 private:
     bool endToken(); // false when it had expired before
     void callRemovalOff();
-    void setUpTimers(int tokenLifetime, int removalDelay);
+    void setUpTimers();
 
     QUuid m_sessionId;
     QUuid m_token;
@@ -74,6 +74,8 @@ private:
     QTimer m_removalTimer;
     QTimer m_tokenTimer;
     QString m_username;
+    const int m_tokenLifetime; // milliseconds; negative: never
+    const int m_removalDelay;  // milliseconds; negative: never
 };
 
 #endif

@@ -663,6 +663,28 @@ TEST_F(BwaWebSessionInRealTime, NeverExpiresEarly)
     EXPECT_GE(earliest, 0);
 }
 
+// Renewed in between, so that the wake-up for its first token does not decide.
+TEST_F(BwaWebSessionInRealTime, ExpiresBeforeATimerOfQtThatWasStartedLater)
+{
+    for (int round = 0; round < 40; ++round) {
+        BwaWebSession session(user, 5, -1);
+        QTimer pause;
+        pause.start(2);
+        ASSERT_TRUE(waitFor(&pause, &QTimer::timeout));
+        QTimer later;
+        later.setTimerType(Qt::PreciseTimer);
+        bool expiredBefore = false;
+        QObject::connect(&later, &QTimer::timeout,
+                         [&] { expiredBefore = session.isTokenExpired(); });
+        session.generateNewToken();
+        later.start(5);
+
+        ASSERT_TRUE(waitFor(&later, &QTimer::timeout));
+
+        ASSERT_TRUE(expiredBefore) << "in round " << round;
+    }
+}
+
 TEST_F(BwaWebSessionInRealTime, WhenASlotRunsAnEventLoopOthersExpireInIt)
 {
     const BwaWebSession first(user, 1, -1);
