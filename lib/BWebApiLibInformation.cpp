@@ -35,5 +35,5 @@ QString BWebApiLibInformation::libraryVersion()
 QDateTime BWebApiLibInformation::libraryDateTime()
 {
     static const QDateTime dateTime = compilationDateTime();
-    return dateTime;
+    return dateTime.isValid() ? dateTime : compilationDateTime();
 }

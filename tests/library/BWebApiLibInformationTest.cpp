@@ -3,6 +3,7 @@
 
 #include "BWebApiLibInformation.h"
 
+#include "library/DateToldLater.h"
 #include "support/QtPrinters.h"
 
 #include <QLocale>
@@ -73,6 +74,7 @@ BWA_BUILT_AT(BuiltOnAnUnknownDay)
 BWA_BUILT_AT(BuiltOnAnImpossibleDay)
 BWA_BUILT_AT(BuiltUnderAGermanSystem)
 BWA_BUILT_AT(BuiltForThreads)
+BWA_BUILT_AT(BuiltOnADayToldLater)
 
 namespace {
 
@@ -140,6 +142,16 @@ TEST(CompilationDateTime, GivenAnUnknownDateStaysNullAtEachCall)
 {
     EXPECT_TRUE(BuiltOnAnUnknownDay::libraryDateTime().isNull());
     EXPECT_TRUE(BuiltOnAnUnknownDay::libraryDateTime().isNull());
+}
+
+TEST(CompilationDateTime, WhenTheDateCouldNotBeReadReadsItAgainAtTheNextCall)
+{
+    isDateTold = false;
+    EXPECT_TRUE(BuiltOnADayToldLater::libraryDateTime().isNull());
+
+    isDateTold = true;
+    EXPECT_EQ(isoText(BuiltOnADayToldLater::libraryDateTime()),
+              QLatin1String("2026-05-17T08:00:00"));
 }
 
 TEST(CompilationDateTime, GivenAnImpossibleDateIsNotValid)
