@@ -50,7 +50,11 @@ public:
     BWA_JSON_EXTRACTOR(integerValue, long double)
     /** @} */
 
-    /** Any number. For a float, one beyond the largest finite float is out of range. @{ */
+    /**
+     * Any number. For a float, one beyond the largest finite float is out of range. NaN, which no
+     * JSON text holds but a variant may, is always refused, as infinity is.
+     * @{
+     */
     BWA_JSON_EXTRACTOR(realNumberValue, float)
     BWA_JSON_EXTRACTOR(realNumberValue, double)
     BWA_JSON_EXTRACTOR(realNumberValue, long double)
