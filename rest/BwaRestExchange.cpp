@@ -116,6 +116,11 @@ const QList<QPair<QString, QString>>& BwaRestExchange::queryPairs()
     return *m_queryPairs;
 }
 
+void BwaRestExchange::whenGone(const std::function<void()>& function)
+{
+    m_request->onGone(function);
+}
+
 bool BwaRestExchange::hasClientsCopy(const BwaRestReply& reply) const
 {
     return reply.m_status == 200 && !reply.m_etag.isNull() &&

@@ -13,6 +13,7 @@
 #include <QPair>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -49,6 +50,8 @@ public:
     /** The pairs of the query string. @throws BwaRestProblem 400: it is no UTF-8 */
     const QList<QPair<QString, QString>>& queryPairs();
 
+    /** Calls @a function when nobody waits for the reply any more; it may destroy this. */
+    void whenGone(const std::function<void()>& function);
     /** Writes the reply; to be called once. */
     void write(const BwaRestReply& reply);
     /** Writes a line on the log of the web server. */

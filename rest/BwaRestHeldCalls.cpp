@@ -60,6 +60,7 @@ void BwaRestHeldCalls::hold(Call& call, std::unique_ptr<BwaRestExchange> exchang
     call.exchange = std::move(exchange);
     call.timer = startTimer(state.deadline());
     m_timers.insert(call.timer, state.id());
+    call.exchange->whenGone([this, id = state.id()] { loseClient(id); });
     if (call.early) {
         answer(state.id(), *std::exchange(call.early, std::nullopt));
     }
@@ -95,6 +96,15 @@ void BwaRestHeldCalls::expire(quint64 id)
     const std::shared_ptr<BwaRestLaterState> state = m_calls.at(id).state.lock();
     if (state && state->end()) {
         answer(id, BwaRestProblem(503, QString::fromLatin1("The reply has taken too long")));
+    }
+}
+
+void BwaRestHeldCalls::loseClient(quint64 id)
+{
+    const std::shared_ptr<BwaRestLaterState> state = m_calls.at(id).state.lock();
+    release(id); // with it goes the request
+    if (state) {
+        state->end();
     }
 }
 

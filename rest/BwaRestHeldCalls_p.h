@@ -49,6 +49,7 @@ private:
               const BwaRestLaterState& state);
     std::unique_ptr<BwaRestExchange> release(quint64 id);
     void expire(quint64 id);
+    void loseClient(quint64 id);
     void readLetters();
 
     std::shared_ptr<BwaRestMailbox> m_mailbox;

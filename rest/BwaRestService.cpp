@@ -48,6 +48,11 @@ void BwaRestService::processRequest(BwaFcgiRequest* request)
     m_calls->conclude(std::move(exchange), reply);
 }
 
+void BwaRestService::endCalls()
+{
+    m_calls->endAll();
+}
+
 BwaRestReply BwaRestService::replyTo(BwaRestExchange& exchange) const
 {
     exchange.find(router(), servicePath());

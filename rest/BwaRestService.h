@@ -71,6 +71,12 @@ public:
     void setPool(QThreadPool* pool, int mostWaiting = 64);
 
     void processRequest(BwaFcgiRequest* request) override;
+    /** Ends the calls that are held: answers them with 503, and asks work on the pool to stop. */
+    void endCalls();
+
+Q_SIGNALS:
+    /** The server is to stop, and accepts nothing more: for what would go on without an end. */
+    void stopping();
 
 private:
     BwaRestReply replyTo(BwaRestExchange& exchange) const;

@@ -10,6 +10,11 @@ TEST(PublicHeaders, AreAllInstalled)
     EXPECT_STREQ(BWA_HEADERS_NOT_INSTALLED, "");
 }
 
+TEST(PublicHeaders, AreAllInTheHeaderOfTheirLibrary)
+{
+    EXPECT_STREQ(BWA_HEADERS_NOT_IN_UMBRELLA, "");
+}
+
 TEST(PublicHeaders, AreAllThere)
 {
     EXPECT_GT(BWA_PUBLIC_HEADER_COUNT, 0);
