@@ -78,6 +78,7 @@ protected:
     {
         if (m_waiting.size() < m_mostWaiting) {
             m_waiting.append(request); // ours until it is answered
+            request->onGone([this, request] { forget(request); });
         } else {
             request->sendHttpError(BwaFcgiRequest::ServiceUnavailable);
             delete request;
@@ -85,6 +86,12 @@ protected:
     }
 
 private:
+    void forget(BwaFcgiRequest* request)
+    {
+        m_waiting.removeOne(request);
+        delete request;
+    }
+
     int m_mostWaiting;
     QList<BwaFcgiRequest*> m_waiting; // owned until answered
     //! [keep]
