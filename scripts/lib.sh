@@ -14,9 +14,11 @@ fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libcl
 browser_packages=("${demo_packages[@]}" chromium)
 package_packages=(debhelper dpkg-dev lintian)
 docs_packages=(doxygen doxygen-awesome-css graphviz perl-base)
+musl_packages=("${test_packages[@]}" g++-arm-linux-gnueabihf qemu-user autoconf automake libtool make
+    dpkg-dev tcl xz-utils)
 qt6_packages=(qt6-base-dev libqt6core5compat6-dev)
 ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
-    abigail-tools musl libclang-rt-14-dev llvm-14 valgrind)
+    abigail-tools locales musl libclang-rt-14-dev llvm-14 valgrind)
 
 say()
 {
