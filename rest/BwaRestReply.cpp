@@ -20,7 +20,7 @@ bool isReserved(const QByteArray& name)
 bool isCookieText(const QByteArray& text)
 {
     for (const char byte : text) {
-        if ((byte >= 0 && byte < 0x20) || byte == 0x7f || byte == ';') {
+        if (quint8(byte) < 0x20 || byte == 0x7f || byte == ';') {
             return false;
         }
     }

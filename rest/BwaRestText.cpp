@@ -18,7 +18,7 @@ bool isAscii(const QString& text)
 
 bool isTagByte(char byte)
 {
-    return byte == '!' || (byte > '"' && byte != '%' && byte != 0x7f) || byte < 0;
+    return byte == '!' || (quint8(byte) > '"' && byte != '%' && byte != 0x7f);
 }
 
 // The position of the comma that ends the element at @a begin, or of the end of the list.
