@@ -9,12 +9,12 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light
-    apache2-bin libapache2-mod-fcgid haproxy caddy h2o systemd)
+    apache2-bin libapache2-mod-fcgid haproxy caddy h2o make systemd)
 fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libclang-rt-14-dev llvm-14)
 browser_packages=("${demo_packages[@]}" chromium)
 package_packages=(debhelper dpkg-dev lintian)
 docs_packages=(doxygen doxygen-awesome-css graphviz perl-base)
-musl_packages=("${test_packages[@]}" g++-arm-linux-gnueabihf qemu-user autoconf automake libtool make
+musl_packages=("${test_packages[@]}" g++-arm-linux-gnueabihf qemu-user autoconf automake libtool
     dpkg-dev tcl xz-utils)
 qt6_packages=(qt6-base-dev libqt6core5compat6-dev)
 ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
