@@ -215,6 +215,49 @@ test("WhenANoteIsDeletedTheFocusGoesToItsNeighbour", async () => {
   await page.getByText("There are no notes yet.").waitFor();
 });
 
+test("GivenSeveralPagesOfNotesShowsThemAll", async () => {
+  await page.route("**/notes?after=*", (route) => {
+    const id = Number(new URL(route.request().url()).searchParams.get("after")) + 1;
+    return route.fulfill({ json: id > 3 ? [] : [{ id, title: `Note ${id}`, text: "" }] });
+  });
+  await logIn();
+
+  assert.deepEqual(await page.getByRole("listitem").getByRole("heading").allTextContents(), [
+    "Note 1",
+    "Note 2",
+    "Note 3",
+  ]);
+});
+
+test("GivenTheMostNotesSaysThatThereIsNoRoom", async () => {
+  await logIn();
+  await page.route("**/notes", (route) => route.fulfill({ status: 409 }));
+
+  await page.getByLabel("Title").fill("One too many");
+  await page.keyboard.press("Enter");
+
+  await said("There is no room for more notes. Please delete some.");
+  assert.equal(await page.getByLabel("Title").inputValue(), "One too many");
+});
+
+test("GivenTooManyLoginsAsksToTryAgain", async () => {
+  await page.route("**/session", (route) => route.fulfill({ status: 429 }));
+
+  await page.getByLabel("User").fill("demo");
+  await page.getByLabel("Password").fill("tea and biscuits");
+  await page.keyboard.press("Enter");
+
+  await said("There are too many logins just now. Please try again in a minute.");
+});
+
+test("GivenAServerWithoutStatisticsShowsNone", async () => {
+  await page.route("**/statistics", (route) => route.fulfill({ status: 404 }));
+
+  await page.reload();
+
+  await page.locator("#statistics").waitFor({ state: "hidden" });
+});
+
 test("WhenAFileIsUploadedTheBarGrowsAndTheDigestIsShown", async () => {
   const network = await page.context().newCDPSession(page);
   await network.send("Network.emulateNetworkConditions", {

@@ -11,6 +11,7 @@
 # start_with_umask UMASK
 start_with_umask()
 {
+    # shellcheck disable=SC2016 # the inner shell's
     start_application bash -c 'umask "$0" && exec "$@"' "$1" "$showcase" \
         --socket "$work/api.sock" --database "$work/notes.db" --files "$work"
 }
