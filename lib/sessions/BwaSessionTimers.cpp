@@ -10,7 +10,6 @@
 // Qt's timer counts whole milliseconds. It wakes up within the last one before a timer is due, and
 // then each time around the event loop: a timer of Qt that was started later never fires before.
 
-#include "BwaQtVersion_p.h"
 #include "sessions/BwaSessionTimers_p.h"
 
 #include <QThreadStorage>
@@ -69,7 +68,7 @@ private:
 TimerQueue::TimerQueue()
 {
     setSingleShot(true);
-    makePrecise(*this);
+    setTimerType(Qt::PreciseTimer); // others may fire 5 % early
 }
 
 void TimerQueue::insert(QTimer* timer)
