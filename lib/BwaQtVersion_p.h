@@ -6,7 +6,7 @@
 
 // What differs between Qt 5.15 and Qt 6. No other file asks for the version.
 
-#include <QString>
+#include <QtGlobal>
 
 /** The signal by which a QSignalMapper tells a text. */
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
@@ -14,8 +14,5 @@
 #else
 #define BWA_SIGNAL_MAPPED_TEXT SIGNAL(mapped(QString))
 #endif
-
-/** Latin-1 bytes that need not end in a NUL. */
-using BwaLatin1 = QLatin1String;
 
 #endif

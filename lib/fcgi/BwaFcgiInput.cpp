@@ -3,7 +3,6 @@
 
 // The nested class BwaFcgiRequest::BwaFcgiInput.
 
-#include "BwaQtVersion_p.h"
 #include "cgi/BwaGrowingRead_p.h"
 #include "fcgi/BwaFcgiExchange_p.h"
 #include "fcgi/BwaFcgiRequest.h"
@@ -76,9 +75,9 @@ QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
     int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
     while (index >= 0) { // from the last to the first: the last counts
         const Variable& variable = m_variables.at(index);
-        const BwaLatin1 variableName(m_text.constData() + variable.position, variable.nameSize);
+        const QLatin1String variableName(m_text.constData() + variable.position, variable.nameSize);
         if (name == variableName) {
-            return BwaLatin1(variableName.data() + variable.nameSize + 1, variable.valueSize);
+            return QLatin1String(variableName.data() + variable.nameSize + 1, variable.valueSize);
         }
         index = variable.next;
     }

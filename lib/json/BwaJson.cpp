@@ -3,7 +3,7 @@
 
 #include "json/BwaJson.h"
 
-#include "BwaRecentTexts_p.h"
+#include "json/BwaRecentTexts_p.h"
 
 #include <QString>
 #include <QStringList>
@@ -38,9 +38,9 @@ bool isAscii(std::string_view text)
     return (bits & 0x8080808080808080U) == 0;
 }
 
-BwaLatin1 latin1(std::string_view text)
+QLatin1String latin1(std::string_view text)
 {
-    return BwaLatin1(text.data(), static_cast<BwaSize>(text.size()));
+    return QLatin1String(text.data(), static_cast<BwaSize>(text.size()));
 }
 
 // QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.

@@ -4,22 +4,21 @@
 #ifndef BWARECENTTEXTS_P_H
 #define BWARECENTTEXTS_P_H
 
-#include "BwaQtVersion_p.h"
-
 #include <QString>
 
 #include <array>
 
 /**
- * Keeps short texts that come again and again, such as names, so that they share one string
- * instead of being made each time. There is a fixed number of places; a new text in a place
- * replaces the one before. Not for secrets: comparing takes longer the more of them is the same.
+ * Keeps short texts that come again and again, such as the names of members, so that they share one
+ * string instead of being made each time. There is a fixed number of places; a text stays in its
+ * place until another one replaces it. Not for secrets, therefore, and because comparing takes
+ * longer the more of them is the same.
  */
 class BwaRecentTexts
 {
 public:
     /** @a text, whose place follows from its size, its first and its last byte. */
-    QString textOf(BwaLatin1 text)
+    QString textOf(QLatin1String text)
     {
         if (text.size() == 0 || text.size() > longestKept) {
             return text;
