@@ -6,11 +6,7 @@
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 
-#include <QTimer>
-
 #include <algorithm>
-#include <atomic>
-#include <thread>
 
 namespace {
 
@@ -26,21 +22,6 @@ void countFields(BwaFcgiRequest* request)
 int faultRounds()
 {
     return std::max(20, qEnvironmentVariableIntValue("BWA_FAULT_ROUNDS"));
-}
-
-void serveWhile(const std::function<void()>& work)
-{
-    std::atomic<bool> isDone(false);
-    std::thread webServer([&] {
-        work();
-        isDone = true;
-    });
-    QTimer tick;
-    tick.start(10);
-    while (!isDone) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    webServer.join();
 }
 
 void waitUntilRead(const FcgiClient& client)

@@ -11,9 +11,6 @@
 /** How often a fault is tried: BWA_FAULT_ROUNDS of the environment, or 20. */
 int faultRounds();
 
-/** Serves while another thread, a web server, does @a work. */
-void serveWhile(const std::function<void()>& work);
-
 /** Waits until the other end has taken everything that @a client has sent; Unix sockets only. */
 void waitUntilRead(const FcgiClient& client);
 

@@ -60,36 +60,6 @@ protected:
     }
 };
 
-// Puts another file on descriptor 0 as long as it lives.
-class StandardInput
-{
-public:
-    /** Moves @a descriptor, if it is one, to descriptor 0, which is closed else. */
-    explicit StandardInput(int descriptor)
-        : m_saved(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10))
-    {
-        close(STDIN_FILENO);
-        if (descriptor >= 0) {
-            dup2(descriptor, STDIN_FILENO);
-            close(descriptor);
-        }
-    }
-
-    StandardInput(const StandardInput&) = delete;
-    StandardInput& operator=(const StandardInput&) = delete;
-
-    ~StandardInput()
-    {
-        dup2(m_saved, STDIN_FILENO);
-        close(m_saved);
-    }
-
-    static bool isOpen() { return fcntl(STDIN_FILENO, F_GETFD) >= 0; }
-
-private:
-    int m_saved;
-};
-
 // Which file a descriptor stands for.
 ino_t fileOf(int descriptor)
 {
@@ -305,6 +275,56 @@ TEST_F(BwaFcgiListenerAddress, GivenClosedInputIsAnError)
     EXPECT_EQ(listeningErrors, 1);
     destroyListener();
 }
+
+// Who may connect
+
+namespace {
+
+struct WebServers {
+    const char* name;
+    const char* addresses;
+    bool isServed; // a web server on this machine
+};
+
+class BwaFcgiListenerWebServers
+    : public BwaFcgiListenerAddress
+    , public testing::WithParamInterface<WebServers>
+{
+protected:
+    void SetUp() override
+    {
+        setenv("FCGI_WEB_SERVER_ADDRS", GetParam().addresses, 1);
+        BwaFcgiListenerAddress::SetUp();
+    }
+};
+
+} // namespace
+
+TEST_P(BwaFcgiListenerWebServers, MayConnectToAPort)
+{
+    const auto client = FcgiClient::onPort(startOnPort());
+
+    if (GetParam().isServed) {
+        EXPECT_EQ(answerTo(*client), QByteArray("/x"));
+    } else {
+        EXPECT_TRUE(client->isClosedByPeer());
+    }
+}
+
+TEST_P(BwaFcgiListenerWebServers, AreAllServedOnAUnixSocket)
+{
+    start();
+
+    EXPECT_EQ(answerAt(path()), QByteArray("/x"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, BwaFcgiListenerWebServers,
+                         testing::Values(WebServers{"Any", "", true},
+                                         WebServers{"This", "127.0.0.1", true},
+                                         WebServers{"Another", "192.0.2.1", false},
+                                         WebServers{"Others", "192.0.2.1,192.0.2.2", false},
+                                         WebServers{"ThisToo", "192.0.2.1,127.0.0.1", true}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 // Addresses that cannot be opened
 

@@ -127,6 +127,19 @@ int statusOfStopWhenAccepting(const QString& address)
     return statusOfChild([&] { return listenAndThen(address, stop); });
 }
 
+// In a child process, which ends with the result: connects @a peers clients that say nothing.
+// Returns the milliseconds that destroying the listener takes then, 255 at most.
+int stopWithSilentPeers(BwaFcgiListener* listener, const QString& address, int peers)
+{
+    std::vector<std::unique_ptr<FcgiClient>> clients;
+    for (int count = 0; count < peers; ++count) {
+        clients.push_back(std::make_unique<FcgiClient>(address.toLatin1()));
+    }
+    waitUntil([&] { return connectedSockets() == 2 * peers; });
+    const qint64 milliseconds = millisecondsOf([listener] { delete listener; });
+    return static_cast<int>(std::min<qint64>(milliseconds, 255));
+}
+
 struct Stuck {
     const char* name;
     bool onPort;
@@ -299,6 +312,23 @@ TEST(BwaFcgiListenerStoppingInAccept, TakesUnder100Milliseconds)
     }
 
     RecordProperty("longest", longest);
+}
+
+TEST(BwaFcgiListenerStoppingWithSilentPeers, TakesUnder100Milliseconds)
+{
+    const QTemporaryDir folder;
+    const QString address = folder.path() + QLatin1String("/socket");
+    const auto stop = [&](BwaFcgiListener* listener) {
+        return stopWithSilentPeers(listener, address, 20);
+    };
+    int late = 0; // the machine may be busy
+
+    for (int round = 0; round < 100; ++round) {
+        const int status = statusOfChild([&] { return listenAndThen(address, stop); });
+        ASSERT_TRUE(WIFEXITED(status)) << "round " << round;
+        late += WEXITSTATUS(status) < 100 ? 0 : 1;
+        ASSERT_LE(late, 2) << "round " << round;
+    }
 }
 
 TEST(BwaFcgiListenerSigterm, EndsTheProcess)

@@ -12,7 +12,10 @@
 #include <QFile>
 #include <QTimer>
 
+#include <algorithm>
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -21,6 +24,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace {
@@ -80,6 +84,21 @@ void waitUntil(const std::function<bool()>& condition)
         }
         poll(nullptr, 0, 1); // until the next look, 1 ms
     }
+}
+
+void serveWhile(const std::function<void()>& work)
+{
+    std::atomic<bool> isDone(false);
+    std::thread webServer([&] {
+        work();
+        isDone = true;
+    });
+    QTimer tick;
+    tick.start(10);
+    while (!isDone) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    webServer.join();
 }
 
 int openDescriptors()
@@ -162,6 +181,49 @@ qint64 millisecondsOf(const std::function<void()>& work)
     timer.start();
     work();
     return timer.elapsed();
+}
+
+QByteArray receivedBytes(const FcgiClient& client, int count)
+{
+    const timeval time = {patience / 1000, 0};
+    setsockopt(client.descriptor(), SOL_SOCKET, SO_RCVTIMEO, &time, sizeof(time));
+    QByteArray bytes(count, '\0');
+    const ssize_t size =
+        recv(client.descriptor(), bytes.data(), static_cast<size_t>(bytes.size()), MSG_WAITALL);
+    return bytes.left(static_cast<int>(std::max<ssize_t>(size, 0)));
+}
+
+QByteArray recordOf(int requestId, int type, const QByteArray& content, int padding)
+{
+    QByteArray header("\1\0\0\0\0\0\0\0", 8);
+    header[1] = static_cast<char>(type);
+    header[2] = static_cast<char>(requestId >> 8);
+    header[3] = static_cast<char>(requestId);
+    header[4] = static_cast<char>(content.size() >> 8);
+    header[5] = static_cast<char>(content.size());
+    header[6] = static_cast<char>(padding);
+    return header + content + QByteArray(padding, 'p');
+}
+
+StandardInput::StandardInput(int descriptor)
+    : m_saved(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 10))
+{
+    close(STDIN_FILENO);
+    if (descriptor >= 0) {
+        dup2(descriptor, STDIN_FILENO);
+        close(descriptor);
+    }
+}
+
+StandardInput::~StandardInput()
+{
+    dup2(m_saved, STDIN_FILENO);
+    close(m_saved);
+}
+
+bool StandardInput::isOpen()
+{
+    return fcntl(STDIN_FILENO, F_GETFD) >= 0;
 }
 
 ListenerFixture::ListenerFixture()

@@ -52,10 +52,32 @@ public:
     ~Watchdog();
 };
 
+/** Puts another file on descriptor 0 as long as it lives. */
+class StandardInput
+{
+public:
+    /** Moves @a descriptor, if it is one, to descriptor 0, which is closed else. */
+    explicit StandardInput(int descriptor);
+    StandardInput(const StandardInput&) = delete;
+    StandardInput& operator=(const StandardInput&) = delete;
+    ~StandardInput();
+
+    static bool isOpen();
+
+private:
+    int m_saved;
+};
+
 /** Runs the event loop of this thread until @a condition holds; a failure after 10 s. */
 void runEventLoopUntil(const std::function<bool()>& condition);
 /** Waits, without an event loop, until @a condition holds; a failure after 10 s. */
 void waitUntil(const std::function<bool()>& condition);
+/** Serves while another thread, a web server, does @a work. */
+void serveWhile(const std::function<void()>& work);
+/** The next @a count bytes that the client is sent; fewer at the end of the connection. */
+QByteArray receivedBytes(const FcgiClient& client, int count);
+/** One record of the FastCGI protocol; a management record has the request id 0. */
+QByteArray recordOf(int requestId, int type, const QByteArray& content, int padding = 0);
 /** How many descriptors the process has open. */
 int openDescriptors();
 /** How many of them are connections; one between two sockets of the process counts twice. */
