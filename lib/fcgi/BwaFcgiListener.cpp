@@ -69,6 +69,7 @@ BwaFcgiListener::~BwaFcgiListener()
 
 void BwaFcgiListener::stopAccepting()
 {
+    m_isDraining = true;
     m_worker.m_drainRequested = true;
     m_connections->wake();
     if (!m_thread.isRunning() || m_worker.m_hasEnded) {
@@ -113,6 +114,9 @@ void BwaFcgiListener::listen(const QString& unixSocket)
 bool BwaFcgiListener::startThread()
 {
     BwaFcgiLibrary::initialize();
+    if (m_isDraining) {
+        return false;
+    }
     if (m_thread.isRunning()) {
         if (!m_worker.m_hasEnded) {
             return false;
@@ -179,8 +183,12 @@ void BwaFcgiListener::tellGone()
     }
 }
 
+// Called twice when the thread ends while stopAccepting() runs.
 void BwaFcgiListener::endDrained()
 {
+    if (!std::exchange(m_isDraining, false)) {
+        return;
+    }
     m_thread.quit();
     m_thread.wait();
     Q_EMIT drained();

@@ -46,7 +46,8 @@ public:
     /**
      * Accepts who has connected already, closes the listening socket without shutting it down, and
      * goes on answering; drained() follows. For an orderly end: destroy the listener then. With a
-     * socket that was handed over nothing is lost, as the next process has it, too.
+     * socket that was handed over nothing is lost, as the next process has it, too. Until drained()
+     * listen() does nothing.
      */
     void stopAccepting();
     /** Why listening could not start or has ended by itself; null when neither has happened. */
@@ -130,6 +131,7 @@ private:
     QThread m_thread;
     QSharedPointer<BwaFcgiConnections> m_connections; // shared with the worker and the requests
     BwaRequestLimits m_requestLimits;
+    bool m_isDraining = false; // from stopAccepting() to drained()
 };
 
 #endif

@@ -82,7 +82,8 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
     m_hasEnded = true;
     if (!m_stopRequested && hasFailed) {
         Q_EMIT listeningError();
-    } else if (!m_stopRequested && m_whenDrained) {
+    }
+    if (!m_stopRequested && m_drainRequested) {
         m_whenDrained();
     }
     m_stopRequested = false; // the last that the thread does with this object
