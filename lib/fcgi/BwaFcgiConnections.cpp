@@ -104,7 +104,7 @@ void BwaFcgiConnections::stopKeeping(int listening)
     for (std::size_t index = 0; index < m_connections.size(); ++index) {
         Connection& connection = m_connections[index];
         const int descriptor = static_cast<int>(index);
-        if (connection.state != Connection::Waiting || connection.deadline != 0) {
+        if (connection.state != Connection::Waiting) {
             continue;
         }
         if (connection.isKept && !hasInput(descriptor)) {
