@@ -331,6 +331,16 @@ void BwaFcgiConnections::watch(int connection, BwaFcgiRequest* request)
     }
 }
 
+void BwaFcgiConnections::noteEndOfInput(int connection)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    Connection& served = m_connections[static_cast<std::size_t>(connection)];
+    served.inputIsWhole = true;
+    if (served.isWatched && served.hasNews) {
+        watchWithEpoll(connection, served);
+    }
+}
+
 bool BwaFcgiConnections::isGone(int connection)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

@@ -106,6 +106,8 @@ public:
 
     /** nextGone() is to return @a request once when its client has gone; null: none any more. */
     void watch(int connection, BwaFcgiRequest* request);
+    /** All input of the request has been read: an ABORT_REQUEST may come next. */
+    void noteEndOfInput(int connection);
     /** Whether the web server has closed the connection or aborted the request on it. */
     bool isGone(int connection);
     /** The next request whose client has gone; null when there is none. */
@@ -145,7 +147,7 @@ private:
         bool hasNews = false;              // epoll has reported it while it was served
         bool isKept = false;               // it has brought a request before
         bool isGone = false;               // closed or aborted by the web server
-        bool inputIsWhole = false;         // libfcgi has read all input of the request
+        bool inputIsWhole = false;         // all input of the request has been read
         std::int64_t waitingSince = 0;     // ms of the steady clock
         std::int64_t deadline = 0;         // ms of the steady clock; 0: none
         BwaFcgiRequest* request = nullptr; // not owned; told when the client goes

@@ -79,6 +79,9 @@ QByteArray BwaFcgiExchange::readAvailable(unsigned int most)
     QByteArray bytes(static_cast<BwaSize>(most), Qt::Uninitialized);
     const std::size_t size = m_body->read(bytes.data(), most, BwaFcgiBody::ForNothing);
     bytes.truncate(static_cast<BwaSize>(size));
+    if (m_body->hasEnded()) {
+        m_connections->noteEndOfInput(m_request->ipcFd);
+    }
     return bytes;
 }
 
@@ -112,6 +115,9 @@ bool BwaFcgiExchange::isGone() const
 
 void BwaFcgiExchange::watch(BwaFcgiRequest* request)
 {
+    if (m_body && m_body->hasEnded()) {
+        m_connections->noteEndOfInput(m_request->ipcFd);
+    }
     if (m_connections) {
         m_connections->watch(m_request->ipcFd, request);
     }
