@@ -219,7 +219,8 @@ void BwaFcgiAcceptLoop::readRecords(int connection)
         BwaFcgiRecords::HeaderScan scan;
         const Verdict verdict = scan.scan(bytes, size);
         const std::size_t end = scan.position();
-        if (verdict == Verdict::Complete && BwaFcgiRecords::isWholeInput(bytes + end, size - end)) {
+        if (verdict == Verdict::Complete &&
+            BwaFcgiRecords::isWholeInput(bytes + end, size - end, Record(bytes).requestId)) {
             acceptRequest(connection, nullptr);
         } else {
             takeHeader(connection);

@@ -88,12 +88,13 @@ bool HeaderScan::takeHeader()
     return record.version == 1;
 }
 
-bool isWholeInput(const char* bytes, std::size_t size)
+bool isWholeInput(const char* bytes, std::size_t size, int requestId)
 {
     std::size_t position = 0;
     while (size - position >= headerSize) {
         const Record record(bytes + position);
-        if (record.type != Stdin || record.size() > size - position) {
+        if (record.type != Stdin || record.requestId != requestId ||
+            record.size() > size - position) {
             return false;
         }
         position += record.size();

@@ -58,10 +58,10 @@ private:
 };
 
 /**
- * Whether @a bytes are the whole input of a request, from its first STDIN record to the empty one,
- * and nothing else.
+ * Whether @a bytes are the whole input of the request @a requestId, from its first STDIN record to
+ * the empty one, and nothing else.
  */
-bool isWholeInput(const char* bytes, std::size_t size);
+bool isWholeInput(const char* bytes, std::size_t size, int requestId);
 
 /**
  * The answer to a record that concerns the connection, not a request: the values that GET_VALUES

@@ -220,6 +220,7 @@ FCGX_Request* BwaFcgiRequest::fcgxRequest()
 std::ostream& BwaFcgiRequest::err()
 {
     if (!m_err) {
+        m_exchange->waitForPeer(); // a long message may have to wait for room
         m_err.emplace(m_request->err);
     }
     return m_err->stream;
