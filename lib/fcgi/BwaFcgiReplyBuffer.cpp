@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include <strings.h>
@@ -117,7 +118,7 @@ void BwaFcgiReplyBuffer::endLine()
     if (startsWith(m_line, "Status:", 7)) {
         m_status = std::atoi(m_line + 7); // NOLINT(cert-err34-c)
     } else if (startsWith(m_line, "HTTP/", 5)) {
-        m_status = std::atoi(m_line + 8); // NOLINT(cert-err34-c)
+        m_status = std::atoi(m_line + std::strcspn(m_line, " ")); // NOLINT(cert-err34-c)
     } else if (m_status == 200 && startsWith(m_line, "Location:", 9)) {
         m_status = 302;
     }
