@@ -9,7 +9,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light
-    apache2-bin libapache2-mod-fcgid haproxy caddy h2o make systemd)
+    apache2-bin libapache2-mod-fcgid haproxy caddy h2o make systemd wrk)
 fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libclang-rt-14-dev llvm-14)
 browser_packages=("${demo_packages[@]}" chromium)
 package_packages=(debhelper dpkg-dev lintian)

@@ -184,13 +184,11 @@ start_nginx()
     start_nginx_with "$work/app.conf"
 }
 
-# Asks the application to keep its connections open. It never does, and a request that nginx sends
-# just when a connection closes fails unless it may be repeated: hence not for every test.
-start_keeping_nginx()
+# A connection for each request.
+start_nginx-new()
 {
     deployed deploy/nginx/app_params >"$work/app_params"
-    deployed deploy/nginx/app.conf |
-        sed -e '/^upstream/ a\    keepalive 4;' -e '/^ *fastcgi_pass/ a\        fastcgi_keep_conn on;' >"$work/app.conf"
+    deployed deploy/nginx/app.conf | sed -e '/^    keepalive / d' -e '/fastcgi_keep_conn / d' >"$work/app.conf"
     start_nginx_with "$work/app.conf"
 }
 
@@ -225,7 +223,7 @@ daemon off;
 master_process off;
 error_log stderr;
 pid $work/nginx/pid;
-events {}
+events { worker_connections 4096; }
 http {
     access_log off;
     client_body_temp_path $work/nginx/body;
@@ -267,6 +265,10 @@ $(for module in mpm_event authz_core alias "${@:2}"; do
     done)
 User www-data
 Group www-data
+StartServers 32
+ServerLimit 32
+MaxRequestWorkers 800
+MaxSpareThreads 800
 <IfModule fcgid_module>
     FcgidIPCDir $work/fcgid
     FcgidProcessTableFile $work/fcgid/table
@@ -277,6 +279,13 @@ CONF
     start_process apache2 -D FOREGROUND -f "$work/apache.conf"
 }
 
+# Does not ask for the application's limits.
+start_haproxy-plain()
+{
+    start_haproxy '/option get-values/ d'
+}
+
+# start_haproxy [SED-COMMAND]: the command changes the configuration
 start_haproxy()
 {
     {
@@ -287,7 +296,7 @@ defaults
     timeout client 50s
     timeout server 50s
 CONF
-        deployed deploy/haproxy/app.cfg
+        deployed deploy/haproxy/app.cfg | sed "${1-}"
     } >"$work/haproxy.cfg"
     start_process haproxy -db -f "$work/haproxy.cfg"
 }

@@ -3,8 +3,6 @@
 
 #include "StopSignals.h"
 
-#include <QCoreApplication>
-
 #include <csignal>
 
 #include <sys/signalfd.h>
@@ -29,12 +27,20 @@ StopSignals::StopSignals()
     : m_descriptor(openStopSignals())
     , m_notifier(m_descriptor, QSocketNotifier::Read)
 {
-    QObject::connect(&m_notifier, SIGNAL(activated(int)), QCoreApplication::instance(),
-                     SLOT(quit()));
+    m_notifier.setEnabled(false);
 }
 
 StopSignals::~StopSignals()
 {
     m_notifier.setEnabled(false);
     close(m_descriptor);
+}
+
+void StopSignals::onFirst(const std::function<void()>& action)
+{
+    QObject::connect(&m_notifier, &QSocketNotifier::activated, [this, action] {
+        m_notifier.setEnabled(false);
+        action();
+    });
+    m_notifier.setEnabled(true);
 }

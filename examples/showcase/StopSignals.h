@@ -6,9 +6,11 @@
 
 #include <QSocketNotifier>
 
+#include <functional>
+
 /**
- * Makes SIGINT, SIGTERM and SIGHUP end the event loop of the application, so that everything is
- * destroyed in order. To be made before any other thread, which inherits the blocked signals.
+ * Tells the event loop of SIGINT, SIGTERM and SIGHUP, which no longer end the process by
+ * themselves. To be made before any other thread, which inherits the blocked signals.
  */
 class StopSignals
 {
@@ -17,6 +19,9 @@ class StopSignals
 public:
     StopSignals();
     ~StopSignals();
+
+    /** Calls @a action at the first of these signals, also when it has come already. */
+    void onFirst(const std::function<void()>& action);
 
 private:
     int m_descriptor; // owned

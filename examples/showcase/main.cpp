@@ -30,10 +30,10 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDebug>
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iostream>
 #include <iterator>
 #include <stdexcept>
@@ -165,6 +165,24 @@ void addDemoAccounts(Accounts& accounts)
     accounts.add(QStringLiteral("guest"), QStringLiteral("coffee and cake"));
 }
 
+// Logs each request, and ends the application when listening has failed or all is answered.
+void listen(BwaFcgiListener& listener, const QString& socket)
+{
+    QObject::connect(&listener, &BwaFcgiListener::requestCompleted,
+                     [](const QString& path, int status, qint64 bytes, qint64 milliseconds) {
+                         qInfo() << path << status << bytes << "bytes" << milliseconds << "ms";
+                     });
+    QObject::connect(&listener, &BwaFcgiListener::listeningError, [&listener, socket] {
+        std::cerr << "cannot listen on " << (socket.isNull() ? "descriptor 0" : qPrintable(socket))
+                  << ": " << qPrintable(listener.errorString()) << std::endl;
+        QCoreApplication::exit(1);
+    });
+    QObject::connect(&listener, &BwaFcgiListener::drained, &QCoreApplication::quit);
+    listener.setRequestLimits(bodyLimits());
+    listener.setBacklog(4096); // for many clients at once; the system may allow fewer
+    listener.listen(socket);
+}
+
 int serve(QCoreApplication& application, const Options& options)
 {
     StopSignals stopSignals;
@@ -201,22 +219,11 @@ int serve(QCoreApplication& application, const Options& options)
                         new BwaStandardFcgiService(new StatisticsProcessor(&statistics, &clock)));
     }
     CountingService counting(&top, &statistics, &clock);
-
     BwaFcgiListener listener({{options.scriptName, &counting}});
-    listener.setRequestLimits(bodyLimits());
-    QObject::connect(&listener, &BwaFcgiListener::listeningError, &application, [&options] {
-        std::cerr << "cannot listen on "
-                  << (options.socket.isNull() ? "descriptor 0" : qPrintable(options.socket))
-                  << std::endl;
-        QCoreApplication::exit(1);
-    });
-    listener.listen(options.socket);
+    stopSignals.onFirst([&listener] { listener.stopAccepting(); });
+    listen(listener, options.socket);
     const int status = application.exec();
     passwords.finish(); // the listener must not end before the requests that wait for an answer
-    if (options.socket.isNull()) {
-        // A listener that is destroyed shuts its socket down, which the next process still needs.
-        std::_Exit(status);
-    }
     return status;
 }
 

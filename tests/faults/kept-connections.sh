@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
 
-# kept-connections.sh APPLICATION: nginx wants to keep its connections, for BWA_FAULT_ROUNDS times
-# ten requests, or for 200. All are answered at once, and no connection stays open.
+# kept-connections.sh APPLICATION: nginx keeps its connections, for BWA_FAULT_ROUNDS times ten requests,
+# or for 200. All are answered at once, and no connection stays open when nginx has ended.
 
 # shellcheck source-path=SCRIPTDIR source=../end-to-end/common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/../end-to-end/common.sh"
@@ -13,7 +13,7 @@
 begin_serving
 count=$((${BWA_FAULT_ROUNDS:-20} * 10))
 start_application "$1" "$work/api.sock"
-start_front keeping_nginx
+start_front nginx
 grep -q 'fastcgi_keep_conn on' "$work/app.conf" || fail "nginx does not keep connections"
 descriptors=$(open_descriptors)
 
@@ -24,6 +24,8 @@ done >"$work/urls"
 curl -s --fail-early -f --max-time 2 -K "$work/urls" >"$work/answers" || fail "a request was not answered"
 expect_equal "answers" "$count" "$(grep -cx 'at once' "$work/answers")"
 
+end_process "$front_pid" || true
+front_pid=
 await as_many_descriptors_as_before || fail "$(open_descriptors) descriptors, $descriptors before"
 say "$count requests"
 stop_application || fail "the application ended with status $?"
