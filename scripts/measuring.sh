@@ -7,12 +7,14 @@
 
 # shellcheck disable=SC2034 # for scripts/benchmark
 all_cases=(hello json form upload auth notfound)
-applications=(bwebapi libfcgi go php)
+applications=(bwebapi bwebapi-kept libfcgi go php)
 benchmark_packages=("${library_packages[@]}" libbenchmark-dev strace valgrind curl nginx-light wrk
     golang-go php-fpm gnuplot-nox)
 binary=$root/build/benchmark
 php_script=$root/benchmarks/applications/php/index.php
 declare -A pid_of # application to process id
+
+# Of an application "NAME-kept" the connections are kept open, of others each request has its own.
 
 build_benchmarks()
 {
@@ -62,9 +64,14 @@ start()
         write_php_configuration
         start_application "${@:2}" "$(php_fpm)" -R --nodaemonize -y "$work/php-fpm.conf"
         ;;
-    *) start_application "${@:2}" "$binary/benchmarks/applications/$name/application-$name" "$work/api.sock" ;;
+    *) start_application "${@:2}" "$(program_of "$name")" "$work/api.sock" ;;
     esac
     pid_of[$name]=$application_pid
+}
+
+program_of()
+{
+    echo "$binary/benchmarks/applications/${1%-kept}/application-${1%-kept}"
 }
 
 php_fpm()
@@ -100,7 +107,7 @@ daemon off;
 master_process off;
 error_log $work/nginx.log;
 pid $work/nginx/pid;
-events {}
+events { worker_connections 1024; }
 http {
     access_log off;
     client_body_temp_path $work/nginx/body;
@@ -114,11 +121,16 @@ http {
 CONF
         for name in "${applications[@]}"; do
             cat <<CONF
+    upstream $name {
+        server unix:$work/$name/api.sock;
+        $([[ $name != *-kept ]] || echo "keepalive 16;")
+    }
     server {
         listen 127.0.0.1:$port;
         server_name $name;
         location ~ ^(?<script>/api)(?<path>/.*)?\$ {
-            fastcgi_pass unix:$work/$name/api.sock;
+            fastcgi_pass $name;
+            $([[ $name != *-kept ]] || echo "fastcgi_keep_conn on;")
             fastcgi_param QUERY_STRING \$query_string;
             fastcgi_param REQUEST_METHOD \$request_method;
             fastcgi_param CONTENT_TYPE \$content_type;
@@ -152,17 +164,18 @@ CONF
 # send APPLICATION CASE COUNT [CONNECTIONS]: straight to the application
 send()
 {
-    local script=()
+    local keep=() script=()
+    [[ $1 != *-kept ]] || keep=(--keep)
     [ "$1" != php ] || script=("$php_script")
-    "$binary/benchmarks/driver/send-requests" "$work/$1/api.sock" "$work/$2.http" "$3" "${4-1}" \
+    "$binary/benchmarks/driver/send-requests" "${keep[@]}" "$work/$1/api.sock" "$work/$2.http" "$3" "${4-1}" \
         "${script[@]}" >"$work/reply" ||
         fail "$1 did not answer every $2"
 }
 
-# load APPLICATION CASE SECONDS: through nginx; prints the counts of requests.lua
+# load APPLICATION CASE SECONDS CLIENTS: through nginx; prints the counts of requests.lua
 load()
 {
-    wrk -t1 -c4 -d"$3s" --timeout 20s -s "$root/benchmarks/driver/requests.lua" "http://127.0.0.1:$port" \
+    wrk -t1 -c"$4" -d"$3s" --timeout 20s -s "$root/benchmarks/driver/requests.lua" "http://127.0.0.1:$port" \
         -- "$work/$2.http" "$1" | sed -n 's/^counts //p'
 }
 

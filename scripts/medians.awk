@@ -1,36 +1,43 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
 
-# Reads the turns that scripts/benchmark measured, and prints for each case and application the
-# medians over the rounds: microseconds of CPU per request, their ratio to those of libfcgi in the
-# same round, requests per second, and the web server's microseconds per request.
+# Reads the turns that scripts/benchmark measured, and prints for each case, number of clients and
+# application the medians over the rounds: microseconds of CPU per request, their ratio to those of
+# libfcgi in the same round, requests per second, their ratio, and the web server's microseconds per
+# request.
 
 BEGIN { FS = OFS = "\t" }
 
 FNR == 1 { next }
 
 {
-    if (!($2 in seen)) { names[++cases] = $2 }
-    seen[$2]
+    load = $2 OFS $3
+    if (!(load in seen)) { names[++loads] = load }
+    seen[load]
     rounds[$1]
-    cpu[$2, $3, $1] = $6 / $4 / 1000
-    rate[$2, $3, $1] = $4 / $5 * 1000000
-    front[$2, $3, $1] = $7 / $4 / 1000
+    cpu[load, $4, $1] = $7 / $5 / 1000
+    rate[load, $4, $1] = $5 / $6 * 1000000
+    front[load, $4, $1] = $8 / $5 / 1000
 }
 
 END {
-    print "case", "application", "cpu us", "ratio", "requests/s", "nginx us"
-    split("bwebapi libfcgi go php", applications, " ")
-    for (i = 1; i <= cases; ++i) {
+    print "case", "clients", "application", "cpu us", "ratio", "requests/s", "rate ratio", "nginx us"
+    split("bwebapi bwebapi-kept libfcgi go php", applications, " ")
+    for (i = 1; i <= loads; ++i) {
         for (j = 1; j in applications; ++j) { print_medians(names[i], applications[j]) }
     }
 }
 
-function print_medians(name, application,    group, round) {
-    group = name SUBSEP application
-    for (round in rounds) { ratio[group, round] = cpu[group, round] / cpu[name, "libfcgi", round] }
-    printf "%s\t%s\t%.1f\t%.2f\t%.0f\t%.1f\n", name, application, median(cpu, group),
-        median(ratio, group), median(rate, group), median(front, group)
+function print_medians(load, application,    group, floor, round) {
+    group = load SUBSEP application
+    floor = load SUBSEP "libfcgi"
+    for (round in rounds) {
+        if (!((group, round) in cpu)) { return }
+        ratio[group, round] = cpu[group, round] / cpu[floor, round]
+        rate_ratio[group, round] = rate[group, round] / rate[floor, round]
+    }
+    printf "%s\t%s\t%.1f\t%.2f\t%.0f\t%.2f\t%.1f\n", load, application, median(cpu, group),
+        median(ratio, group), median(rate, group), median(rate_ratio, group), median(front, group)
 }
 
 function median(values, group,    round, sorted, count, i) {

@@ -118,7 +118,7 @@ void appendServer(std::string& params)
 
 } // namespace
 
-std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scriptFile)
+std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scriptFile, bool keep)
 {
     const std::string text = contentsOf(requestFile);
     const std::size_t headEnd = text.find("\n\n");
@@ -151,7 +151,8 @@ std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scr
         appendParam(params, "SCRIPT_FILENAME", scriptFile);
     }
     std::string records;
-    appendRecord(records, BeginRequest, std::string("\0\1\0\0\0\0\0\0", 8)); // a responder
+    const char begin[8] = {0, 1, static_cast<char>(keep)}; // a responder
+    appendRecord(records, BeginRequest, std::string(begin, sizeof begin));
     appendStream(records, Params, params + headers);
     appendStream(records, Stdin, body);
     return records;

@@ -11,10 +11,11 @@
  *
  * The file holds the request line, the header lines, an empty line and the body, all with bare
  * line feeds. Content-Length is added. The script name is the first segment of the path.
- * An application that is a script is told its @a scriptFile; otherwise it is empty.
+ * An application that is a script is told its @a scriptFile; otherwise it is empty. With @a keep
+ * the records ask the application to leave the connection open.
  *
  * Throws std::runtime_error when there is no such file, or no request in it.
  */
-std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scriptFile);
+std::string fcgiRecordsOf(const std::string& requestFile, const std::string& scriptFile, bool keep);
 
 #endif

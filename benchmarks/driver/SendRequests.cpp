@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 // Sends one request again and again to a FastCGI application, as a web server does, each on a
-// connection of its own, and prints the first reply. All bodies must be the same.
+// connection of its own or, with --keep, one after the other on connections that stay open. Prints
+// the first reply. All bodies must be the same.
 
 #include "RequestFile.h"
 
@@ -10,6 +11,7 @@
 #include <atomic>
 #include <cstring>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -81,10 +83,9 @@ private:
     std::string m_received;
 };
 
-// What the application wrote for the client. The connection closes at the end of the request.
-std::string replyTo(const std::string& records, const std::string& socket)
+// What the application wrote for the client.
+std::string replyTo(const std::string& records, Connection& connection)
 {
-    Connection connection(socket);
     connection.send(records);
     std::string reply;
     while (true) {
@@ -112,13 +113,20 @@ std::string bodyOf(const std::string& reply)
                              : reply.substr(std::min(lineFeeds, reply.size() - 2) + 2);
 }
 
+std::string replyTo(const std::string& records, const std::string& socket)
+{
+    Connection connection(socket);
+    return replyTo(records, connection);
+}
+
 /** Shares a number of requests among connections that are open at the same time. */
 class Sender
 {
 public:
-    Sender(const std::string& socket, const std::string& records, long count)
+    Sender(const std::string& socket, const std::string& records, bool keep, long count)
         : m_socket(socket)
         , m_records(records)
+        , m_keep(keep)
         , m_reply(replyTo(records, socket))
         , m_remaining(count - 1)
         , m_failed(false)
@@ -144,8 +152,9 @@ private:
     void sendRemaining()
     {
         try {
+            std::unique_ptr<Connection> kept(m_keep ? new Connection(m_socket) : nullptr);
             while (m_remaining-- > 0) {
-                sendOne();
+                check(kept ? replyTo(m_records, *kept) : replyTo(m_records, m_socket));
             }
         } catch (const std::exception& exception) {
             std::cerr << exception.what() << '\n';
@@ -153,15 +162,16 @@ private:
         }
     }
 
-    void sendOne() const
+    void check(const std::string& reply) const
     {
-        if (bodyOf(replyTo(m_records, m_socket)) != bodyOf(m_reply)) {
+        if (bodyOf(reply) != bodyOf(m_reply)) {
             throw std::runtime_error("the body differs from the first one");
         }
     }
 
     const std::string m_socket;
     const std::string m_records;
+    const bool m_keep;
     const std::string m_reply;
     std::atomic<long> m_remaining;
     std::atomic<bool> m_failed;
@@ -171,15 +181,18 @@ private:
 
 int main(int argc, char** argv)
 {
-    if (argc != 5 && argc != 6) {
+    const bool keep = argc > 1 && std::string(argv[1]) == "--keep";
+    const std::vector<std::string> arguments(argv + (keep ? 2 : 1), argv + argc);
+    if (arguments.size() != 4 && arguments.size() != 5) {
         std::cerr << "usage: " << argv[0]
-                  << " SOCKET REQUEST-FILE COUNT CONNECTIONS [SCRIPT-FILE]\n";
+                  << " [--keep] SOCKET REQUEST-FILE COUNT CONNECTIONS [SCRIPT-FILE]\n";
         return 2;
     }
     try {
-        const std::string scriptFile = argc == 6 ? argv[5] : "";
-        Sender sender(argv[1], fcgiRecordsOf(argv[2], scriptFile), std::stol(argv[3]));
-        const bool sent = sender.sendAll(std::stoi(argv[4]));
+        const std::string scriptFile = arguments.size() == 5 ? arguments[4] : "";
+        Sender sender(arguments[0], fcgiRecordsOf(arguments[1], scriptFile, keep), keep,
+                      std::stol(arguments[2]));
+        const bool sent = sender.sendAll(std::stoi(arguments[3]));
         std::cout << sender.reply();
         return sent ? 0 : 1;
     } catch (const std::exception& exception) {

@@ -311,7 +311,7 @@ int main(int argc, char** argv)
     FCGX_Init();
     signal(SIGTERM, SIG_DFL);
     FCGX_Request request;
-    FCGX_InitRequest(&request, FCGX_OpenSocket(argv[1], 50), 0);
+    FCGX_InitRequest(&request, FCGX_OpenSocket(argv[1], 4096), 0);
     while (FCGX_Accept_r(&request) == 0) {
         answer(&request);
         FCGX_Finish_r(&request);
