@@ -265,10 +265,10 @@ $(for module in mpm_event authz_core alias "${@:2}"; do
     done)
 User www-data
 Group www-data
-StartServers 32
 ServerLimit 32
 MaxRequestWorkers 800
-MaxSpareThreads 800
+# Otherwise Apache closes connections of clients without a word while all its workers are busy.
+KeepAlive Off
 <IfModule fcgid_module>
     FcgidIPCDir $work/fcgid
     FcgidProcessTableFile $work/fcgid/table

@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
 
-# load.sh SHOWCASE SERVER [REQUESTS]: behind that server, as examples/deploy sets it up, every request
-# is answered as it must be, at least a quarter of them from 1, 8, 64 and 500 clients each. No
-# connection stays open.
+# load.sh SHOWCASE SERVER [REQUESTS [CLIENTS]]: behind that server, as examples/deploy sets it up, every request
+# is answered as it must be, at least a quarter of them from 1, 8, 64 and CLIENTS clients each; 2000
+# from up to 500 unless given. No connection stays open.
 
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -32,8 +32,8 @@ send_from()
 begin_serving
 start_showcase_behind "$2" "$1"
 descriptors=$(open_descriptors)
-for clients in 1 8 64 500; do
-    send_from $clients
+for clients in 1 8 64 "${4-500}"; do
+    send_from "$clients"
 done
 [ $failures = 0 ] || fail "$failures requests to $2 were not answered as they must be"
 
