@@ -163,17 +163,6 @@ bool needsEscape(char byte)
     return static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\';
 }
 
-QByteArray escapeOf(char byte)
-{
-    static const std::string_view escaped = "\"\\\b\f\n\r\t";
-    static const std::string_view letters = "\"\\bfnrt";
-    const std::size_t place = escaped.find(byte);
-    if (place == std::string_view::npos) {
-        return "\\u00" + QByteArray(1, byte).toHex();
-    }
-    return QByteArray("\\") + letters[place];
-}
-
 /** Writes a value as text. It calls itself as deep as the value is nested. */
 class Writer
 {
@@ -184,6 +173,7 @@ public:
 
 private:
     void writeString(const QString& text);
+    void writeEscape(char byte);
     template <typename Number>
     void writeNumber(Number number);
     template <typename Number>
@@ -316,10 +306,25 @@ void Writer::writeString(const QString& text)
         m_text.append(rest, static_cast<BwaSize>(plainEnd - rest));
         rest = plainEnd;
         for (; rest != end && needsEscape(*rest); ++rest) {
-            m_text += escapeOf(*rest);
+            writeEscape(*rest);
         }
     }
     m_text += '"';
+}
+
+void Writer::writeEscape(char byte)
+{
+    const std::string_view named = "\"\\\b\f\n\r\t";
+    const char letters[] = "\"\\bfnrt";
+    const char digits[] = "0123456789abcdef";
+    const std::size_t place = named.find(byte);
+    if (place != std::string_view::npos) {
+        const char escape[] = {'\\', letters[place]};
+        m_text.append(escape, sizeof escape);
+    } else {
+        const char escape[] = {'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 0xF]};
+        m_text.append(escape, sizeof escape);
+    }
 }
 
 } // namespace
