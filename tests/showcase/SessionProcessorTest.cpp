@@ -248,8 +248,11 @@ TEST_F(Login, WhenItsLongestAgeIsReachedTheSessionEndsWhateverItsToken)
     SessionProcessor processor(&m_identifier, &m_sessions, &m_accounts, &m_passwords, lifetimes);
     EXPECT_EQ(loginOf("demo", "tea").sendTo(processor).statusCode, 201);
 
-    m_sessions.sessions(QStringLiteral("demo")).first()->generateNewToken();
-    waitFor(&m_sessions, SIGNAL(aboutToRemove(QUuid)));
+    const QList<BwaWebSession*> sessions = m_sessions.sessions(QStringLiteral("demo"));
+    if (!sessions.isEmpty()) { // a busy machine may have taken longer
+        sessions.first()->generateNewToken();
+        waitFor(&m_sessions, SIGNAL(aboutToRemove(QUuid)));
+    }
 
     EXPECT_TRUE(m_sessions.sessions(QStringLiteral("demo")).isEmpty());
 }
