@@ -32,7 +32,7 @@ sub target
 {
     my ($name, $link) = @_;
     return $link if $link =~ m{^\w+://} || $link =~ /\.svg$/;
-    $link =~ s{^\.\./(?:docs/)?(?=[\w-]+\.md)}{};
+    $link =~ s{^(?:\.\./(?:docs/)?|site/)(?=[\w-]+\.md)}{};
     if ($link =~ s{^\.\./}{}) {
         my $isPage = $link =~ s/\.md$//;
         my $label = label($link =~ s/\W+/-/gr);
