@@ -89,7 +89,7 @@ public:
      * throws, the caller still owns it.
      */
     explicit BwaFcgiRequest(FCGX_Request* request);
-    /** Completes the exchange with the web server and closes the connection. */
+    /** Completes the reply. The connection is kept if the web server wants that, else closed. */
     ~BwaFcgiRequest();
 
     /** The status code and reason phrase of @a error; those of 500 for a value that is no member.
