@@ -79,13 +79,15 @@ Verdict HeaderScan::scan(const char* bytes, std::size_t size)
     return isComplete() ? Verdict::Complete : Verdict::Incomplete;
 }
 
+// Records that concern the connection, with the id 0, are for the gaps between requests: to one in
+// a request libfcgi writes its answer beyond the end of a buffer.
 bool HeaderScan::takeHeader()
 {
     const Record record(m_header);
     m_headerSize = 0;
     m_left = record.contentSize + record.paddingSize;
     m_isLastRecord = record.type == Params && record.contentSize == 0;
-    return record.version == 1;
+    return record.version == 1 && record.requestId != 0;
 }
 
 bool isWholeInput(const char* bytes, std::size_t size, int requestId)

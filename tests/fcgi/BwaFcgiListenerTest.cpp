@@ -519,6 +519,26 @@ TEST_F(BwaFcgiListenerServing, LeavesTheEnvironmentAsItWas)
     EXPECT_EQ(getenv("LIBFCGI_OS_CLOSE_POLL_TIMEOUT"), nullptr);
 }
 
+// libfcgi would write its answer to this record beyond the end of a buffer.
+TEST_F(BwaFcgiListenerServing, GivenAManagementRecordWithinAHeaderClosesTheConnection)
+{
+    serve("/api", answerPathInfo);
+    start();
+    QByteArray question;
+    for (int count = 0; count < 5; ++count) {
+        question += QByteArray("\x0f\0FCGI_MPXS_CONNS", 17);
+    }
+    QByteArray getValues = FcgiClient::record(9, question);
+    getValues[3] = 0; // the request id
+    QByteArray request = FcgiClient::requestBytes(apiRequest("/hostile"));
+    FcgiClient hostile(path());
+
+    hostile.send(request.insert(16, getValues));
+
+    EXPECT_TRUE(hostile.isClosedByPeer());
+    EXPECT_EQ(replyTo(apiRequest("/next")).out, QByteArray("/next"));
+}
+
 TEST_F(BwaFcgiListenerServing, GivenParametersThatWereCutShortDoesNotActOnThem)
 {
     QList<QString> methods;
