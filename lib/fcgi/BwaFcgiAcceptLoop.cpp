@@ -71,17 +71,9 @@ bool send(int connection, const QByteArray& bytes)
         static_cast<ssize_t>(size);
 }
 
-// A descriptor from which @a bytes can be read; -1 on failure.
-int fileOf(const QByteArray& bytes)
+int newHeaderFile()
 {
-    const int file = ::memfd_create("header", MFD_CLOEXEC);
-    if (file >= 0 &&
-        ::pwrite(file, bytes.constData(), static_cast<std::size_t>(bytes.size()), 0) !=
-            bytes.size()) {
-        ::close(file);
-        return -1;
-    }
-    return file;
+    return ::memfd_create("header", MFD_CLOEXEC);
 }
 
 } // namespace
@@ -94,7 +86,15 @@ BwaFcgiAcceptLoop::BwaFcgiAcceptLoop(int listening, BwaFcgiConnections* connecti
     , m_orders(orders)
     , m_handOver(handOver)
     , m_webServers(qgetenv("FCGI_WEB_SERVER_ADDRS"))
+    , m_headerFile(newHeaderFile())
 {
+}
+
+BwaFcgiAcceptLoop::~BwaFcgiAcceptLoop()
+{
+    if (m_headerFile >= 0) {
+        ::close(m_headerFile);
+    }
 }
 
 void BwaFcgiAcceptLoop::run()
@@ -125,11 +125,21 @@ void BwaFcgiAcceptLoop::work()
     }
     for (const int descriptor : m_connections->wait()) {
         m_connections->waitForRoom(m_orders.stop);
+        handle(descriptor);
+    }
+}
+
+// An exception ends here, as epoll will not report the descriptors that come next again.
+void BwaFcgiAcceptLoop::handle(int descriptor)
+{
+    try {
         if (descriptor == m_listening) {
             acceptConnection();
         } else if (m_connections->isWaiting(descriptor)) {
             readRequest(descriptor);
         }
+    } catch (const std::exception&) {
+        QThread::msleep(moment); // memory is short
     }
 }
 
@@ -137,20 +147,19 @@ void BwaFcgiAcceptLoop::work()
 // now on wait for the next process that is handed it.
 void BwaFcgiAcceptLoop::drain()
 {
-    while (acceptConnection()) { }
+    while (!m_orders.stop && acceptConnection()) { }
     m_isDraining = true;
     m_connections->stopKeeping(m_listening);
     m_listening = -1;
     whenDraining();
 }
 
-// Whether there was a connection to accept.
+// Whether there may be another one.
 bool BwaFcgiAcceptLoop::acceptConnection()
 {
     const int connection = acceptFrom(m_listening, m_webServers);
     if (connection < 0) {
-        handleAcceptError(-connection);
-        return false;
+        return handleAcceptError(-connection);
     }
     m_shortSince = 0;
     try {
@@ -163,7 +172,8 @@ bool BwaFcgiAcceptLoop::acceptConnection()
     return true;
 }
 
-void BwaFcgiAcceptLoop::handleAcceptError(int error)
+// Whether the next connection can be accepted all the same.
+bool BwaFcgiAcceptLoop::handleAcceptError(int error)
 {
     if (isShortage(error)) {
         handleShortage(error);
@@ -172,6 +182,7 @@ void BwaFcgiAcceptLoop::handleAcceptError(int error)
     } else if (m_connections->listeningHasEnded()) {
         fail("the listening socket has been shut down", 0);
     }
+    return m_failure.isNull() && error != EAGAIN;
 }
 
 void BwaFcgiAcceptLoop::handleShortage(int error)
@@ -233,18 +244,17 @@ void BwaFcgiAcceptLoop::readRecords(int connection)
 void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size_t size)
 {
     const Record record(bytes);
-    if (record.version != 1 || record.size() > readSize) {
-        m_connections->closeNow(connection);
-    } else if (size < record.size()) {
+    const bool isValid = record.version == 1 && record.size() <= readSize;
+    if (isValid && size < record.size()) {
         m_connections->expectHeader(connection);
-    } else if (receive(connection, bytes, record.size(), 0) < 0 ||
-               (record.requestId == 0 &&
-                !send(connection,
-                      answerToManagement(record, bytes + BwaFcgiRecords::headerSize,
-                                         m_connections->mostWaiting())))) {
-        m_connections->closeNow(connection);
-    } else {
+    } else if (isValid && receive(connection, bytes, record.size(), 0) > 0 &&
+               (record.requestId != 0 ||
+                send(connection,
+                     answerToManagement(record, bytes + BwaFcgiRecords::headerSize,
+                                        m_connections->mostWaiting())))) {
         m_connections->watchInput(connection); // what follows, after the others
+    } else {
+        m_connections->closeNow(connection);
     }
 }
 
@@ -287,21 +297,24 @@ void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
     FCGX_InitRequest(request.get(), m_listening, 0);
     // As if a request had been served on this connection before. With a socket to accept from, a
     // refused header would make libfcgi wait for another connection.
-    request->ipcFd = header ? fileOf(*header) : connection;
+    request->ipcFd = header ? fillHeaderFile(*header) : connection;
     request->keepConnection = 1;
     request->listen_sock = -1;
     request->detached = 1; // a descriptor with a refused header is closed at once
     const int result = FCGX_Accept_r(request.get());
     if (result != 0) {
-        header ? m_connections->closeNow(connection) : m_connections->forget(connection);
+        if (header) {
+            m_headerFile = -1; // closed by libfcgi
+            m_connections->closeNow(connection);
+        } else {
+            m_connections->forget(connection);
+        }
         if (result == notInitialized) {
             fail("libfcgi is not initialized", 0);
         }
         return;
     }
-    if (header) {
-        ::close(std::exchange(request->ipcFd, connection));
-    }
+    request->ipcFd = connection;
     request->listen_sock = m_listening;
     request->detached = 0;
     if (FCGX_GetError(request->in) != 0) {
@@ -309,6 +322,22 @@ void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
     } else {
         giveAway(connection, request.release(), !header);
     }
+}
+
+// The file, of which libfcgi will read @a header; -1, and no file any more, when that fails. It is
+// there before it is needed, as a request must not fail because descriptors have run out.
+int BwaFcgiAcceptLoop::fillHeaderFile(const QByteArray& header)
+{
+    if (m_headerFile < 0) {
+        m_headerFile = newHeaderFile();
+    }
+    const auto size = static_cast<std::size_t>(header.size());
+    if (m_headerFile >= 0 &&
+        (::ftruncate(m_headerFile, 0) != 0 || ::lseek(m_headerFile, 0, SEEK_SET) != 0 ||
+         ::pwrite(m_headerFile, header.constData(), size, 0) != header.size())) {
+        ::close(std::exchange(m_headerFile, -1));
+    }
+    return m_headerFile;
 }
 
 void BwaFcgiAcceptLoop::giveAway(int connection, FCGX_Request* request, bool inputIsWhole)

@@ -34,6 +34,9 @@ public:
      */
     BwaFcgiAcceptLoop(int listening, BwaFcgiConnections* connections, const Orders& orders,
                       const std::function<void(FCGX_Request*)>& handOver);
+    ~BwaFcgiAcceptLoop();
+    BwaFcgiAcceptLoop(const BwaFcgiAcceptLoop&) = delete;
+    BwaFcgiAcceptLoop& operator=(const BwaFcgiAcceptLoop&) = delete;
 
     /** Called when no more connections are accepted, because of Orders::drain. */
     std::function<void()> whenDraining;
@@ -46,15 +49,17 @@ public:
 private:
     bool goesOn();
     void work();
+    void handle(int descriptor);
     void drain();
     bool acceptConnection();
-    void handleAcceptError(int error);
+    bool handleAcceptError(int error);
     void handleShortage(int error);
     void readRequest(int connection);
     void readRecords(int connection);
     void takeForeignRecord(int connection, char* bytes, std::size_t size);
     void takeHeader(int connection);
     void acceptRequest(int connection, const QByteArray* header);
+    int fillHeaderFile(const QByteArray& header);
     void giveAway(int connection, FCGX_Request* request, bool inputIsWhole);
     void fail(const char* what, int error);
 
@@ -63,6 +68,7 @@ private:
     Orders m_orders;
     std::function<void(FCGX_Request*)> m_handOver;
     const QByteArray m_webServers; // the only IPv4 addresses that may connect; empty: all may
+    int m_headerFile;              // in memory; holds a header that libfcgi is to read; -1: none
     bool m_isDraining = false;
     qint64 m_shortSince = 0; // ms of the steady clock; 0: no shortage of descriptors
     QString m_failure;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <utility>
 
 #include <fcntl.h>
@@ -42,6 +43,11 @@ bool isAborted(int connection)
 }
 
 } // namespace
+
+BwaFcgiConnections::BwaFcgiConnections()
+{
+    m_ready.reserve(mostEvents); // an exception in wait() would lose what epoll has reported
+}
 
 BwaFcgiConnections::~BwaFcgiConnections()
 {
@@ -152,13 +158,16 @@ void BwaFcgiConnections::handleEvent(int descriptor, std::uint32_t events)
         return;
     }
     Connection& connection = m_connections[static_cast<std::size_t>(descriptor)];
-    connection.isGone = connection.isGone || (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
+    const bool wasGone = connection.isGone;
+    connection.isGone = wasGone || (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
     switch (connection.state) {
     case Connection::Waiting:
         m_ready.push_back(descriptor);
         break;
     case Connection::Served:
-        noteNews(descriptor, connection);
+        if (!wasGone) {
+            noteNews(descriptor, connection);
+        }
         break;
     case Connection::Lingering:
         discardInput(descriptor);
@@ -179,9 +188,14 @@ void BwaFcgiConnections::noteNews(int descriptor, Connection& connection)
 
 void BwaFcgiConnections::tellGone(int descriptor)
 {
-    if (m_connections[static_cast<std::size_t>(descriptor)].request && whenGone) {
+    if (!m_connections[static_cast<std::size_t>(descriptor)].request || !whenGone) {
+        return;
+    }
+    try {
         m_gone.push_back(descriptor);
         whenGone();
+    } catch (const std::exception&) {
+        // Without memory nobody is told, but isGone() knows.
     }
 }
 
@@ -218,7 +232,11 @@ void BwaFcgiConnections::add(int connection)
 void BwaFcgiConnections::watchInput(int connection)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (!watchWithEpoll(connection, m_connections[static_cast<std::size_t>(connection)])) {
+    Connection& waiting = m_connections[static_cast<std::size_t>(connection)];
+    if (m_keeps) {
+        waiting.deadline = 0; // of a record that has been taken
+    }
+    if (!watchWithEpoll(connection, waiting)) {
         release(connection);
     }
 }

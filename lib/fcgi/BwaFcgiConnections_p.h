@@ -44,7 +44,7 @@ public:
         QByteArray bytes;
     };
 
-    BwaFcgiConnections() = default;
+    BwaFcgiConnections();
     ~BwaFcgiConnections();
     BwaFcgiConnections(const BwaFcgiConnections&) = delete;
     BwaFcgiConnections& operator=(const BwaFcgiConnections&) = delete;

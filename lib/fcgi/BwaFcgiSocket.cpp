@@ -150,7 +150,7 @@ int acceptFrom(int listening, const QByteArray& webServers)
     if (!webServers.isEmpty() &&
         !mayConnect(reinterpret_cast<const sockaddr_in&>(peer), webServers)) {
         ::close(connection);
-        return -EAGAIN;
+        return -ECONNABORTED;
     }
     const int on = 1; // the end of a reply is not to wait for an acknowledgement of its beginning
     ::setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);

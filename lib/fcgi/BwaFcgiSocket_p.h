@@ -25,7 +25,8 @@ bool isListeningSocket(int descriptor);
  *
  * @param webServers the only IPv4 addresses that may connect, separated by commas without blanks;
  *        all may when it is empty, and so may Unix sockets. As FCGI_WEB_SERVER_ADDRS of libfcgi.
- * @return the error number, negative, on failure; -EAGAIN when nobody who may connect has
+ * @return the error number, negative, on failure; -EAGAIN when nobody has connected, -ECONNABORTED
+ *         when somebody has who may not
  */
 int acceptFrom(int listening, const QByteArray& webServers);
 

@@ -89,6 +89,8 @@ protected:
         m_clients.back()->shutDownSending();
     }
 
+    const FcgiClient& lastClient() const { return *m_clients.back(); }
+
     QByteArray path() const { return m_folder.path().toLatin1() + "/socket"; }
 
     BwaFcgiListenerThread worker;
@@ -174,6 +176,38 @@ TEST_F(BwaFcgiListenerThreadWorker, WhenAReceiverThrowsDropsTheRequestAndGoesOn)
     EXPECT_EQ(nextPathInfo(), QByteArray("/second"));
     EXPECT_TRUE(requests.isEmpty());
     EXPECT_EQ(listeningErrors, 0);
+}
+
+// epoll reports an arrival once only.
+TEST_F(BwaFcgiListenerThreadWorker, WhenAReceiverThrowsTakesTheRequestsThatCameWithIt)
+{
+    QMutex mutex;
+    worker.disconnect(SIGNAL(newRequest(FCGX_Request*)));
+    QObject::connect(
+        &worker, &BwaFcgiListenerThread::newRequest, &worker,
+        [&mutex](FCGX_Request* request) {
+            const QMutexLocker locker(&mutex);
+            if (qstrcmp(FCGX_GetParam("PATH_INFO", request->envp), "/throw") == 0) {
+                throw std::runtime_error("out of paper");
+            }
+        },
+        Qt::DirectConnection);
+    connectReceiver();
+    listen(path());
+    FcgiClient first(path());
+    FcgiClient second(path());
+    waitUntil([] { return connectedSockets() == 4; });
+
+    mutex.lock();
+    send("/before");
+    waitUntil([this] { return unreadBytes(lastClient()) == 0; });
+    first.sendRequest(apiRequest("/throw"));
+    second.sendRequest(apiRequest("/with-it"));
+    second.shutDownSending();
+    mutex.unlock();
+
+    EXPECT_EQ(nextPathInfo(), QByteArray("/before"));
+    EXPECT_EQ(nextPathInfo(), QByteArray("/with-it"));
 }
 
 // Run with ThreadSanitizer only, which must report it: a check that cannot fail shows nothing.

@@ -258,6 +258,23 @@ TEST_F(BwaFcgiListenerOutOfDescriptors, AcceptsOnceThereAreSome)
     EXPECT_EQ(listeningErrors, 0);
 }
 
+TEST_F(BwaFcgiListenerOutOfDescriptors, TakesARequestInPiecesOnAConnectionThatIsThere)
+{
+    FcgiClient client(path());
+    waitUntil([] { return connectedSockets() == 2; });
+    takeAllDescriptorsButOne();
+    const int last = open("/dev/null", O_RDONLY);
+    const QByteArray request = FcgiClient::requestBytes(apiRequest("/pieces"), "body");
+
+    client.send(request.chopped(28));
+    waitUntil([&] { return unreadBytes(client) == 0; });
+    client.send(request.right(28));
+    serveUntilHeld(1);
+
+    EXPECT_THAT(heldPaths(), ElementsAre("/pieces"));
+    close(last);
+}
+
 TEST_F(BwaFcgiListenerOutOfDescriptors, StopsAtOnce)
 {
     send("/served");
