@@ -19,10 +19,9 @@ public:
     // To be called from the event loop when SIGTERM has come.
     void stop()
     {
-        QObject::connect(&m_listener, &BwaFcgiListener::drained, QCoreApplication::instance(),
-                         &QCoreApplication::quit);
+        QObject::connect(&m_listener, &BwaFcgiListener::drained, &QCoreApplication::quit);
         m_listener.stopAccepting();
-        QTimer::singleShot(10000, QCoreApplication::instance(), [] { QCoreApplication::exit(1); });
+        QTimer::singleShot(10000, &m_listener, [] { QCoreApplication::exit(1); });
     }
     //! [stop]
 
