@@ -35,14 +35,14 @@ std::size_t indexOf(const BwaRestExchange& exchange, const char* name)
     refuseName(exchange, name, "parameter");
 }
 
-QString textAt(const BwaRestExchange& exchange, std::size_t index)
+QStringView textAt(const BwaRestExchange& exchange, std::size_t index)
 {
     const BwaRestRouter::Span span = exchange.spans.at(static_cast<int>(index));
-    return exchange.path.mid(span.begin, span.size);
+    return {exchange.path.constData() + span.begin, span.size};
 }
 
-QString textOf(const BwaRestExchange& exchange, const char* name, BwaRestKind kind,
-               const char* what)
+QStringView textOf(const BwaRestExchange& exchange, const char* name, BwaRestKind kind,
+                   const char* what)
 {
     const std::size_t index = indexOf(exchange, name);
     if (exchange.entry->parameters[index].kind != kind) {
@@ -88,17 +88,17 @@ QString BwaRestCall::path() const
 
 QString BwaRestCall::text(const char* name) const
 {
-    return textAt(m_exchange, indexOf(m_exchange, name));
+    return textAt(m_exchange, indexOf(m_exchange, name)).toString();
 }
 
 qint64 BwaRestCall::number(const char* name) const
 {
-    return textOf(m_exchange, name, BwaRestKind::Number, "number").toLongLong();
+    return *BwaRestPattern::number(textOf(m_exchange, name, BwaRestKind::Number, "number"));
 }
 
 QUuid BwaRestCall::uuid(const char* name) const
 {
-    return QUuid(textOf(m_exchange, name, BwaRestKind::Uuid, "UUID"));
+    return QUuid(textOf(m_exchange, name, BwaRestKind::Uuid, "UUID").toString());
 }
 
 QStringList BwaRestCall::query(const char* name) const

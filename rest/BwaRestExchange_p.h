@@ -68,7 +68,8 @@ private:
     bool hasClientsCopy(const BwaRestReply& reply) const;
     QByteArray location(const BwaRestReply& reply) const;
     QByteArray headerBlock(const BwaRestReply& reply, bool isKnown) const;
-    QByteArray contentLines(const BwaRestReply& reply) const;
+    QByteArray crossOriginLines(const BwaRestReply& reply) const;
+    void addContentLines(QByteArray* block, const BwaRestReply& reply) const;
 
     BwaFcgiRequest* m_request; // owned
     const BwaRestSettings& m_settings;

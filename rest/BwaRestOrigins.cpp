@@ -53,9 +53,6 @@ bool BwaRestOrigins::allows(const QByteArray& origin) const
 // Vary also without an origin: a cache is not to give that reply to a page of another origin.
 QByteArray BwaRestOrigins::lines(const QByteArray& origin, const QList<QByteArray>& exposed) const
 {
-    if (m_origins.isEmpty()) {
-        return QByteArray();
-    }
     QByteArray vary = line("Vary", "Origin");
     if (!allows(origin)) {
         return vary;
@@ -68,9 +65,6 @@ QByteArray BwaRestOrigins::lines(const QByteArray& origin, const QList<QByteArra
 QByteArray BwaRestOrigins::preflightLines(const QByteArray& origin, const QByteArray& methods,
                                           const QByteArray& requested) const
 {
-    if (m_origins.isEmpty()) {
-        return QByteArray();
-    }
     QByteArray vary = line("Vary", "Access-Control-Request-Method, Access-Control-Request-Headers");
     if (!allows(origin)) {
         return vary;

@@ -20,6 +20,7 @@ public:
      */
     BwaRestOrigins(const QStringList& origins, bool credentials);
 
+    bool isEmpty() const { return m_origins.isEmpty(); }
     /**
      * The header lines of a reply to @a origin, which may be null, whose script is to see the
      * headers of these names.

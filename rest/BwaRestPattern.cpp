@@ -4,6 +4,7 @@
 #include "rest/BwaRestPattern_p.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -72,20 +73,9 @@ void checkTogether(const std::vector<BwaRestSegment>& segments, const QByteArray
     }
 }
 
-bool isNumber(const QString& text)
+bool isUuid(QStringView text)
 {
-    const bool isNegative = text.startsWith(QLatin1Char('-'));
-    const bool isDigits = std::all_of(text.begin() + (isNegative ? 1 : 0), text.end(), [](QChar c) {
-        return c >= QLatin1Char('0') && c <= QLatin1Char('9');
-    });
-    bool ok = false;
-    text.toLongLong(&ok);
-    return isDigits && ok;
-}
-
-bool isUuid(const QString& text)
-{
-    for (int position = 0; position < text.size(); ++position) {
+    for (qsizetype position = 0; position < text.size(); ++position) {
         const ushort character = text.at(position).unicode();
         const bool isDash = position == 8 || position == 13 || position == 18 || position == 23;
         const bool isHex = (character >= '0' && character <= '9') ||
@@ -112,14 +102,34 @@ std::vector<BwaRestSegment> BwaRestPattern::segmentsOf(const QByteArray& pattern
     return segments;
 }
 
-bool BwaRestPattern::fits(BwaRestKind kind, const QString& text)
+bool BwaRestPattern::fits(BwaRestKind kind, QStringView text)
 {
     switch (kind) {
     case BwaRestKind::Number:
-        return isNumber(text);
+        return number(text).has_value();
     case BwaRestKind::Uuid:
         return isUuid(text);
     default:
         return !text.isEmpty();
     }
+}
+
+std::optional<qint64> BwaRestPattern::number(QStringView text)
+{
+    const bool isNegative = text.startsWith(QLatin1Char('-'));
+    const quint64 most =
+        static_cast<quint64>(std::numeric_limits<qint64>::max()) + (isNegative ? 1 : 0);
+    const qsizetype begin = isNegative ? 1 : 0;
+    quint64 number = 0;
+    for (qsizetype position = begin; position < text.size(); ++position) {
+        const unsigned int digit = text.at(position).unicode() - static_cast<unsigned int>('0');
+        if (digit > 9 || number > (most - digit) / 10) {
+            return std::nullopt;
+        }
+        number = 10 * number + digit;
+    }
+    if (begin == text.size()) {
+        return std::nullopt;
+    }
+    return static_cast<qint64>(isNegative ? 0 - number : number);
 }

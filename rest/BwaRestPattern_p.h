@@ -7,7 +7,9 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QStringView>
 
+#include <optional>
 #include <vector>
 
 /** What a place of a path may hold. */
@@ -35,7 +37,9 @@ namespace BwaRestPattern {
  */
 std::vector<BwaRestSegment> segmentsOf(const QByteArray& pattern);
 /** Whether @a text is of @a kind, which is not that of literals. */
-bool fits(BwaRestKind kind, const QString& text);
+bool fits(BwaRestKind kind, QStringView text);
+/** What a {name:int} holds; nothing when it is none. */
+std::optional<qint64> number(QStringView text);
 
 } // namespace BwaRestPattern
 

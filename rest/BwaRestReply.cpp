@@ -111,8 +111,12 @@ BwaRestReply BwaRestReply::empty(int status)
 
 BwaRestReply BwaRestReply::bytes(const QByteArray& body, const QByteArray& contentType, int status)
 {
-    BwaRestReply reply(status, body, "application/octet-stream");
-    return reply.header("Content-Type", contentType);
+    const bool isValue = BwaRestText::isHeaderValue(contentType);
+    BwaRestReply reply(status, body, isValue ? contentType : "application/octet-stream");
+    if (!isValue) {
+        reply.m_complaints.append("The reply leaves out its Content-Type");
+    }
+    return reply;
 }
 
 BwaRestReply BwaRestReply::created(const QString& path, const QVariantMap& json)

@@ -46,7 +46,9 @@ public:
     BwaRestReply(const BwaRestLater& later);
     ~BwaRestReply();
     BwaRestReply(const BwaRestReply&) = default;
+    BwaRestReply(BwaRestReply&&) = default;
     BwaRestReply& operator=(const BwaRestReply&) = default;
+    BwaRestReply& operator=(BwaRestReply&&) = default;
 
     /** No body. */
     static BwaRestReply empty(int status = 204);

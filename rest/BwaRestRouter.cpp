@@ -18,10 +18,11 @@
 #include <utility>
 
 struct BwaRestRouter::Node {
-    QHash<QString, std::shared_ptr<Node>> literals;
-    std::unique_ptr<Node> parameter;               // null: none
-    BwaRestKind parameterKind = BwaRestKind::Text; // of parameter
-    std::string parameterRoute;                    // that parameter came with
+    QString text;                                       // that it stands for; empty for a parameter
+    QHash<QStringView, std::shared_ptr<Node>> literals; // by their texts
+    std::unique_ptr<Node> parameter;                    // null: none
+    BwaRestKind parameterKind = BwaRestKind::Text;      // of parameter
+    std::string parameterRoute;                         // that parameter came with
     Resource resource;
 };
 
@@ -102,9 +103,11 @@ BwaRestRouter::Node* BwaRestRouter::childFor(Node* node, const BwaRestSegment& s
                                              const BwaRestRoute& route)
 {
     if (segment.kind == BwaRestKind::Literal) {
-        std::shared_ptr<Node>& child = node->literals[segment.text];
+        std::shared_ptr<Node> child = node->literals.value(segment.text);
         if (!child) {
             child = std::make_shared<Node>();
+            child->text = segment.text;
+            node->literals.insert(child->text, child);
         }
         return child.get();
     }
@@ -143,18 +146,14 @@ const BwaRestRouter::Resource* BwaRestRouter::Search::below(const Node& node, Bw
 const BwaRestRouter::Resource* BwaRestRouter::Search::belowLiteral(const Node& node, BwaSize begin,
                                                                    BwaSize end) const
 {
-    if (node.literals.isEmpty()) {
-        return nullptr;
-    }
-    const auto child =
-        node.literals.constFind(QString::fromRawData(path.constData() + begin, end - begin));
+    const auto child = node.literals.constFind({path.constData() + begin, end - begin});
     return child == node.literals.constEnd() ? nullptr : below(**child, end + 1);
 }
 
 const BwaRestRouter::Resource*
 BwaRestRouter::Search::belowParameter(const Node& node, BwaSize begin, BwaSize end) const
 {
-    const QString text = QString::fromRawData(path.constData() + begin, end - begin);
+    const QStringView text(path.constData() + begin, end - begin);
     if (!BwaRestPattern::fits(node.parameterKind, text)) {
         return nullptr;
     }

@@ -15,7 +15,7 @@ class BwaRestHeldCalls;
 
 /** What the calls of a service share. */
 struct BwaRestSettings {
-    QByteArray fileHeader = "X-Sendfile";
+    const char* fileHeader = "X-Sendfile";
     BwaRestOrigins origins;
     std::shared_ptr<BwaRestPool> pool = std::make_shared<BwaRestPool>(nullptr, 64);
     BwaRestHeldCalls* calls = nullptr; // not owned

@@ -6,38 +6,42 @@
 
 namespace {
 
-const char* phraseOfSuccess(int status)
+// Made whole: replies of these are the most frequent.
+const char* knownLine(int status)
 {
     switch (status) {
     case 200:
-        return "OK";
+        return "200 OK";
     case 201:
-        return "Created";
+        return "201 Created";
     case 202:
-        return "Accepted";
+        return "202 Accepted";
     case 204:
-        return "No Content";
+        return "204 No Content";
     case 206:
-        return "Partial Content";
+        return "206 Partial Content";
     case 301:
-        return "Moved Permanently";
+        return "301 Moved Permanently";
     case 302:
-        return "Found";
+        return "302 Found";
     case 303:
-        return "See Other";
+        return "303 See Other";
     case 304:
-        return "Not Modified";
+        return "304 Not Modified";
     case 307:
-        return "Temporary Redirect";
+        return "307 Temporary Redirect";
     case 308:
-        return "Permanent Redirect";
+        return "308 Permanent Redirect";
     default:
-        return status < 300 ? "Success" : "Redirection";
+        return nullptr;
     }
 }
 
-QByteArray phraseOfError(int status)
+QByteArray phraseOf(int status)
 {
+    if (status < 400) {
+        return status < 300 ? "Success" : "Redirection";
+    }
     const auto error = static_cast<BwaFcgiRequest::StandardHttpError>(status);
     const auto known = BwaFcgiRequest::standardHttpErrorParameters(error);
     if (known.first == status) {
@@ -50,6 +54,6 @@ QByteArray phraseOfError(int status)
 
 QByteArray BwaRestStatus::line(int status)
 {
-    return QByteArray::number(status) + ' ' +
-        (status < 400 ? QByteArray(phraseOfSuccess(status)) : phraseOfError(status));
+    const char* const known = knownLine(status);
+    return known ? QByteArray(known) : QByteArray::number(status) + ' ' + phraseOf(status);
 }

@@ -86,7 +86,8 @@ bool BwaRestText::isToken(const QByteArray& name)
 
 bool BwaRestText::isHeaderValue(const QByteArray& value)
 {
-    return !value.contains('\r') && !value.contains('\n') && !value.contains('\0');
+    return std::none_of(value.begin(), value.end(),
+                        [](char byte) { return byte == '\r' || byte == '\n' || byte == '\0'; });
 }
 
 QByteArray BwaRestText::entityTag(const QByteArray& tag)

@@ -201,7 +201,7 @@ TEST(BwaRestCall, ReadsTheBodyOnce)
 TEST(BwaRestCall, WithoutBodyTellsAnEmptyOne)
 {
     EXPECT_EQ(answeringTo(BwaTestRequest("PUT"), echoBody).raw,
-              "Status: 200 OK\nContent-Type: text/plain\nContent-Length: 0\n\n");
+              "Content-Type: text/plain\nContent-Length: 0\n\n");
 }
 
 TEST(BwaRestCall, GivenBodyOfUnknownLengthIs411)

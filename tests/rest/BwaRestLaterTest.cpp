@@ -65,14 +65,14 @@ TEST_F(BwaRestLaterTest, GivenReplySendsIt)
 {
     afterwards([this] { EXPECT_TRUE(later->reply(textReply("a"))); });
 
-    EXPECT_EQ(send().raw, "Status: 200 OK\nContent-Type: text/plain\nContent-Length: 1\n\na");
+    EXPECT_EQ(send().raw, "Content-Type: text/plain\nContent-Length: 1\n\na");
 }
 
 TEST_F(BwaRestLaterTest, GivenHeadLosesTheBody)
 {
     afterwards([this] { later->reply(textReply("a")); });
 
-    EXPECT_EQ(send("HEAD").raw, "Status: 200 OK\nContent-Type: text/plain\nContent-Length: 1\n\n");
+    EXPECT_EQ(send("HEAD").raw, "Content-Type: text/plain\nContent-Length: 1\n\n");
 }
 
 TEST_F(BwaRestLaterTest, GivenReplyBeforeTheHandlerReturnsSendsIt)

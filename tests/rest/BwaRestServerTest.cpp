@@ -83,7 +83,7 @@ TEST_F(BwaRestServerTest, ServesUntilItIsTerminated)
     const int result = run(server, [](FcgiClient& client) {
         client.sendRequest(parameters("/a"));
         EXPECT_EQ(client.readReply().out,
-                  "Status: 200 OK\nContent-Type: text/plain\n"
+                  "Content-Type: text/plain\n"
                   "Content-Length: 1\n\na");
         stop();
     });
@@ -196,6 +196,30 @@ TEST_F(BwaRestServerTest, WhenTheClientGoesFinishesTheWorkOnThePool)
 
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(isFinished);
+}
+
+TEST_F(BwaRestServerTest, AnswersManyCallsFromThePoolAtOnce)
+{
+    api.get("/work/{n:int}", [](const BwaRestCall& call) {
+        return call.onPool([n = call.number("n")](const BwaRestCancel&) {
+            return BwaRestReply::bytes(QByteArray::number(n), "text/plain");
+        });
+    });
+
+    const int result = run(server, [this](FcgiClient&) {
+        std::vector<std::unique_ptr<FcgiClient>> clients;
+        for (int n = 0; n < 30; ++n) {
+            clients.push_back(std::make_unique<FcgiClient>(path()));
+            clients.back()->sendRequest(parameters("/work/" + QByteArray::number(n)));
+        }
+        for (int n = 0; n < 30; ++n) {
+            const QByteArray out = clients[static_cast<std::size_t>(n)]->readReply().out;
+            EXPECT_TRUE(out.endsWith("\n\n" + QByteArray::number(n))) << n;
+        }
+        stop();
+    });
+
+    EXPECT_EQ(result, 0);
 }
 
 TEST_F(BwaRestServerTest, GivenAccessLogWritesALineForEachReply)
