@@ -35,7 +35,6 @@ const std::size_t readSize = 8192;             // bytes that libfcgi reads at a 
 const BwaSize largestHeader = 4 * 1024 * 1024; // bytes
 const unsigned long moment = 20;               // ms until a shortage may have passed
 const qint64 longestShortage = 30000;          // ms
-const int notInitialized = -9998;              // what libfcgi says before FCGX_Init()
 
 qint64 now()
 {
@@ -137,6 +136,8 @@ void BwaFcgiAcceptLoop::handle(int descriptor)
             acceptConnection();
         } else if (m_connections->isWaiting(descriptor)) {
             readRequest(descriptor);
+        } else {
+            m_connections->discardInput(descriptor);
         }
     } catch (const std::exception&) {
         QThread::msleep(moment); // memory is short
@@ -230,7 +231,7 @@ void BwaFcgiAcceptLoop::readRecords(int connection)
         BwaFcgiRecords::HeaderScan scan;
         const Verdict verdict = scan.scan(bytes, size);
         const std::size_t end = scan.position();
-        if (verdict == Verdict::Complete &&
+        if (verdict == Verdict::Complete && !scan.endsInPadding() &&
             BwaFcgiRecords::isWholeInput(bytes + end, size - end, Record(bytes).requestId)) {
             acceptRequest(connection, nullptr);
         } else {
@@ -308,9 +309,6 @@ void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
             m_connections->closeNow(connection);
         } else {
             m_connections->forget(connection);
-        }
-        if (result == notInitialized) {
-            fail("libfcgi is not initialized", 0);
         }
         return;
     }

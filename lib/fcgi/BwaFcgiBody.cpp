@@ -57,10 +57,14 @@ bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t
     return true;
 }
 
-bool BwaFcgiBody::waitForInput() const
+// Who has sent nothing for so long is not waited for once more.
+bool BwaFcgiBody::waitForInput()
 {
     pollfd input = {m_connection, POLLIN, 0};
     const int result = ::poll(&input, 1, m_timeout > 0 ? m_timeout : -1);
+    if (result == 0) {
+        m_state = Failed;
+    }
     return result > 0 || (result < 0 && errno == EINTR);
 }
 

@@ -36,7 +36,7 @@ private:
     enum State { Open, Ended, Failed };
 
     bool receive(char* buffer, std::size_t size, Wait wait, std::size_t* taken);
-    bool waitForInput() const;
+    bool waitForInput();
     void takeTail(const char* bytes, std::size_t size);
     void takeHeader();
 

@@ -4,6 +4,7 @@
 #include "fcgi/BwaFcgiConnections_p.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -18,19 +19,15 @@ namespace {
 const std::int64_t headerTime = 10000; // ms from the first byte of a header to its last
 const std::int64_t lingerTime = 200;   // ms that an ended connection waits for its close
 const std::int64_t drainTime = 1000;   // ms that a new connection has for its request at the end
+const std::int64_t lastUseTime = 200;  // ms that a kept connection has for it
 const std::int64_t silentTime = 1000;  // ms after which a connection may go for a new one
 const int mostEvents = 64;
+const int mostReads = 16; // of an ended connection, at a time
 
 std::int64_t now()
 {
     const auto time = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
-
-bool hasInput(int connection)
-{
-    char byte;
-    return ::recv(connection, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
 // Only where the next byte begins a record: behind the whole input of a request.
@@ -100,23 +97,15 @@ void BwaFcgiConnections::close()
     }
 }
 
-// A connection that has been accepted just now may bring a request yet, one that is kept may not,
-// unless it already has.
+// A web server may have picked a connection just now, for a request that is on its way.
 void BwaFcgiConnections::stopKeeping(int listening)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     ::epoll_ctl(m_epoll, EPOLL_CTL_DEL, listening, nullptr);
     m_keeps = false;
-    for (std::size_t index = 0; index < m_connections.size(); ++index) {
-        Connection& connection = m_connections[index];
-        const int descriptor = static_cast<int>(index);
-        if (connection.state != Connection::Waiting) {
-            continue;
-        }
-        if (connection.isKept && !hasInput(descriptor)) {
-            release(descriptor);
-        } else {
-            setDeadline(connection, drainTime);
+    for (Connection& connection : m_connections) {
+        if (connection.state == Connection::Waiting) {
+            setDeadline(connection, connection.isKept ? lastUseTime : drainTime);
         }
     }
 }
@@ -162,15 +151,13 @@ void BwaFcgiConnections::handleEvent(int descriptor, std::uint32_t events)
     connection.isGone = wasGone || (events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
     switch (connection.state) {
     case Connection::Waiting:
+    case Connection::Lingering:
         m_ready.push_back(descriptor);
         break;
     case Connection::Served:
         if (!wasGone) {
             noteNews(descriptor, connection);
         }
-        break;
-    case Connection::Lingering:
-        discardInput(descriptor);
         break;
     case Connection::Closed: // the last report of a connection that has been closed meanwhile
         break;
@@ -199,18 +186,24 @@ void BwaFcgiConnections::tellGone(int descriptor)
     }
 }
 
-void BwaFcgiConnections::discardInput(int descriptor)
+void BwaFcgiConnections::discardInput(int connection)
 {
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_connections[static_cast<std::size_t>(connection)].state != Connection::Lingering) {
+            return;
+        }
+    }
     char unread[4096];
     ssize_t size = 0;
     int reads = 0;
     do {
-        size = ::recv(descriptor, unread, sizeof unread, MSG_DONTWAIT);
-    } while (size > 0 && ++reads < mostEvents);
-    if (size == 0) {
-        release(descriptor);
-    } else if (size > 0) { // the others first; epoll reports the rest again
-        watchWithEpoll(descriptor, m_connections[static_cast<std::size_t>(descriptor)]);
+        size = ::recv(connection, unread, sizeof unread, MSG_DONTWAIT);
+    } while (size > 0 && ++reads < mostReads);
+    if (size > 0) {
+        watchInput(connection); // the others first; epoll reports the rest again
+    } else if (size == 0 || errno != EAGAIN) {
+        closeNow(connection);
     }
 }
 
@@ -270,7 +263,9 @@ void BwaFcgiConnections::serve(int connection, FCGX_Request* request, bool input
     if (isForListener) {
         m_untaken.push_back(request);
     } else {
-        ::fcntl(connection, F_SETFL, 0); // whoever takes it leaves the reading to libfcgi
+        // Whoever takes it leaves the reading to libfcgi, and gives no connection back.
+        ::fcntl(connection, F_SETFL, 0);
+        request->keepConnection = 0;
     }
     Connection& served = m_connections[static_cast<std::size_t>(connection)];
     changeState(served, Connection::Served);

@@ -75,6 +75,8 @@ public:
     /** Whether the connection waits for a request, so that the accepting thread may read from it.
      */
     bool isWaiting(int connection);
+    /** Reads what an ended connection still receives, and closes it when the web server has. */
+    void discardInput(int connection);
     /** The header that is being taken from a waiting connection, piece by piece; may be null. */
     std::unique_ptr<Header>& header(int connection);
     /**
@@ -157,7 +159,6 @@ private:
     static void deleteParameters(FCGX_Request* request);
     void handleEvent(int descriptor, std::uint32_t events);
     void noteNews(int descriptor, Connection& connection);
-    void discardInput(int descriptor);
     void tellGone(int descriptor);
     void beginWaiting(Connection& connection);
     void setDeadline(Connection& connection, std::int64_t milliseconds);

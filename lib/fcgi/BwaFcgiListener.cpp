@@ -15,6 +15,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QMetaMethod>
+#include <QTimer>
 
 #include <exception>
 #include <utility>
@@ -22,6 +23,7 @@
 namespace {
 
 const unsigned long stopInterval = 20; // milliseconds between two attempts to stop the thread
+const int drainInterval = 20;          // milliseconds between two looks for open requests
 
 } // namespace
 
@@ -183,15 +185,17 @@ void BwaFcgiListener::tellGone()
     }
 }
 
-// Called twice when the thread ends while stopAccepting() runs.
+// Called twice when the thread ends while stopAccepting() runs. When it has ended by itself before,
+// requests may still be open.
 void BwaFcgiListener::endDrained()
 {
-    if (!std::exchange(m_isDraining, false)) {
-        return;
+    if (!m_connections->isIdle()) {
+        QTimer::singleShot(drainInterval, this, [this] { endDrained(); });
+    } else if (std::exchange(m_isDraining, false)) {
+        m_thread.quit();
+        m_thread.wait();
+        Q_EMIT drained();
     }
-    m_thread.quit();
-    m_thread.wait();
-    Q_EMIT drained();
 }
 
 bool BwaFcgiListener::reportsCompletion() const

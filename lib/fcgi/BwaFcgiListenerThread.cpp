@@ -74,6 +74,7 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
     if (m_descriptor >= 0) {
         return;
     }
+    BwaFcgiLibrary::initialize();
     if (openSocket(address)) {
         setErrorString(acceptRequests());
         closeSocket();

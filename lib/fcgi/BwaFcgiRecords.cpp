@@ -87,6 +87,7 @@ bool HeaderScan::takeHeader()
     m_headerSize = 0;
     m_left = record.contentSize + record.paddingSize;
     m_isLastRecord = record.type == Params && record.contentSize == 0;
+    m_endsInPadding = m_isLastRecord && record.paddingSize > 0;
     return record.version == 1 && record.requestId != 0;
 }
 

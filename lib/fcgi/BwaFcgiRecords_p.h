@@ -45,6 +45,8 @@ public:
     Verdict scan(const char* bytes, std::size_t size);
     /** How many of the bytes of the last scan() belong to the header. */
     std::size_t position() const { return m_position; }
+    /** Whether the last record has padding, which libfcgi would take for the next record. */
+    bool endsInPadding() const { return m_endsInPadding; }
 
 private:
     bool isComplete() const { return m_isLastRecord && m_left == 0; }
@@ -55,6 +57,7 @@ private:
     std::size_t m_headerSize = 0; // bytes of the next record's header that have come
     char m_header[headerSize] = {};
     bool m_isLastRecord = false;
+    bool m_endsInPadding = false;
 };
 
 /**
