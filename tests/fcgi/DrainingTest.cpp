@@ -156,6 +156,17 @@ TEST_F(BwaFcgiListenerDraining, UntilItIsDoneListeningAgainIsIgnored)
     EXPECT_EQ(replyTo(apiRequest("/x")).out, QByteArray("/x"));
 }
 
+TEST_F(BwaFcgiListenerDraining, BeforeItIsReportedListeningIsIgnored)
+{
+    const Watchdog watchdog(20);
+
+    listener().stopAccepting();
+    start();
+    timeUntilDrained();
+
+    EXPECT_FALSE(threadNames().contains("BwaFcgiListener"));
+}
+
 TEST_F(BwaFcgiListenerDraining, FromItsSlotListeningAgainWorks)
 {
     QObject::connect(&listener(), &BwaFcgiListener::drained, [this] { start(); });
