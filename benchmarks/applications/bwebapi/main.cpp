@@ -198,6 +198,7 @@ int main(int argc, char** argv)
     BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
     QObject::connect(&listener, &BwaFcgiListener::listeningError,
                      [] { QCoreApplication::exit(1); });
+    listener.setBacklog(4096);
     listener.listen(QString::fromLatin1(argv[1]));
     return application.exec();
 }
