@@ -93,7 +93,11 @@ std::unique_ptr<BwaRestExchange> BwaRestHeldCalls::release(quint64 id)
 // A call that has been replied to, or whose last handle has gone, has its answer among the letters.
 void BwaRestHeldCalls::expire(quint64 id)
 {
-    const std::shared_ptr<BwaRestLaterState> state = m_calls.at(id).state.lock();
+    const auto call = m_calls.find(id);
+    if (call == m_calls.end()) {
+        return; // answered by a letter that came with its timer
+    }
+    const std::shared_ptr<BwaRestLaterState> state = call->second.state.lock();
     if (state && state->end()) {
         answer(id, BwaRestProblem(503, QString::fromLatin1("The reply has taken too long")));
     }
@@ -133,12 +137,10 @@ void BwaRestHeldCalls::readLetters()
     }
 }
 
+// The letters first: with their lock this sees what the thread that posted the event has written.
 bool BwaRestHeldCalls::event(QEvent* event)
 {
-    if (event->type() == QEvent::User) {
-        readLetters();
-        return true;
-    }
+    readLetters();
     if (event->type() == QEvent::Timer) {
         expire(m_timers.value(static_cast<QTimerEvent*>(event)->timerId()));
         return true;

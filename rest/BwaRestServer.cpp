@@ -76,6 +76,7 @@ int BwaRestServer::run(const QString& address)
     const QList<BwaRestService*> services = restServicesOf(m_services);
     QTimer stopTimer;
     stopTimer.setSingleShot(true);
+    QTimer endTimer;
     BwaRestStopSignals signals;
 
     QObject::connect(&signals, &BwaRestStopSignals::received, &listener, [&] {
@@ -92,8 +93,9 @@ int BwaRestServer::run(const QString& address)
         for (BwaRestService* const service : services) {
             service->endCalls();
         }
-        QTimer::singleShot(endTime, &listener, [] { QCoreApplication::exit(1); });
+        endTimer.start(endTime);
     });
+    QObject::connect(&endTimer, &QTimer::timeout, &listener, [] { QCoreApplication::exit(1); });
     QObject::connect(&listener, &BwaFcgiListener::drained, &listener,
                      [] { QCoreApplication::exit(0); });
     QObject::connect(&listener, &BwaFcgiListener::listeningError, &listener, [&] {
