@@ -17,7 +17,7 @@
 namespace {
 
 const std::int64_t headerTime = 10000; // ms from the first byte of a header to its last
-const std::int64_t lingerTime = 200;   // ms that an ended connection waits for its close
+const std::int64_t lingerTime = 1000;  // ms that an ended connection waits for its close
 const std::int64_t drainTime = 1000;   // ms that a new connection has for its request at the end
 const std::int64_t lastUseTime = 200;  // ms that a kept connection has for it
 const std::int64_t silentTime = 1000;  // ms after which a connection may go for a new one

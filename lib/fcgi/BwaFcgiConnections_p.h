@@ -125,7 +125,7 @@ public:
 
     /** Waits for the next request on a connection whose input has been read. */
     void keep(int connection);
-    /** Closes the connection once the web server has, or after 200 ms. */
+    /** Closes the connection once the web server has, or after 1 s. */
     void linger(int connection);
 
     // For any thread

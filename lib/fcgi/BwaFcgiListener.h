@@ -110,7 +110,8 @@ public Q_SLOTS:
     void listen(quint16 listeningPort = 0);
     /**
      * Listens on the Unix socket of that path, which is replaced if it exists, or on the TCP
-     * address "host:port". A null text means descriptor 0.
+     * address "host:port". A null text means descriptor 0. The text is taken as Latin-1 bytes; one
+     * with other characters is an error.
      */
     void listen(const QString& unixSocket);
 

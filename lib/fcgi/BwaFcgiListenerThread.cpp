@@ -97,6 +97,8 @@ bool BwaFcgiListenerThread::openSocket(const QString& address)
     if (BwaFcgiLibrary::isShutDown()) {
         reason =
             QLatin1String("cannot listen: the last listener of this process has been destroyed");
+    } else if (QString::fromLatin1(address.toLatin1()) != address) {
+        reason = QLatin1String("cannot listen: the address has characters that are no bytes");
     } else if (!address.isNull()) {
         descriptor = openFcgiSocket(address.toLatin1(), m_backlog, &reason);
     } else if (isListeningSocket(STDIN_FILENO)) {

@@ -449,3 +449,13 @@ TEST_F(BwaFcgiListenerAddress, WhenNothingWorksKeepsNoDescriptorOpen)
 
     EXPECT_EQ(openDescriptors(), before);
 }
+
+// A "?" in its place would open another socket.
+TEST_F(BwaFcgiListenerAddress, GivenCharactersThatAreNoBytesIsAnError)
+{
+    listener().listen(folder() + QLatin1Char('/') + QChar(0x20ac));
+    runEventLoopUntil([this] { return listeningErrors == 1; });
+
+    EXPECT_EQ(listener().errorString(),
+              QStringLiteral("cannot listen: the address has characters that are no bytes"));
+}

@@ -417,7 +417,7 @@ protected:
     }
 
     int served = 0;
-    // Waiting 200 ms for each to close would take longer than is promised.
+    // Waiting 1 s for each to close would take longer than is promised.
     std::array<std::unique_ptr<FcgiClient>, 20> clients;
 };
 

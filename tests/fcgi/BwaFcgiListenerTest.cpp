@@ -491,7 +491,7 @@ TEST_F(BwaFcgiListenerServing, WhenInputIsMissingWaitsForItNoLongerThanAMoment)
     EXPECT_TRUE(replyTo(client).ended);
     EXPECT_LT(milliseconds, 100); // the service does not wait
     const qint64 closing = millisecondsOf([&] { EXPECT_TRUE(client.isClosedByPeer()); });
-    EXPECT_LT(closing, 1000); // 200 are meant
+    EXPECT_LT(closing, 5000); // 1000 are meant
 }
 
 TEST_F(BwaFcgiListenerServing, WhenAClientGoesOnSendingWaitsForItNoLongerThanAMoment)
@@ -506,7 +506,7 @@ TEST_F(BwaFcgiListenerServing, WhenAClientGoesOnSendingWaitsForItNoLongerThanAMo
         waitUntil([&] { return ::send(client.descriptor(), "x", 1, MSG_NOSIGNAL) < 0; });
     });
 
-    EXPECT_LT(milliseconds, 1000); // 200 are meant
+    EXPECT_LT(milliseconds, 5000); // 1000 are meant
 }
 
 TEST_F(BwaFcgiListenerServing, LeavesTheEnvironmentAsItWas)
