@@ -90,6 +90,7 @@ BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
 
 BwaFcgiRequest::~BwaFcgiRequest()
 {
+    logMissingReply();
     const QString path = reportedPath();
     m_cgiRequest.reset();
     m_input.reset();
@@ -139,15 +140,27 @@ void BwaFcgiRequest::tellGone()
     }
 }
 
+// A hook that forgets the reply leaves an empty one, which the web server makes 500 or 502 of.
+void BwaFcgiRequest::logMissingReply()
+{
+    if (!m_request || !m_exchange->listener() || m_outBuffer->size() > 0) {
+        return;
+    }
+    try {
+        const BwaCgiEnvironment& environment = m_cgiRequest->environment();
+        err() << QString::fromLatin1("Error in the FastCGI listener: A request to script \"%1\" "
+                                     "with path info \"%2\" was deleted without a reply")
+                     .arg(environment.scriptName(), environment.pathInfo());
+    } catch (const std::exception&) {
+        // Without memory there is no line.
+    }
+}
+
 // The path for the listener's signal; null when nobody receives it or memory is short.
 QString BwaFcgiRequest::reportedPath() const
 {
     const BwaFcgiListener* const listener = m_exchange->listener();
     try {
-        if (m_request && listener && m_outBuffer->size() == 0) {
-            qDebug("A FastCGI request was deleted without a reply: %s",
-                   fullPath().toUtf8().constData());
-        }
         return listener && listener->reportsCompletion() ? fullPath() : QString();
     } catch (const std::exception&) {
         return QString();

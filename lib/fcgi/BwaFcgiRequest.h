@@ -177,6 +177,7 @@ private:
     void join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole);
     void goOn();
     void tellGone();
+    void logMissingReply();
     QString reportedPath() const;
     void finish(const QString& path);
     void abandon();

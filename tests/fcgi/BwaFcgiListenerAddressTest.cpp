@@ -12,6 +12,7 @@
 #include <fcgiapp.h>
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstdlib>
 
 #include <fcntl.h>
@@ -128,6 +129,22 @@ TEST_F(BwaFcgiListenerAddress, GivenEmptyPathListensOnANamelessSocket)
     ASSERT_EQ(connect(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
     FcgiClient client(descriptor);
     EXPECT_EQ(answerTo(client), QByteArray("/x"));
+}
+
+TEST_F(BwaFcgiListenerAddress, GivenEmptyPathSaysThatNobodyFindsTheSocket)
+{
+    static std::atomic<bool> isSaid(false);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+        isSaid = isSaid ||
+            text ==
+                QLatin1String(
+                    "Listening on an empty address, where no web server can find the socket");
+    });
+    listener().listen(QString::fromLatin1(""));
+
+    waitUntil([] { return isSaid.load(); });
+
+    qInstallMessageHandler(nullptr);
 }
 
 // Ports

@@ -182,6 +182,19 @@ TEST_F(BwaFcgiListenerServing, WhileAServiceRunsAcceptsTheNextConnection)
     EXPECT_EQ(replyTo(*second).out, QByteArray("/y"));
 }
 
+TEST_F(BwaFcgiListenerServing, WhenARequestIsDeletedWithoutAReplySaysSoInTheLog)
+{
+    serve("/api", [](BwaFcgiRequest* request) { delete request; });
+    start();
+
+    const FcgiReply reply = replyTo(apiRequest("/x"));
+
+    EXPECT_EQ(reply.out, QByteArray());
+    EXPECT_EQ(reply.err,
+              QByteArray("Error in the FastCGI listener: A request to script \"/api\" with path "
+                         "info \"/x\" was deleted without a reply"));
+}
+
 TEST_F(BwaFcgiListenerServing, WhenTheServiceAnswersLaterTouchesTheRequestNoMore)
 {
     BwaFcgiRequest* kept = nullptr;
