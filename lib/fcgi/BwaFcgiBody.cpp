@@ -87,11 +87,10 @@ void BwaFcgiBody::takeHeader()
 {
     const BwaFcgiRecords::Record record(m_header);
     m_headerSize = 0;
-    if (record.version != 1) {
-        m_state = Failed;
-    } else if (record.requestId != m_requestId) {
+    const bool isValid = record.version == 1;
+    if (isValid && record.requestId != m_requestId) {
         m_skipLeft = record.contentSize + record.paddingSize;
-    } else if (record.type == BwaFcgiRecords::Stdin) {
+    } else if (isValid && record.type == BwaFcgiRecords::Stdin) {
         m_contentLeft = record.contentSize;
         m_skipLeft = record.paddingSize;
         m_isLastRecord = record.contentSize == 0;

@@ -14,7 +14,7 @@
 
 namespace {
 
-const std::size_t mostUnread = 64 * 1024; // bytes that are read to save a connection
+const std::size_t mostUnread = std::size_t{64} * 1024; // bytes that are read to save a connection
 
 void finishAndDelete(FCGX_Request* request)
 {
@@ -36,7 +36,7 @@ timeval timeOf(int milliseconds)
 {
     timeval time = {};
     time.tv_sec = milliseconds / 1000;
-    time.tv_usec = milliseconds % 1000 * 1000;
+    time.tv_usec = suseconds_t{milliseconds % 1000} * 1000;
     return time;
 }
 

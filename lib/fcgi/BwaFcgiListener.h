@@ -117,14 +117,14 @@ public Q_SLOTS:
 
 private Q_SLOTS:
     void newRequest(FCGX_Request* request);
+    void tellGone();
+    void endDrained();
 
 private:
     friend class BwaFcgiRequest;
 
     bool startThread();
     void handOver(BwaFcgiRequest* request);
-    void tellGone();
-    void endDrained();
     bool reportsCompletion() const;
 
     QMap<QString, BwaAbstractFcgiService*> m_services; // not owned

@@ -100,9 +100,7 @@ void BwaFcgiReplyBuffer::follow(const char* text, std::streamsize size)
         if (*text == '\n') {
             endLine();
         } else if (*text != '\r') {
-            if (m_lineSize < sizeof m_line - 1) {
-                m_line[m_lineSize] = *text;
-            }
+            m_line[std::min(m_lineSize, sizeof m_line - 1)] = *text;
             ++m_lineSize;
         }
     }

@@ -149,12 +149,13 @@ int main(int argc, char** argv)
         std::cerr << "usage: " << argv[0] << " SOCKET\n";
         return 2;
     }
-    const StopSignals stopSignals;
+    StopSignals stopSignals;
     BwaDispatcherFcgiService root;
     addServices(root);
     BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
     QObject::connect(&listener, &BwaFcgiListener::listeningError, &application,
                      [] { QCoreApplication::exit(1); });
     listener.listen(QString::fromLatin1(argv[1]));
+    stopSignals.onFirst(&QCoreApplication::quit);
     return QCoreApplication::exec();
 }

@@ -69,7 +69,8 @@ TEST(BwaFcgiListenerMetaObject, DeclaresSignalsAndSlotsInOrder)
                 ElementsAre("startListening(ushort)", "startListening()", "startListening(QString)",
                             "listeningError()", "drained()",
                             "requestCompleted(QString,int,qlonglong,qlonglong)", "listen(ushort)",
-                            "listen()", "listen(QString)", "newRequest(FCGX_Request*)"));
+                            "listen()", "listen(QString)", "newRequest(FCGX_Request*)",
+                            "tellGone()", "endDrained()"));
 }
 
 TEST_F(BwaFcgiListenerServing, HandsARequestToTheServiceOfItsScript)
