@@ -21,7 +21,7 @@ BwaStandardFcgiRequestProcessor::~BwaStandardFcgiRequestProcessor() = default;
 
 void BwaStandardFcgiRequestProcessor::processRequest(BwaFcgiRequest* request)
 {
-    const auto answerException = [this, request](const std::exception& exception) {
+    const auto answerException = [request](const std::exception& exception) {
         logError(request, QString::fromLatin1(exception.what()));
         request->sendHttpError(BwaFcgiRequest::InternalServerError);
         delete request;
