@@ -200,7 +200,7 @@ TEST_F(BwaRestServerTest, WhenTheClientGoesFinishesTheWorkOnThePool)
 
 TEST_F(BwaRestServerTest, AnswersManyCallsFromThePoolAtOnce)
 {
-    api.get("/work/{n:int}", [](const BwaRestCall& call) {
+    api.get("/jobs/{n:int}", [](const BwaRestCall& call) {
         return call.onPool([n = call.number("n")](const BwaRestCancel&) {
             return BwaRestReply::bytes(QByteArray::number(n), "text/plain");
         });
@@ -210,7 +210,7 @@ TEST_F(BwaRestServerTest, AnswersManyCallsFromThePoolAtOnce)
         std::vector<std::unique_ptr<FcgiClient>> clients;
         for (int n = 0; n < 30; ++n) {
             clients.push_back(std::make_unique<FcgiClient>(path()));
-            clients.back()->sendRequest(parameters("/work/" + QByteArray::number(n)));
+            clients.back()->sendRequest(parameters("/jobs/" + QByteArray::number(n)));
         }
         for (int n = 0; n < 30; ++n) {
             const QByteArray out = clients[static_cast<std::size_t>(n)]->readReply().out;
