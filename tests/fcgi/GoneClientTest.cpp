@@ -17,14 +17,14 @@ namespace {
 
 const int abortRequest = 2;
 
-class BwaFcgiRequestGone : public ListenerFixture
+class BwaFcgiListenerGoneClient : public ListenerFixture
 {
 public:
-    BwaFcgiRequestGone()
+    BwaFcgiListenerGoneClient()
     {
         serve("/api", [this](BwaFcgiRequest* request) { whenCalled(request); });
     }
-    ~BwaFcgiRequestGone() override { delete held; }
+    ~BwaFcgiListenerGoneClient() override { delete held; }
 
 protected:
     // A client whose request, with the body that it sends, is held.
@@ -78,7 +78,7 @@ protected:
 
 } // namespace
 
-TEST_F(BwaFcgiRequestGone, WhenTheClientStaysIsNotTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenTheClientStaysIsNotTold)
 {
     const auto client = heldClient();
     countCalls();
@@ -94,7 +94,7 @@ TEST_F(BwaFcgiRequestGone, WhenTheClientStaysIsNotTold)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(BwaFcgiRequestGone, WhenAUnixConnectionClosesIsToldOnce)
+TEST_F(BwaFcgiListenerGoneClient, WhenAUnixConnectionClosesIsToldOnce)
 {
     auto client = heldClient();
     countCalls();
@@ -109,7 +109,7 @@ TEST_F(BwaFcgiRequestGone, WhenAUnixConnectionClosesIsToldOnce)
     expectServing();
 }
 
-TEST_F(BwaFcgiRequestGone, WhenATcpConnectionClosesIsToldOnce)
+TEST_F(BwaFcgiListenerGoneClient, WhenATcpConnectionClosesIsToldOnce)
 {
     auto client = FcgiClient::onPort(startOnPort());
     send(client.get());
@@ -123,7 +123,7 @@ TEST_F(BwaFcgiRequestGone, WhenATcpConnectionClosesIsToldOnce)
     EXPECT_TRUE(held->isGone());
 }
 
-TEST_F(BwaFcgiRequestGone, WhenATcpConnectionIsResetIsTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenATcpConnectionIsResetIsTold)
 {
     const auto client = FcgiClient::onPort(startOnPort());
     send(client.get());
@@ -135,7 +135,7 @@ TEST_F(BwaFcgiRequestGone, WhenATcpConnectionIsResetIsTold)
     EXPECT_TRUE(held->isGone());
 }
 
-TEST_F(BwaFcgiRequestGone, WhenTheRequestIsAbortedIsToldOnce)
+TEST_F(BwaFcgiListenerGoneClient, WhenTheRequestIsAbortedIsToldOnce)
 {
     const auto client = heldClient("body");
     countCalls();
@@ -150,7 +150,7 @@ TEST_F(BwaFcgiRequestGone, WhenTheRequestIsAbortedIsToldOnce)
     expectServing();
 }
 
-TEST_F(BwaFcgiRequestGone, WhenAbortedAfterALongBodyThatTheHookHasReadIsTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenAbortedAfterALongBodyThatTheHookHasReadIsTold)
 {
     whenCalled = [this](BwaFcgiRequest* request) {
         EXPECT_EQ(request->input()->read(100000).size(), 50000);
@@ -165,7 +165,7 @@ TEST_F(BwaFcgiRequestGone, WhenAbortedAfterALongBodyThatTheHookHasReadIsTold)
     EXPECT_TRUE(held->isGone());
 }
 
-TEST_F(BwaFcgiRequestGone, WhenAbortedAfterALongBodyThatWasReadLaterIsTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenAbortedAfterALongBodyThatWasReadLaterIsTold)
 {
     const auto client = heldClient(QByteArray(50000, 'x'));
     countCalls();
@@ -179,7 +179,7 @@ TEST_F(BwaFcgiRequestGone, WhenAbortedAfterALongBodyThatWasReadLaterIsTold)
     EXPECT_TRUE(held->isGone());
 }
 
-TEST_F(BwaFcgiRequestGone, WhenSetWithinTheHookIsTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenSetWithinTheHookIsTold)
 {
     whenCalled = [this](BwaFcgiRequest* request) {
         held = request;
@@ -193,7 +193,7 @@ TEST_F(BwaFcgiRequestGone, WhenSetWithinTheHookIsTold)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(BwaFcgiRequestGone, WhenTheClientHadGoneBeforeItWasSetIsTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenTheClientHadGoneBeforeItWasSetIsTold)
 {
     auto client = heldClient();
     client.reset();
@@ -207,7 +207,7 @@ TEST_F(BwaFcgiRequestGone, WhenTheClientHadGoneBeforeItWasSetIsTold)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(BwaFcgiRequestGone, WhenSetTwiceTellsTheSecondOnly)
+TEST_F(BwaFcgiListenerGoneClient, WhenSetTwiceTellsTheSecondOnly)
 {
     auto client = heldClient();
     held->onGone([] { ADD_FAILURE() << "the first is told"; });
@@ -219,7 +219,7 @@ TEST_F(BwaFcgiRequestGone, WhenSetTwiceTellsTheSecondOnly)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(BwaFcgiRequestGone, MayDeleteTheRequest)
+TEST_F(BwaFcgiListenerGoneClient, MayDeleteTheRequest)
 {
     auto client = heldClient();
     const int before = connectedSockets();
@@ -235,7 +235,7 @@ TEST_F(BwaFcgiRequestGone, MayDeleteTheRequest)
     expectServing();
 }
 
-TEST_F(BwaFcgiRequestGone, WhenTheRequestHasBeenAnsweredIsNotTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenTheRequestHasBeenAnsweredIsNotTold)
 {
     auto client = heldClient();
     countCalls();
@@ -248,7 +248,7 @@ TEST_F(BwaFcgiRequestGone, WhenTheRequestHasBeenAnsweredIsNotTold)
     expectServing();
 }
 
-TEST_F(BwaFcgiRequestGone, WhenTheListenerHasGoneIsNotTold)
+TEST_F(BwaFcgiListenerGoneClient, WhenTheListenerHasGoneIsNotTold)
 {
     auto client = heldClient();
     countCalls();
@@ -262,7 +262,7 @@ TEST_F(BwaFcgiRequestGone, WhenTheListenerHasGoneIsNotTold)
     EXPECT_TRUE(held->isGone());
 }
 
-TEST_F(BwaFcgiRequestGone, CanStillBeAnswered)
+TEST_F(BwaFcgiListenerGoneClient, CanStillBeAnswered)
 {
     auto client = heldClient();
     countCalls();
@@ -274,7 +274,7 @@ TEST_F(BwaFcgiRequestGone, CanStillBeAnswered)
     expectServing();
 }
 
-TEST_F(BwaFcgiRequestGone, WhenManyGoAtOnceTellsEach)
+TEST_F(BwaFcgiListenerGoneClient, WhenManyGoAtOnceTellsEach)
 {
     std::vector<BwaFcgiRequest*> requests;
     int gone = 0;
