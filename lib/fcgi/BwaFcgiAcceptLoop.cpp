@@ -31,10 +31,10 @@ using BwaFcgiRecords::Verdict;
 
 namespace {
 
-const std::size_t readSize = 8192;             // bytes that libfcgi reads at a time
-const BwaSize largestHeader = 4 * 1024 * 1024; // bytes
-const unsigned long moment = 20;               // ms until a shortage may have passed
-const qint64 longestShortage = 30000;          // ms
+const std::size_t readSize = 8192;    // bytes that libfcgi reads at a time
+const unsigned long moment = 20;      // ms until a shortage may have passed
+const qint64 longestShortage = 30000; // ms
+const auto mostHeaderSize = static_cast<BwaSize>(BwaFcgiRecords::mostHeaderSize);
 
 qint64 now()
 {
@@ -268,7 +268,7 @@ void BwaFcgiAcceptLoop::takeHeader(int connection)
     }
     Verdict verdict = Verdict::Incomplete;
     bool isOpen = true;
-    while (isOpen && verdict == Verdict::Incomplete && header->bytes.size() <= largestHeader) {
+    while (isOpen && verdict == Verdict::Incomplete && header->bytes.size() <= mostHeaderSize) {
         char bytes[readSize];
         const ssize_t size = receive(connection, bytes, sizeof bytes, MSG_PEEK);
         if (size < 0 && errno == EAGAIN) {

@@ -5,6 +5,7 @@
 #include "cgi/BwaGrowingRead_p.h"
 #include "fcgi/BwaFcgiExchange_p.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <fcntl.h>
@@ -14,7 +15,7 @@
 
 namespace {
 
-const std::size_t mostUnread = std::size_t{64} * 1024; // bytes that are read to save a connection
+const int mostUnread = 64 * 1024; // bytes that are read to save a connection
 
 void finishAndDelete(FCGX_Request* request)
 {
@@ -56,30 +57,23 @@ void BwaFcgiExchange::join(const QSharedPointer<BwaFcgiConnections>& connections
     }
 }
 
-QByteArray BwaFcgiExchange::read(unsigned int size)
+int BwaFcgiExchange::read(char* buffer, int size)
 {
-    return growingRead(size,
-                       [this](char* buffer, int length) { return readPiece(buffer, length); });
+    return readWith(BwaFcgiBody::ForAll, buffer, size);
 }
 
-int BwaFcgiExchange::readPiece(char* buffer, int size)
+int BwaFcgiExchange::readWith(BwaFcgiBody::Wait wait, char* buffer, int size)
 {
-    if (m_body) {
-        const auto most = static_cast<std::size_t>(size);
-        return static_cast<int>(m_body->read(buffer, most, BwaFcgiBody::ForAll));
-    }
-    return FCGX_GetStr(buffer, size, m_request->in);
+    return m_body ? static_cast<int>(m_body->read(buffer, static_cast<std::size_t>(size), wait))
+                  : FCGX_GetStr(buffer, size, m_request->in);
 }
 
+// Without m_body, libfcgi has all of the input, or the connection is one that waits.
 QByteArray BwaFcgiExchange::readAvailable(unsigned int most)
 {
-    if (!m_body) {
-        return read(most); // libfcgi has all of it, or the connection is one that waits
-    }
-    QByteArray bytes(static_cast<BwaSize>(most), Qt::Uninitialized);
-    const std::size_t size = m_body->read(bytes.data(), most, BwaFcgiBody::ForNothing);
-    bytes.truncate(static_cast<BwaSize>(size));
-    if (m_body->hasEnded()) {
+    QByteArray bytes(static_cast<BwaSize>(std::min(most, mostBytesOfARead)), Qt::Uninitialized);
+    bytes.truncate(readWith(BwaFcgiBody::ForNothing, bytes.data(), static_cast<int>(bytes.size())));
+    if (m_body && m_body->hasEnded()) {
         m_connections->noteEndOfInput(m_request->ipcFd);
     }
     return bytes;
@@ -156,13 +150,12 @@ void BwaFcgiExchange::leaveConnection(bool isReplySent)
 bool BwaFcgiExchange::inputHasEnded()
 {
     char unread[4096];
-    std::size_t size = sizeof unread;
+    int size = sizeof unread;
     if (m_isBlocking) {
         ::fcntl(m_request->ipcFd, F_SETFL, O_NONBLOCK);
     }
-    for (std::size_t total = 0; size == sizeof unread && total < mostUnread; total += size) {
-        size = m_body ? m_body->read(unread, sizeof unread, BwaFcgiBody::ForNothing)
-                      : static_cast<std::size_t>(FCGX_GetStr(unread, sizeof unread, m_request->in));
+    for (int total = 0; size == sizeof unread && total < mostUnread; total += size) {
+        size = readWith(BwaFcgiBody::ForNothing, unread, sizeof unread);
     }
     return m_body ? m_body->hasEnded()
                   : m_request->in->isClosed != 0 && FCGX_GetError(m_request->in) == 0;

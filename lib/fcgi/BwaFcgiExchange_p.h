@@ -38,8 +38,11 @@ public:
     /** Not owned; null when it has gone and when the connection is not a listener's. */
     BwaFcgiListener* listener() const { return m_connections ? m_connections->listener : nullptr; }
 
-    /** The next @a size bytes of the body; fewer at its end and when the web server fails. */
-    QByteArray read(unsigned int size);
+    /**
+     * Reads the next @a size bytes of the body into @a buffer and returns how many; fewer at its
+     * end and when the web server fails.
+     */
+    int read(char* buffer, int size);
     /** What of the body has come, @a most bytes of it at most; never waits. */
     QByteArray readAvailable(unsigned int most);
     /** Whether readAvailable() will return nothing more. */
@@ -60,7 +63,7 @@ public:
     static void drop(FCGX_Request* request, BwaFcgiConnections* connections);
 
 private:
-    int readPiece(char* buffer, int size);
+    int readWith(BwaFcgiBody::Wait wait, char* buffer, int size);
     bool inputHasEnded();
     void leaveConnection(bool isReplySent);
 

@@ -15,6 +15,19 @@ std::size_t byteAt(const char* bytes, std::size_t index)
     return static_cast<unsigned char>(bytes[index]);
 }
 
+// Of a length in front of a name or a value.
+std::size_t sizeOfLength(const char* bytes)
+{
+    return byteAt(bytes, 0) > 127 ? 4 : 1;
+}
+
+std::size_t lengthAt(const char* bytes)
+{
+    return sizeOfLength(bytes) == 1 ? byteAt(bytes, 0)
+                                    : (byteAt(bytes, 0) & 127U) << 24U | byteAt(bytes, 1) << 16U |
+            byteAt(bytes, 2) << 8U | byteAt(bytes, 3);
+}
+
 QByteArray recordOf(char type, const QByteArray& content)
 {
     const char header[headerSize] = {1, type, 0, 0, 0, static_cast<char>(content.size()), 0, 0};
@@ -59,36 +72,78 @@ Record::Record(const char* bytes)
 {
 }
 
+bool LengthScan::scan(const char* bytes, std::size_t size)
+{
+    std::size_t position = 0;
+    bool isValid = true;
+    while (isValid && position < size) {
+        const std::size_t text = std::min(m_textLeft, size - position);
+        m_textLeft -= text;
+        position += text;
+        if (position < size) {
+            m_lengths[m_lengthsSize++] = bytes[position++];
+            isValid = takeLengths();
+        }
+    }
+    return isValid;
+}
+
+// Each of the two has one byte, or four with the highest bit set.
+bool LengthScan::takeLengths()
+{
+    const std::size_t nameEnd = sizeOfLength(m_lengths);
+    if (m_lengthsSize <= nameEnd || m_lengthsSize < nameEnd + sizeOfLength(m_lengths + nameEnd)) {
+        return true;
+    }
+    m_textLeft = lengthAt(m_lengths) + lengthAt(m_lengths + nameEnd);
+    m_lengthsSize = 0;
+    return m_textLeft <= mostHeaderSize;
+}
+
 Verdict HeaderScan::scan(const char* bytes, std::size_t size)
 {
     m_position = 0;
-    while (m_position < size && !isComplete()) {
-        const std::size_t wanted = m_left > 0 ? m_left : headerSize - m_headerSize;
-        const std::size_t come = std::min(wanted, size - m_position);
-        if (m_left > 0) {
-            m_left -= come;
-        } else {
-            std::memcpy(m_header + m_headerSize, bytes + m_position, come);
-            m_headerSize += come;
-        }
-        m_position += come;
-        if (m_headerSize == headerSize && !takeHeader()) {
-            return Verdict::Broken;
-        }
+    while (m_position < size && !m_isBroken && !isComplete()) {
+        m_position += take(bytes + m_position, size - m_position);
     }
-    return isComplete() ? Verdict::Complete : Verdict::Incomplete;
+    return m_isBroken ? Verdict::Broken : isComplete() ? Verdict::Complete : Verdict::Incomplete;
+}
+
+// Takes bytes of one kind, and returns how many.
+std::size_t HeaderScan::take(const char* bytes, std::size_t size)
+{
+    if (m_contentLeft > 0) {
+        const std::size_t content = std::min(m_contentLeft, size);
+        m_contentLeft -= content;
+        m_isBroken = m_areParameters && !m_lengths.scan(bytes, content);
+        return content;
+    }
+    if (m_paddingLeft > 0) {
+        const std::size_t padding = std::min(m_paddingLeft, size);
+        m_paddingLeft -= padding;
+        return padding;
+    }
+    const std::size_t header = std::min(headerSize - m_headerSize, size);
+    std::memcpy(m_header + m_headerSize, bytes, header);
+    m_headerSize += header;
+    if (m_headerSize == headerSize) {
+        takeHeader();
+    }
+    return header;
 }
 
 // Records that concern the connection, with the id 0, are for the gaps between requests: to one in
 // a request libfcgi writes its answer beyond the end of a buffer.
-bool HeaderScan::takeHeader()
+void HeaderScan::takeHeader()
 {
     const Record record(m_header);
     m_headerSize = 0;
-    m_left = record.contentSize + record.paddingSize;
-    m_isLastRecord = record.type == Params && record.contentSize == 0;
+    m_contentLeft = record.contentSize;
+    m_paddingLeft = record.paddingSize;
+    m_areParameters = record.type == Params;
+    m_isLastRecord = m_areParameters && record.contentSize == 0;
     m_endsInPadding = m_isLastRecord && record.paddingSize > 0;
-    return record.version == 1 && record.requestId != 0;
+    m_isBroken = record.version != 1 || record.requestId == 0;
 }
 
 bool isWholeInput(const char* bytes, std::size_t size, int requestId)

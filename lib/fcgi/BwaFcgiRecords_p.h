@@ -13,6 +13,7 @@
 namespace BwaFcgiRecords {
 
 const std::size_t headerSize = 8; // bytes of each record's own header
+const std::size_t mostHeaderSize = std::size_t{4} * 1024 * 1024; // bytes of a request's header
 
 enum Type { BeginRequest = 1, AbortRequest = 2, Params = 4, Stdin = 5, GetValues = 9 };
 
@@ -29,6 +30,24 @@ struct Record {
     int requestId;
     std::size_t contentSize; // bytes
     std::size_t paddingSize; // bytes
+};
+
+/**
+ * Follows the lengths of the names and values in a request's header. libfcgi allocates what a
+ * length announces before it has come, and ends the process when it cannot.
+ */
+class LengthScan
+{
+public:
+    /** Goes on with the next bytes; false when they announce more than mostHeaderSize. */
+    bool scan(const char* bytes, std::size_t size);
+
+private:
+    bool takeLengths();
+
+    std::size_t m_textLeft = 0;    // bytes of the current name and value
+    std::size_t m_lengthsSize = 0; // bytes of the next two lengths that have come
+    char m_lengths[8] = {};
 };
 
 /** What a HeaderScan has found. */
@@ -49,13 +68,18 @@ public:
     bool endsInPadding() const { return m_endsInPadding; }
 
 private:
-    bool isComplete() const { return m_isLastRecord && m_left == 0; }
-    bool takeHeader();
+    bool isComplete() const { return m_isLastRecord && m_contentLeft + m_paddingLeft == 0; }
+    std::size_t take(const char* bytes, std::size_t size);
+    void takeHeader();
 
     std::size_t m_position = 0;
-    std::size_t m_left = 0;       // bytes of the current record's content and padding
-    std::size_t m_headerSize = 0; // bytes of the next record's header that have come
+    std::size_t m_contentLeft = 0; // bytes of the current record's content
+    std::size_t m_paddingLeft = 0; // bytes of its padding
+    std::size_t m_headerSize = 0;  // bytes of the next record's header that have come
     char m_header[headerSize] = {};
+    LengthScan m_lengths;
+    bool m_areParameters = false; // the current record's content
+    bool m_isBroken = false;
     bool m_isLastRecord = false;
     bool m_endsInPadding = false;
 };

@@ -553,6 +553,21 @@ TEST_F(BwaFcgiListenerServing, GivenAManagementRecordWithinAHeaderClosesTheConne
     EXPECT_EQ(replyTo(apiRequest("/next")).out, QByteArray("/next"));
 }
 
+// libfcgi would end the process when it cannot allocate them.
+TEST_F(BwaFcgiListenerServing, GivenAParameterOfFourGigabytesClosesTheConnection)
+{
+    serve("/api", answerPathInfo);
+    start();
+    QByteArray request = FcgiClient::requestBytes(apiRequest("/hostile"));
+    FcgiClient hostile(path());
+
+    hostile.send(request.insert(
+        16, FcgiClient::record(4, QByteArray("\xff\xff\xff\xfe\xff\xff\xff\xfe", 8))));
+
+    EXPECT_TRUE(hostile.isClosedByPeer());
+    EXPECT_EQ(replyTo(apiRequest("/next")).out, QByteArray("/next"));
+}
+
 TEST_F(BwaFcgiListenerServing, GivenParametersThatWereCutShortDoesNotActOnThem)
 {
     QList<QString> methods;

@@ -92,6 +92,35 @@ TEST(BwaFcgiRecordsHeaderScan, InPiecesOfAnySizeRefusesAnotherVersion)
     }
 }
 
+// A length above 127 has four bytes, the first with its highest bit set.
+TEST(BwaFcgiRecordsHeaderScan, InPiecesOfAnySizeRefusesLengthsBeyondAnyHeader)
+{
+    const QByteArray begin = wholeHeader().left(8 + 8 + 3);
+    const QByteArray hugeName = begin + recordOf(1, params, QByteArray("\xff\xff\xff\xfe\1ab", 7));
+    const QByteArray hugeValue = begin + recordOf(1, params, QByteArray("\1\x80\x40\0\0ab", 7));
+    const QByteArray hugeBoth =
+        begin + recordOf(1, params, QByteArray("\xff\xff\xff\xfe\xff\xff\xff\xfe", 8));
+
+    for (int size = 1; size <= hugeBoth.size(); ++size) {
+        EXPECT_EQ(scannedInPieces(hugeName, size).verdict, Verdict::Broken) << size;
+        EXPECT_EQ(scannedInPieces(hugeValue, size).verdict, Verdict::Broken) << size;
+        EXPECT_EQ(scannedInPieces(hugeBoth, size).verdict, Verdict::Broken) << size;
+    }
+}
+
+TEST(BwaFcgiRecordsHeaderScan, InPiecesOfAnySizeFollowsLongLengthsAcrossRecords)
+{
+    const QByteArray pairs = QByteArray("\x80\0\0\3\x80\0\1\0abc", 11) + QByteArray(256, '\xff') +
+        QByteArray("\0\0\1\1xy", 6);
+    const QByteArray header = wholeHeader().left(8 + 8 + 3) +
+        recordOf(1, params, pairs.left(6), 2) + recordOf(1, params, pairs.mid(6), 1) +
+        recordOf(1, params, QByteArray());
+
+    for (int size = 1; size <= header.size(); ++size) {
+        EXPECT_EQ(scannedInPieces(header, size).verdict, Verdict::Complete) << size;
+    }
+}
+
 TEST(BwaFcgiRecordsHeaderScan, GivenBytesBehindTheEndTakesNone)
 {
     HeaderScan scan;
