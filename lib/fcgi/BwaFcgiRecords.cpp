@@ -74,30 +74,27 @@ Record::Record(const char* bytes)
 
 bool LengthScan::scan(const char* bytes, std::size_t size)
 {
-    std::size_t position = 0;
-    bool isValid = true;
-    while (isValid && position < size) {
-        const std::size_t text = std::min(m_textLeft, size - position);
-        m_textLeft -= text;
-        position += text;
-        if (position < size) {
-            m_lengths[m_lengthsSize++] = bytes[position++];
-            isValid = takeLengths();
+    std::size_t position = m_textLeft;
+    std::size_t longest = 0;
+    while (position < size && longest <= mostHeaderSize) {
+        m_lengths[m_lengthsSize++] = bytes[position++];
+        if (areLengthsWhole()) {
+            const std::size_t name = lengthAt(m_lengths);
+            const std::size_t value = lengthAt(m_lengths + sizeOfLength(m_lengths));
+            longest = std::max(name, value);
+            position += name + value;
+            m_lengthsSize = 0;
         }
     }
-    return isValid;
+    m_textLeft = position - std::min(position, size);
+    return longest <= mostHeaderSize;
 }
 
 // Each of the two has one byte, or four with the highest bit set.
-bool LengthScan::takeLengths()
+bool LengthScan::areLengthsWhole() const
 {
     const std::size_t nameEnd = sizeOfLength(m_lengths);
-    if (m_lengthsSize <= nameEnd || m_lengthsSize < nameEnd + sizeOfLength(m_lengths + nameEnd)) {
-        return true;
-    }
-    m_textLeft = lengthAt(m_lengths) + lengthAt(m_lengths + nameEnd);
-    m_lengthsSize = 0;
-    return m_textLeft <= mostHeaderSize;
+    return m_lengthsSize > nameEnd && m_lengthsSize == nameEnd + sizeOfLength(m_lengths + nameEnd);
 }
 
 Verdict HeaderScan::scan(const char* bytes, std::size_t size)

@@ -39,11 +39,11 @@ struct Record {
 class LengthScan
 {
 public:
-    /** Goes on with the next bytes; false when they announce more than mostHeaderSize. */
+    /** Goes on with the next bytes; false when one announces more than mostHeaderSize. */
     bool scan(const char* bytes, std::size_t size);
 
 private:
-    bool takeLengths();
+    bool areLengthsWhole() const;
 
     std::size_t m_textLeft = 0;    // bytes of the current name and value
     std::size_t m_lengthsSize = 0; // bytes of the next two lengths that have come

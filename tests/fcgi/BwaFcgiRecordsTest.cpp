@@ -97,7 +97,7 @@ TEST(BwaFcgiRecordsHeaderScan, InPiecesOfAnySizeRefusesLengthsBeyondAnyHeader)
 {
     const QByteArray begin = wholeHeader().left(8 + 8 + 3);
     const QByteArray hugeName = begin + recordOf(1, params, QByteArray("\xff\xff\xff\xfe\1ab", 7));
-    const QByteArray hugeValue = begin + recordOf(1, params, QByteArray("\1\x80\x40\0\0ab", 7));
+    const QByteArray hugeValue = begin + recordOf(1, params, QByteArray("\1\x80\x41\0\0ab", 7));
     const QByteArray hugeBoth =
         begin + recordOf(1, params, QByteArray("\xff\xff\xff\xfe\xff\xff\xff\xfe", 8));
 
