@@ -222,6 +222,11 @@ bool BwaFcgiRequest::canWrite() const
     return m_request && m_exchange->canWrite();
 }
 
+int BwaFcgiRequest::connection() const
+{
+    return m_request ? m_request->ipcFd : -1;
+}
+
 FCGX_Request* BwaFcgiRequest::fcgxRequest()
 {
     if (m_request) {

@@ -141,6 +141,11 @@ public:
      * other request would wait, too. Room for 16 KiB may be counted on.
      */
     bool canWrite() const;
+    /**
+     * The descriptor of the connection, for a QSocketNotifier that tells when readAvailable() or
+     * canWrite() is worth asking again; -1 once finished. Not to be read, written or closed.
+     */
+    int connection() const;
 
     /**
      * The request of libfcgi; owned by this, null once finished. From the call on, its streams wait

@@ -472,6 +472,7 @@ TEST_F(BwaFcgiListenerException, LeavesAKeptRequestReadable)
     EXPECT_TRUE(kept->bodyIsOver());
     EXPECT_TRUE(kept->isGone());
     EXPECT_FALSE(kept->canWrite());
+    EXPECT_EQ(kept->connection(), -1);
     EXPECT_EQ(kept->fcgxRequest(), nullptr);
     delete kept;
 }
