@@ -166,6 +166,11 @@ BwaTestRequest::sendThrough(const QMap<QString, BwaAbstractFcgiService*>& servic
     return BwaTestReply(exchange->out(), exchange->err());
 }
 
+BwaTestStream BwaTestRequest::open(BwaAbstractFcgiService& service) const
+{
+    return BwaTestStream(service, m_variables, m_body);
+}
+
 QList<QByteArray> BwaTestRequest::entries() const
 {
     QList<QByteArray> entries;

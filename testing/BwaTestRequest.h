@@ -5,6 +5,7 @@
 #define BWATESTREQUEST_H
 
 #include "testing/BwaTestReply.h"
+#include "testing/BwaTestStream.h"
 
 #include <QByteArray>
 #include <QList>
@@ -79,6 +80,14 @@ public:
     BwaTestReply sendTo(const Handler& handler) const;
     /** The same with root services by script name, as a listener has them: see SCRIPT_NAME. */
     BwaTestReply sendThrough(const QMap<QString, BwaAbstractFcgiService*>& services) const;
+
+    /**
+     * Sends the request to @a service, which is to outlive the stream, and gives the reply while it
+     * comes: for replies that have no end of their own. It goes over a connection, as those of web
+     * servers do. To be called in one thread only, that of @a service, with a QCoreApplication; a
+     * body beyond 100 KB only for services that take it in pieces, while the event loop runs.
+     */
+    BwaTestStream open(BwaAbstractFcgiService& service) const;
 
 private:
     void addPart(const QByteArray& header, const QByteArray& content);
