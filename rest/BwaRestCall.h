@@ -118,6 +118,8 @@ public:
     }
 
 private:
+    friend class BwaRestEvents;
+
     using Finisher = std::function<BwaRestReply()>;
 
     BwaRestReply start(const std::function<Finisher(const BwaRestCancel&)>& work,

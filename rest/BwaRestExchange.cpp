@@ -9,6 +9,8 @@
 #include "rest/BwaRestStatus_p.h"
 #include "rest/BwaRestText_p.h"
 
+#include <QEvent>
+
 #include <algorithm>
 #include <charconv>
 
@@ -54,6 +56,34 @@ void addLine(QByteArray* block, const char* name, const Value& value)
 
 } // namespace
 
+/** Calls a function once. An override, as the signal differs between versions of Qt. */
+class BwaRestExchange::Notifier : public QSocketNotifier
+{
+public:
+    using QSocketNotifier::QSocketNotifier;
+
+    void expect(const std::function<void()>& function)
+    {
+        m_function = function;
+        setEnabled(true);
+    }
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::SockAct) {
+            return QSocketNotifier::event(event);
+        }
+        setEnabled(false);
+        const std::function<void()> function = m_function; // which may set another one
+        function();
+        return true;
+    }
+
+private:
+    std::function<void()> m_function;
+};
+
 BwaRestExchange::BwaRestExchange(BwaFcgiRequest* request, const BwaRestSettings& settings)
     : method(methodOf(*request))
     , m_request(request)
@@ -61,8 +91,10 @@ BwaRestExchange::BwaRestExchange(BwaFcgiRequest* request, const BwaRestSettings&
 {
 }
 
+// The notifier first: it watches the connection of the request.
 BwaRestExchange::~BwaRestExchange()
 {
+    m_notifier.reset();
     delete m_request;
 }
 
@@ -147,10 +179,18 @@ bool BwaRestExchange::hasClientsCopy(const BwaRestReply& reply) const
         BwaRestText::listHasEntityTag(header("If-None-Match"), reply.m_etag);
 }
 
-void BwaRestExchange::write(const BwaRestReply& reply)
+void BwaRestExchange::logComplaints(const BwaRestReply& reply)
 {
     for (const QByteArray& complaint : reply.m_complaints) {
         log(complaint);
+    }
+}
+
+void BwaRestExchange::write(const BwaRestReply& reply)
+{
+    logComplaints(reply);
+    if (m_isStream) {
+        return;
     }
     const bool isKnown = hasClientsCopy(reply);
     const bool hasBody = !isKnown && method != "HEAD";
@@ -165,6 +205,26 @@ void BwaRestExchange::write(const BwaRestReply& reply)
     if (hasBody) {
         out.write(reply.m_body.constData(), reply.m_body.size());
     }
+}
+
+void BwaRestExchange::beginStream(const BwaRestReply& reply)
+{
+    logComplaints(reply);
+    m_isStream = true;
+    writePiece(headerBlock(reply, false));
+}
+
+void BwaRestExchange::writePiece(const QByteArray& bytes)
+{
+    m_request->out().write(bytes.constData(), bytes.size()).flush();
+}
+
+void BwaRestExchange::whenReady(QSocketNotifier::Type type, const std::function<void()>& function)
+{
+    if (!m_notifier || m_notifier->type() != type) {
+        m_notifier = std::make_unique<Notifier>(m_request->connection(), type);
+    }
+    m_notifier->expect(function);
 }
 
 QByteArray BwaRestExchange::headerBlock(const BwaRestReply& reply, bool isKnown) const
@@ -212,6 +272,9 @@ QByteArray BwaRestExchange::crossOriginLines(const BwaRestReply& reply) const
 void BwaRestExchange::addContentLines(QByteArray* block, const BwaRestReply& reply) const
 {
     addLine(block, "Content-Type", reply.m_contentType);
+    if (m_isStream) {
+        return; // nobody knows how long it will be
+    }
     if (reply.m_filePath.isNull()) {
         char digits[20] = {}; // QByteArray::number() takes longer than finding the route
         std::to_chars(digits, digits + sizeof digits - 1, reply.m_body.size());

@@ -11,6 +11,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QPair>
+#include <QSocketNotifier>
 #include <QString>
 
 #include <functional>
@@ -37,6 +38,8 @@ public:
      */
     void find(const BwaRestRouter& router, const QString& mount);
 
+    /** Owned by this. */
+    BwaFcgiRequest& request() { return *m_request; }
     /** Those of the service. */
     const BwaRestSettings& settings() const { return m_settings; }
     /** A CGI variable; null when it is not set. */
@@ -52,8 +55,19 @@ public:
 
     /** Calls @a function when nobody waits for the reply any more; it may destroy this. */
     void whenGone(const std::function<void()>& function);
-    /** Writes the reply; to be called once. */
+    /** Writes the reply, unless it is a stream; to be called once. */
     void write(const BwaRestReply& reply);
+    /** Writes the head of @a reply, which goes on with writePiece() and ends with this. */
+    void beginStream(const BwaRestReply& reply);
+    /** Whether the reply is a stream. */
+    bool isStream() const { return m_isStream; }
+    /** Sends @a bytes of a stream; waits unless the request could write, and they are few. */
+    void writePiece(const QByteArray& bytes);
+    /**
+     * Calls @a function once when the connection has input, or takes more of the reply; instead of
+     * one that was set before. It must not destroy this.
+     */
+    void whenReady(QSocketNotifier::Type type, const std::function<void()>& function);
     /** Writes a line on the log of the web server. */
     void log(const QByteArray& message);
 
@@ -65,6 +79,9 @@ public:
     std::shared_ptr<BwaRestLaterState> later;          // null unless the handler has asked for it
 
 private:
+    class Notifier;
+
+    void logComplaints(const BwaRestReply& reply);
     bool hasClientsCopy(const BwaRestReply& reply) const;
     QByteArray location(const BwaRestReply& reply) const;
     QByteArray headerBlock(const BwaRestReply& reply, bool isKnown) const;
@@ -74,6 +91,8 @@ private:
     BwaFcgiRequest* m_request; // owned
     const BwaRestSettings& m_settings;
     QString m_mount;
+    bool m_isStream = false;
+    std::unique_ptr<Notifier> m_notifier;                       // null: nobody has waited
     std::optional<QByteArray> m_body;                           // once read
     std::optional<QList<QPair<QString, QString>>> m_queryPairs; // once read
 };

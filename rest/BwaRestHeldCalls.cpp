@@ -42,7 +42,7 @@ void BwaRestHeldCalls::conclude(std::unique_ptr<BwaRestExchange> exchange,
 {
     const std::shared_ptr<BwaRestLaterState> state = std::move(exchange->later);
     if (state && reply.m_later == state) {
-        hold(m_calls[state->id()], std::move(exchange), *state);
+        hold(std::move(exchange), *state, reply);
         return;
     }
     exchange->write(reply.m_later ? BwaRestOutcome::failure("The reply is that of another call")
@@ -54,15 +54,28 @@ void BwaRestHeldCalls::conclude(std::unique_ptr<BwaRestExchange> exchange,
     }
 }
 
-void BwaRestHeldCalls::hold(Call& call, std::unique_ptr<BwaRestExchange> exchange,
-                            const BwaRestLaterState& state)
+void BwaRestHeldCalls::hold(std::unique_ptr<BwaRestExchange> exchange,
+                            const BwaRestLaterState& state, const BwaRestReply& reply)
 {
+    Call& call = m_calls[state.id()];
     call.exchange = std::move(exchange);
-    call.timer = startTimer(state.deadline());
-    m_timers.insert(call.timer, state.id());
+    if (state.deadline() >= 0) {
+        call.timer = startTimer(state.deadline());
+        m_timers.insert(call.timer, state.id());
+    }
     call.exchange->whenGone([this, id = state.id()] { loseClient(id); });
     if (call.early) {
         answer(state.id(), *std::exchange(call.early, std::nullopt));
+    } else if (reply.m_whenHeld) {
+        begin(state.id(), *call.exchange, reply);
+    }
+}
+
+void BwaRestHeldCalls::begin(quint64 id, BwaRestExchange& exchange, const BwaRestReply& reply)
+{
+    reply.m_whenHeld(exchange, reply);
+    if (exchange.isStream() && !m_takesStreams) {
+        loseClient(id);
     }
 }
 
@@ -80,11 +93,18 @@ void BwaRestHeldCalls::answer(quint64 id, const BwaRestReply& reply)
                                      : reply);
 }
 
+void BwaRestHeldCalls::stopTimer(const Call& call)
+{
+    if (call.timer != 0) {
+        killTimer(call.timer);
+        m_timers.remove(call.timer);
+    }
+}
+
 std::unique_ptr<BwaRestExchange> BwaRestHeldCalls::release(quint64 id)
 {
     const auto call = m_calls.find(id);
-    killTimer(call->second.timer);
-    m_timers.remove(call->second.timer);
+    stopTimer(call->second);
     std::unique_ptr<BwaRestExchange> exchange = std::move(call->second.exchange);
     m_calls.erase(call);
     return exchange;
@@ -106,9 +126,23 @@ void BwaRestHeldCalls::expire(quint64 id)
 void BwaRestHeldCalls::loseClient(quint64 id)
 {
     const std::shared_ptr<BwaRestLaterState> state = m_calls.at(id).state.lock();
-    release(id); // with it goes the request
+    const std::unique_ptr<BwaRestExchange> exchange = release(id); // with it goes the request
     if (state) {
         state->end();
+    }
+}
+
+void BwaRestHeldCalls::endStreams()
+{
+    m_takesStreams = false;
+    std::vector<quint64> streams;
+    for (const auto& call : m_calls) {
+        if (call.second.exchange && call.second.exchange->isStream()) {
+            streams.push_back(call.first);
+        }
+    }
+    for (const quint64 stream : streams) {
+        loseClient(stream);
     }
 }
 
@@ -117,14 +151,13 @@ void BwaRestHeldCalls::endAll()
 {
     readLetters();
     const std::map<quint64, Call> calls = std::exchange(m_calls, {});
-    m_timers.clear();
     for (const auto& entry : calls) {
         const Call& call = entry.second;
         if (const std::shared_ptr<BwaRestLaterState> state = call.state.lock()) {
             state->end();
         }
         if (call.exchange) {
-            killTimer(call.timer);
+            stopTimer(call);
             call.exchange->write(BwaRestProblem(503, QString::fromLatin1("The service stops")));
         }
     }

@@ -33,6 +33,8 @@ public:
     void answer(quint64 id, const BwaRestReply& reply);
     /** Ends all calls that are held with 503. */
     void endAll();
+    /** Ends the streams, from now on also each that begins. */
+    void endStreams();
 
 protected:
     bool event(QEvent* event) override;
@@ -42,12 +44,14 @@ private:
         std::weak_ptr<BwaRestLaterState> state;
         std::unique_ptr<BwaRestExchange> exchange; // null as long as its handler runs
         std::optional<BwaRestReply> early;         // came while the handler ran
-        int timer = 0;
+        int timer = 0;                             // 0: no deadline
     };
 
-    void hold(Call& call, std::unique_ptr<BwaRestExchange> exchange,
-              const BwaRestLaterState& state);
+    void hold(std::unique_ptr<BwaRestExchange> exchange, const BwaRestLaterState& state,
+              const BwaRestReply& reply);
+    void begin(quint64 id, BwaRestExchange& exchange, const BwaRestReply& reply);
     std::unique_ptr<BwaRestExchange> release(quint64 id);
+    void stopTimer(const Call& call);
     void expire(quint64 id);
     void loseClient(quint64 id);
     void readLetters();
@@ -55,6 +59,7 @@ private:
     std::shared_ptr<BwaRestMailbox> m_mailbox;
     std::map<quint64, Call> m_calls; // by the id of the state
     QHash<int, quint64> m_timers;    // from a deadline's timer to its call
+    bool m_takesStreams = true;
 };
 
 #endif

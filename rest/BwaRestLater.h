@@ -42,6 +42,7 @@ public:
 
 private:
     friend class BwaRestCall;
+    friend class BwaRestEvents;
     friend class BwaRestReply;
 
     explicit BwaRestLater(const std::shared_ptr<BwaRestLaterState>& state);

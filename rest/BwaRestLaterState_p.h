@@ -21,7 +21,7 @@ class BwaRestLaterState
     Q_DISABLE_COPY(BwaRestLaterState)
 
 public:
-    /** @a deadline in milliseconds from the moment on at which the call is held. */
+    /** @a deadline in milliseconds from the moment on at which the call is held; -1: none. */
     BwaRestLaterState(const std::shared_ptr<BwaRestMailbox>& mailbox, int deadline);
     /** Answers with 500 when nobody has replied. */
     ~BwaRestLaterState();

@@ -12,8 +12,10 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 
+class BwaRestExchange;
 class BwaRestLater;
 class BwaRestLaterState;
 class BwaRestProblem;
@@ -89,6 +91,7 @@ public:
     int status() const { return m_status; }
 
 private:
+    friend class BwaRestEvents;
     friend class BwaRestExchange;
     friend class BwaRestHeldCalls;
     friend class BwaRestOutcome;
@@ -107,6 +110,8 @@ private:
     QString m_filePath;                         // null: none
     QList<QByteArray> m_complaints;             // for the log
     std::shared_ptr<BwaRestLaterState> m_later; // null: this is the reply
+    // What the exchange does while the reply is awaited; may be empty.
+    std::function<void(BwaRestExchange&, const BwaRestReply&)> m_whenHeld;
 };
 
 #endif

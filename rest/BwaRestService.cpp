@@ -18,6 +18,7 @@ BwaRestService::BwaRestService(QObject* parent)
 {
     m_calls->setParent(this);
     m_settings->calls = m_calls;
+    connect(this, &BwaRestService::stopping, m_calls, [this] { m_calls->endStreams(); });
 }
 
 // The calls first: what ends them needs the settings, and may need the hooks of the application.

@@ -8,6 +8,7 @@
 
 #include "rest/BwaRestCall.h"
 #include "rest/BwaRestCancel.h"
+#include "rest/BwaRestEvents.h"
 #include "rest/BwaRestGlobal.h"
 #include "rest/BwaRestGroup.h"
 #include "rest/BwaRestLater.h"
