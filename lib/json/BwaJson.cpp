@@ -75,13 +75,17 @@ public:
     QVariant variantOf(simdjson::dom::element element);
     /** How many containers the innermost one of the text stands in, itself counted. */
     std::size_t depth() const { return m_deepest; }
+    /** As BwaJson::parse() tells it. */
+    QStringList repeated() const { return m_repeated; }
 
 private:
+    void addMember(QVariantMap* map, const simdjson::dom::key_value_pair& member);
     QString keyOf(std::string_view text);
     QVariant mapOf(simdjson::dom::object object);
     QVariant listOf(simdjson::dom::array array);
 
     BwaRecentTexts& m_keys; // not owned
+    QStringList m_repeated; // what leads to it from where the builder is
     std::size_t m_depth = 0;
     std::size_t m_deepest = 0;
 };
@@ -118,12 +122,23 @@ QVariant VariantBuilder::mapOf(simdjson::dom::object object)
 {
     QVariantMap map;
     m_deepest = std::max(m_deepest, ++m_depth);
-    for (const simdjson::dom::key_value_pair field : object) {
-        // Both containers would copy a value that is handed to them; assigned, it is moved in.
-        *map.insert(keyOf(field.key), QVariant()) = variantOf(field.value);
+    for (const simdjson::dom::key_value_pair member : object) {
+        addMember(&map, member);
     }
     --m_depth;
     return map;
+}
+
+void VariantBuilder::addMember(QVariantMap* map, const simdjson::dom::key_value_pair& member)
+{
+    const bool isFirst = m_repeated.isEmpty();
+    const BwaSize size = map->size();
+    const QString key = keyOf(member.key);
+    // Both containers would copy a value that is handed to them; assigned, it is moved in.
+    *map->insert(key, QVariant()) = variantOf(member.value);
+    if (isFirst && (map->size() == size || !m_repeated.isEmpty())) {
+        m_repeated.prepend(key);
+    }
 }
 
 QVariant VariantBuilder::listOf(simdjson::dom::array array)
@@ -131,8 +146,12 @@ QVariant VariantBuilder::listOf(simdjson::dom::array array)
     QVariantList list;
     m_deepest = std::max(m_deepest, ++m_depth);
     for (const simdjson::dom::element item : array) {
+        const bool isFirst = m_repeated.isEmpty();
         list.append(QVariant());
         list.last() = variantOf(item);
+        if (isFirst && !m_repeated.isEmpty()) {
+            m_repeated.prepend(QString::number(list.size() - 1));
+        }
     }
     --m_depth;
     return list;
@@ -331,6 +350,11 @@ void Writer::writeEscape(char byte)
 
 QVariant BwaJson::parse(const QByteArray& text, bool* ok)
 {
+    return parse(text, ok, nullptr);
+}
+
+QVariant BwaJson::parse(const QByteArray& text, bool* ok, QStringList* repeated)
+{
     // Kept for its buffers, unless one large text has made them large.
     thread_local simdjson::dom::parser parser;
     thread_local BwaRecentTexts keys;
@@ -351,6 +375,9 @@ QVariant BwaJson::parse(const QByteArray& text, bool* ok)
     const bool isAccepted = !error && builder.depth() <= deepestNesting;
     if (ok) {
         *ok = isAccepted;
+    }
+    if (repeated) {
+        *repeated = isAccepted ? builder.repeated() : QStringList();
     }
     return isAccepted ? value : QVariant();
 }

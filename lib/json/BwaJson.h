@@ -7,6 +7,7 @@
 #include "BwaGlobal.h"
 
 #include <QByteArray>
+#include <QStringList>
 #include <QVariant>
 
 /**
@@ -30,6 +31,11 @@ public:
      * @a ok, which may be null, becomes false when the text is refused. The result is then invalid.
      */
     static QVariant parse(const QByteArray& text, bool* ok = nullptr);
+    /**
+     * The same, and tells where an object has a key twice: @a repeated becomes the keys and the
+     * numbers of elements that lead to one such member, or empty when there is none.
+     */
+    static QVariant parse(const QByteArray& text, bool* ok, QStringList* repeated);
 
     /**
      * @a value as a JSON text in UTF-8, without blanks and line ends.

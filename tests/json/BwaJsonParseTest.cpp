@@ -27,6 +27,14 @@ std::string parsed(const std::string& text)
     return ok ? description(value) : "refused";
 }
 
+// What leads to a member whose key its object has twice, in one text.
+std::string repeatedIn(const char* text)
+{
+    QStringList repeated(QStringLiteral("of an earlier text"));
+    BwaJson::parse(text, nullptr, &repeated);
+    return repeated.join(QLatin1Char(' ')).toStdString();
+}
+
 // [[[core]]]
 std::string nestedArrays(int depth, const std::string& core)
 {
@@ -320,4 +328,18 @@ TEST(Parse, GivenRandomMembersReturnsThem)
         ASSERT_TRUE(ok) << text.toStdString();
         ASSERT_EQ(value.toMap(), members) << text.toStdString();
     }
+}
+
+TEST(Parse, GivenAKeyTwiceTellsWhatLeadsToIt)
+{
+    EXPECT_EQ(repeatedIn(R"({"a":1,"b":2,"a":3})"), "a");
+    EXPECT_EQ(repeatedIn(R"({"a":1,"\u0061":3})"), "a");
+    EXPECT_EQ(repeatedIn(R"({"a":1,"b":[0,{"c":{"d":1,"d":2}}],"e":{"f":1,"f":2}})"), "b 1 c d");
+    EXPECT_EQ(repeatedIn(R"([[],[{"a":1,"a":[{"b":1,"b":2}],"a":1}]])"), "1 0 a 0 b");
+}
+
+TEST(Parse, GivenNoKeyTwiceTellsSo)
+{
+    EXPECT_EQ(repeatedIn(R"({"a":{"a":1},"b":[{"a":1},{"a":1}],"A":1})"), "");
+    EXPECT_EQ(repeatedIn(R"({"a":1,"a":2)"), "");
 }
