@@ -105,12 +105,17 @@ QStringList BwaRestCall::query(const char* name) const
 {
     const QString wanted = QString::fromUtf8(name);
     QStringList values;
-    for (const auto& pair : m_exchange.queryPairs()) {
+    for (const auto& pair : queryPairs()) {
         if (pair.first == wanted) {
             values.append(pair.second);
         }
     }
     return values;
+}
+
+const QList<QPair<QString, QString>>& BwaRestCall::queryPairs() const
+{
+    return m_exchange.queryPairs();
 }
 
 QByteArray BwaRestCall::header(const char* name) const
@@ -125,10 +130,15 @@ QByteArray BwaRestCall::body() const
 
 QVariant BwaRestCall::json() const
 {
+    return json(nullptr);
+}
+
+QVariant BwaRestCall::json(QStringList* repeated) const
+{
     m_exchange.checkBodySize();
     checkIsJson(m_exchange.header("Content-Type"));
     bool ok = false;
-    QVariant value = BwaJson::parse(body(), &ok);
+    QVariant value = BwaJson::parse(body(), &ok, repeated);
     if (!ok) {
         throw BwaRestProblem(400, QString::fromLatin1("The body is no JSON"));
     }

@@ -10,6 +10,8 @@
 #include "rest/BwaRestReply.h"
 
 #include <QByteArray>
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
@@ -119,9 +121,12 @@ public:
 
 private:
     friend class BwaRestEvents;
+    friend class BwaRestSchema;
 
     using Finisher = std::function<BwaRestReply()>;
 
+    const QList<QPair<QString, QString>>& queryPairs() const;
+    QVariant json(QStringList* repeated) const; // repeated: as BwaJson::parse() has it
     BwaRestReply start(const std::function<Finisher(const BwaRestCancel&)>& work,
                        int deadline) const;
 

@@ -8,15 +8,21 @@
 
 #include "rest/BwaRestCall.h"
 #include "rest/BwaRestCancel.h"
+#include "rest/BwaRestErrors.h"
 #include "rest/BwaRestEvents.h"
+#include "rest/BwaRestFields.h"
 #include "rest/BwaRestGlobal.h"
 #include "rest/BwaRestGroup.h"
 #include "rest/BwaRestLater.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestReply.h"
 #include "rest/BwaRestRoute.h"
+#include "rest/BwaRestRule.h"
+#include "rest/BwaRestSchema.h"
 #include "rest/BwaRestServer.h"
 #include "rest/BwaRestService.h"
+#include "rest/BwaRestType.h"
+#include "rest/BwaRestValue.h"
 
 #include <QCoreApplication>
 
