@@ -17,6 +17,8 @@
 #include <vector>
 
 class BwaRestRouter;
+template <class T>
+class BwaRestFields;
 
 /**
  * Routes below a prefix, and what they need.
@@ -59,6 +61,46 @@ public:
     /** Answers DELETE. */
     BwaRestRoute& remove(const char* pattern, const Handler& handler);
 
+    /**
+     * The same for a handler that is given the struct that @a query reads: it is called with the
+     * call and a T. What a route takes is in the description of the service.
+     */
+    template <class T, class F>
+    BwaRestRoute& get(const char* pattern, const BwaRestFields<T>& query, const F& handler)
+    {
+        return get(pattern, reading(query, handler)).takes(query);
+    }
+    /** The same, of the body. */
+    template <class T, class F>
+    BwaRestRoute& post(const char* pattern, const BwaRestFields<T>& body, const F& handler)
+    {
+        return post(pattern, reading(body, handler)).takes(body);
+    }
+    /** The same, of the body. */
+    template <class T, class F>
+    BwaRestRoute& put(const char* pattern, const BwaRestFields<T>& body, const F& handler)
+    {
+        return put(pattern, reading(body, handler)).takes(body);
+    }
+    /**
+     * For a handler that is called with the call and a function, which changes the T that it is
+     * given as the body says: see BwaRestFields::patch().
+     *
+     *     api.patch("/devices/{id:int}", deviceFields, [&](const BwaRestCall& call, auto change) {
+     *         Device& device = store.at(call.number("id"));
+     *         change(device);
+     *         return BwaRestReply(deviceFields.json(device));
+     *     });
+     */
+    template <class T, class F>
+    BwaRestRoute& patch(const char* pattern, const BwaRestFields<T>& body, const F& handler)
+    {
+        const auto answer = [body, handler](const BwaRestCall& call) -> BwaRestReply {
+            return handler(call, [&body, &call](T& target) { body.patch(call, target); });
+        };
+        return patch(pattern, answer).takes(body);
+    }
+
     /** A group below this one, which owns it; @a prefix may hold parameters. */
     BwaRestGroup& group(const char* prefix);
     /** Has @a hook called for each call of the group and those below; the outer ones first. */
@@ -82,6 +124,13 @@ private:
     friend class BwaRestService;
 
     BwaRestGroup(BwaRestGroup* parent, const QByteArray& prefix);
+    template <class T, class F>
+    static Handler reading(const BwaRestFields<T>& fields, const F& handler)
+    {
+        return [fields, handler](const BwaRestCall& call) -> BwaRestReply {
+            return handler(call, fields.read(call));
+        };
+    }
     BwaRestRoute& add(const char* method, const char* pattern, const Handler& handler);
 
     BwaRestGroup* m_parent;                  // not owned; owns this; null for the outermost

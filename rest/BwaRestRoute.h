@@ -8,12 +8,15 @@
 #include "rest/BwaRestReply.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
+#include <QVariant>
 
 #include <functional>
 
 class BwaRestCall;
 class BwaRestGroup;
+class BwaRestSchema;
 
 /** A method and a pattern of paths with the handler of both; what a group's get() and others give.
  */
@@ -32,6 +35,10 @@ public:
 
     /** What it is for, in one line; for the description of the service. */
     BwaRestRoute& says(const QString& summary);
+    /** The fields of the body, or of the query of a GET; for the description, too. */
+    BwaRestRoute& takes(const BwaRestSchema& body);
+    /** The fields of what a reply with @a status holds; for the description, too. */
+    BwaRestRoute& gives(const BwaRestSchema& reply, int status = 200);
 
     /** Such as "GET". */
     QByteArray method() const { return m_method; }
@@ -39,6 +46,10 @@ public:
     QByteArray pattern() const { return m_pattern; }
     /** What says() was told; null before. */
     QString summary() const { return m_summary; }
+    /** The JSON Schema of what takes() was told; empty before. */
+    QVariantMap taken() const { return m_taken; }
+    /** By their status, the JSON Schemas of what gives() was told. */
+    QMap<int, QVariantMap> given() const { return m_given; }
     /** The group that it was added to. */
     const BwaRestGroup* group() const { return m_group; }
     /** What answers. */
@@ -50,6 +61,8 @@ private:
     QByteArray m_pattern;
     Handler m_handler;
     QString m_summary;
+    QVariantMap m_taken;
+    QMap<int, QVariantMap> m_given;
 };
 
 #endif

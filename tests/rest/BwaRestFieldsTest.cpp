@@ -548,3 +548,49 @@ TEST(BwaRestFields, GivenImpossibleDeclarationsSaysSo)
         refusal([] { BwaRestFields<Device>().add("a", &Device::name).add("a", &Device::note); }),
         "There are two fields \"a\"");
 }
+
+TEST(BwaRestFields, GivenToARouteReadsForTheHandler)
+{
+    const auto fields =
+        BwaRestFields<Place>().add("city", &Place::city).add("floor", &Place::floor);
+    const auto answer = [fields](const BwaRestCall&, const Place& place) -> BwaRestReply {
+        return fields.json(place);
+    };
+    BwaRestService service;
+    service.get("", fields, answer);
+    service.post("", fields, answer);
+    service.put("", fields, answer);
+
+    for (const char* method : {"POST", "PUT"}) {
+        BwaTestRequest request(method);
+        request.setBody("application/json", R"({"city":"Ulm","floor":2})");
+        EXPECT_EQ(request.sendTo(service).body, R"({"city":"Ulm","floor":2})");
+        request.setBody("application/json", "{}");
+        EXPECT_EQ(request.sendTo(service).statusCode, 422);
+        request.setBody("text/plain", "{}");
+        EXPECT_EQ(request.sendTo(service).statusCode, 415);
+    }
+    EXPECT_EQ(BwaTestRequest("GET", "/?city=Ulm&floor=2").sendTo(service).body,
+              R"({"city":"Ulm","floor":2})");
+    EXPECT_EQ(BwaTestRequest("HEAD", "/?city=Ulm&floor=2").sendTo(service).statusCode, 200);
+    EXPECT_EQ(BwaTestRequest("GET", "/?city=Ulm").sendTo(service).statusCode, 422);
+}
+
+TEST(BwaRestFields, GivenToAPatchRouteChangesForTheHandler)
+{
+    Place place = {QStringLiteral("Ulm"), 2};
+    BwaRestService service;
+    service.patch("", placeFields(), [&place](const BwaRestCall&, const auto& change) {
+        change(place);
+        return BwaRestReply::empty();
+    });
+    BwaTestRequest request("PATCH");
+
+    request.setBody("application/merge-patch+json", R"({"floor":3})");
+    EXPECT_EQ(request.sendTo(service).statusCode, 204);
+    EXPECT_EQ(place.floor, 3);
+    request.setBody("application/merge-patch+json", R"({"floor":4,"city":""})");
+    EXPECT_EQ(errorsOf(request.sendTo(service)),
+              '[' + error("#/city", "must be a text of 1 to 5 characters") + ']');
+    EXPECT_EQ(place.floor, 3);
+}
