@@ -22,13 +22,18 @@ BwaRestErrors::BwaRestErrors(const QString& reason)
     m_errors.append(qMakePair(QString(), reason));
 }
 
-void BwaRestErrors::add(const QStringList& path, const QString& reason)
+BwaRestErrors::BwaRestErrors(const char* reason)
+    : BwaRestErrors(QString::fromLatin1(reason))
+{
+}
+
+void BwaRestErrors::add(const QStringList& path, const char* reason)
 {
     QString pointer;
     for (const QString& name : path) {
         pointer += step(name);
     }
-    m_errors.append(qMakePair(pointer, reason));
+    m_errors.append(qMakePair(pointer, QString::fromLatin1(reason)));
 }
 
 void BwaRestErrors::add(const BwaRestErrors& errors)
@@ -36,12 +41,14 @@ void BwaRestErrors::add(const BwaRestErrors& errors)
     addPrefixed(QString(), errors);
 }
 
+// Nearly always there are none, and nothing is to be made for them.
 void BwaRestErrors::addBelow(const QString& name, const BwaRestErrors& errors)
 {
-    addPrefixed(step(name), errors);
+    if (!errors.isEmpty()) {
+        addPrefixed(step(name), errors);
+    }
 }
 
-// Nearly always there are none, and the number needs no text.
 void BwaRestErrors::addBelow(BwaSize index, const BwaRestErrors& errors)
 {
     if (!errors.isEmpty()) {

@@ -20,10 +20,11 @@ public:
     BwaRestErrors() = default;
     /** The value as a whole is wrong. Not explicit: what reads a value returns the reason. */
     BwaRestErrors(const QString& reason);
+    BwaRestErrors(const char* reason);
 
     bool isEmpty() const { return m_errors.isEmpty(); }
     /** Something in it is wrong; @a path has the names and numbers of elements that lead to it. */
-    void add(const QStringList& path, const QString& reason);
+    void add(const QStringList& path, const char* reason);
     /** What else is wrong with it. */
     void add(const BwaRestErrors& errors);
     /** What is wrong with its part @a name. */

@@ -48,7 +48,7 @@ void BwaRestSchema::add(const Field& field)
 BwaRestErrors BwaRestSchema::readObject(const QVariant& json, void* target, Reading reading) const
 {
     if (json.userType() != QMetaType::QVariantMap) {
-        return QStringLiteral("must be an object");
+        return "must be an object";
     }
     BwaRestErrors errors = readMembers(json.toMap(), target, reading);
     for (auto check = m_checks.begin(); errors.isEmpty() && check != m_checks.end(); ++check) {
@@ -63,26 +63,31 @@ BwaRestErrors BwaRestSchema::readMembers(const QVariantMap& members, void* targe
 {
     BwaRestErrors errors;
     for (const Field& field : m_fields) {
-        const auto member = members.constFind(field.name);
-        if (field.rule.isReadOnly) {
-            continue;
-        }
-        if (member == members.constEnd()) {
-            if (reading == Whole && !field.rule.mayBeAbsent) {
-                errors.addBelow(field.name, QStringLiteral("is missing"));
-            }
-        } else if (!member->isValid() && field.reset) {
-            field.reset(target);
-        } else {
-            errors.addBelow(field.name, field.read(*member, target, reading));
+        if (!field.rule.isReadOnly) {
+            errors.addBelow(field.name, readMember(members, field, target, reading));
         }
     }
     for (auto member = members.begin(); !m_keepsUnknown && member != members.end(); ++member) {
         if (!m_descriptions.contains(member.key())) {
-            errors.addBelow(member.key(), QStringLiteral("is unknown"));
+            errors.addBelow(member.key(), "is unknown");
         }
     }
     return errors;
+}
+
+BwaRestErrors BwaRestSchema::readMember(const QVariantMap& members, const Field& field,
+                                        void* target, Reading reading)
+{
+    const auto member = members.constFind(field.name);
+    if (member == members.constEnd()) {
+        const bool isMissing = reading == Whole && !field.rule.mayBeAbsent;
+        return isMissing ? BwaRestErrors("is missing") : BwaRestErrors();
+    }
+    if (!member->isValid() && field.reset) {
+        field.reset(target);
+        return {};
+    }
+    return field.read(*member, target, reading);
 }
 
 void BwaRestSchema::readCall(const BwaRestCall& call, void* target, Reading reading) const
@@ -96,7 +101,7 @@ void BwaRestSchema::readCall(const BwaRestCall& call, void* target, Reading read
         QStringList repeated;
         json = call.json(&repeated);
         if (!repeated.isEmpty()) {
-            errors.add(repeated, QStringLiteral("is repeated"));
+            errors.add(repeated, "is repeated");
         }
     }
     errors.add(readObject(json, target, reading));
@@ -116,7 +121,7 @@ QVariantMap BwaRestSchema::membersOfQuery(const QList<QPair<QString, QString>>& 
     for (auto value = values.constBegin(); value != values.constEnd(); ++value) {
         const bool takesAll = isList(m_descriptions.value(value.key()));
         if (!takesAll && value->size() > 1) {
-            errors->addBelow(value.key(), QStringLiteral("is repeated"));
+            errors->addBelow(value.key(), "is repeated");
         }
         members.insert(value.key(), takesAll ? QVariant(*value) : value->first());
     }
@@ -139,7 +144,7 @@ QVariantMap BwaRestSchema::description() const
     for (const Field& field : m_fields) {
         QVariantMap property = field.description;
         if (field.rule.isReadOnly) {
-            property.insert(QStringLiteral("readOnly"), true);
+            property.insert(QLatin1String("readOnly"), true);
         } else if (!field.rule.mayBeAbsent) {
             required.append(field.name);
         }

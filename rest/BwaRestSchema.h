@@ -63,6 +63,8 @@ protected:
 
 private:
     BwaRestErrors readMembers(const QVariantMap& members, void* target, Reading reading) const;
+    static BwaRestErrors readMember(const QVariantMap& members, const Field& field, void* target,
+                                    Reading reading);
     QVariantMap membersOfQuery(const QList<QPair<QString, QString>>& pairs,
                                BwaRestErrors* errors) const;
 

@@ -4,6 +4,7 @@
 #include "rest/BwaRestService.h"
 
 #include "rest/BwaRestCall.h"
+#include "rest/BwaRestDescription_p.h"
 #include "rest/BwaRestExchange_p.h"
 #include "rest/BwaRestHeldCalls_p.h"
 #include "rest/BwaRestOutcome_p.h"
@@ -40,6 +41,11 @@ void BwaRestService::allowOrigins(const QStringList& origins, bool credentials)
 void BwaRestService::setPool(QThreadPool* pool, int mostWaiting)
 {
     m_settings->pool = std::make_shared<BwaRestPool>(pool, mostWaiting);
+}
+
+QVariantMap BwaRestService::describe(const QString& title, const QString& version) const
+{
+    return BwaRestDescription::of(router().routes(), title, version);
 }
 
 void BwaRestService::processRequest(BwaFcgiRequest* request)

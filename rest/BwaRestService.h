@@ -9,6 +9,7 @@
 #include "services/BwaDispatcherFcgiService.h"
 
 #include <QStringList>
+#include <QVariant>
 
 #include <memory>
 
@@ -69,6 +70,13 @@ public:
      * @a pool is not owned, and must outlive the calls.
      */
     void setPool(QThreadPool* pool, int mostWaiting = 64);
+
+    /**
+     * The OpenAPI 3.1 document of the routes so far: the parameters of their patterns, and what
+     * BwaRestRoute::says(), takes() and gives() were told. HEAD and OPTIONS are not in it, nor
+     * where the service is: clients take the host, unless a member "servers" is added.
+     */
+    QVariantMap describe(const QString& title, const QString& version) const;
 
     void processRequest(BwaFcgiRequest* request) override;
     /** Ends the calls that are held: answers them with 503, and asks work on the pool to stop. */
