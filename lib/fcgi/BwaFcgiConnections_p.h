@@ -57,6 +57,8 @@ public:
     void close();
     /** Watches @a listening no more. From now on no connection is kept. */
     void stopKeeping(int listening);
+    /** Whether a connection is kept when its web server wants it. In any thread. */
+    bool areKept() const { return m_keeps; }
     /** Whether no request is open and no connection may still bring one. */
     bool isIdle();
 
@@ -175,7 +177,7 @@ private:
     int m_epoll = -1;
     int m_wakeUp = -1; // an eventfd in the epoll set
     int m_listening = -1;
-    bool m_keeps = false;
+    std::atomic<bool> m_keeps = false;
     std::vector<Connection> m_connections;       // by descriptor
     std::size_t m_counts[4] = {};                // of connections in each state
     std::deque<FCGX_Request*> m_untaken;         // owned; in the order of acceptance

@@ -121,6 +121,10 @@ void BwaFcgiExchange::complete()
 {
     FCGX_FClose(m_request->err);
     FCGX_FClose(m_request->out); // sends END_REQUEST, too
+    if (m_connections && !m_connections->areKept()) {
+        // At once, so that a web server that keeps connections does not pick this one.
+        ::shutdown(m_request->ipcFd, SHUT_WR);
+    }
     const bool isReplySent = FCGX_GetError(m_request->out) == 0;
     if (m_connections) {
         leaveConnection(isReplySent);
