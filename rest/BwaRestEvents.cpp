@@ -203,7 +203,7 @@ void BwaRestEvents::Topic::fill(Client& client) const
     const quint64 end = m_first + m_events.size();
     if (client.next < end) {
         client.next = m_slow == LatestWins ? end - 1 : std::max(client.next, m_first);
-        client.text = m_events[client.next - m_first];
+        client.text = m_events[static_cast<std::size_t>(client.next - m_first)];
         ++client.next;
     } else {
         client.text.clear();
