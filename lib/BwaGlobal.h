@@ -6,15 +6,17 @@
 
 #include <QByteArray>
 
-/** Marks what the shared library offers; everything else in it is hidden. */
+/** Marks what the shared library offers to programs; everything else in it is hidden. */
 #ifdef BWA_LIBRARY
 #define BWA_EXPORT Q_DECL_EXPORT
 #else
 #define BWA_EXPORT Q_DECL_IMPORT
 #endif
 
-/** What Qt counts bytes, characters and elements in: int up to Qt 5, as wide as a pointer in Qt 6.
- */
+/** Marks a private function of an exported class: hidden as well, so that it may change. */
+#define BWA_HIDDEN Q_DECL_HIDDEN
+
+/** The type in which Qt counts: int in Qt 5, an integer as wide as a pointer in Qt 6. */
 using BwaSize = decltype(QByteArray().size());
 
 #endif
