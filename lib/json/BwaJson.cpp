@@ -3,8 +3,6 @@
 
 #include "json/BwaJson.h"
 
-#include "json/BwaRecentTexts_p.h"
-
 #include <QString>
 #include <QStringList>
 
@@ -43,10 +41,11 @@ QLatin1String latin1(std::string_view text)
     return QLatin1String(text.data(), static_cast<BwaSize>(text.size()));
 }
 
-// QString::fromUtf8() takes a leading U+FEFF for a byte order mark and drops it: one of our own.
+// QString::fromUtf8() drops a leading U+FEFF, which it takes for a byte order mark. To keep one
+// that belongs to the text, put another one in front, for Qt to drop.
 QString stringOf(std::string_view text)
 {
-    if (isAscii(text)) { // nearly always, and faster then
+    if (isAscii(text)) { // most texts are, and the conversion is faster then
         return latin1(text);
     }
     const std::string_view mark("\xEF\xBB\xBF");
@@ -66,26 +65,19 @@ QVariant integerOf(qlonglong number)
 class VariantBuilder
 {
 public:
-    /** @a keys must outlive the builder. */
-    explicit VariantBuilder(BwaRecentTexts& keys)
-        : m_keys(keys)
-    {
-    }
-
     QVariant variantOf(simdjson::dom::element element);
-    /** How many containers the innermost one of the text stands in, itself counted. */
+    /** How deep the text is nested: 2 for an array within an array. */
     std::size_t depth() const { return m_deepest; }
-    /** As BwaJson::parse() tells it. */
+    /** The path to the first key that an object has twice, as BwaJson::parse() tells it. */
     QStringList repeated() const { return m_repeated; }
 
 private:
     void addMember(QVariantMap* map, const simdjson::dom::key_value_pair& member);
-    QString keyOf(std::string_view text);
     QVariant mapOf(simdjson::dom::object object);
     QVariant listOf(simdjson::dom::array array);
 
-    BwaRecentTexts& m_keys; // not owned
-    QStringList m_repeated; // what leads to it from where the builder is
+    // The path, from the value being built, to the first key that an object has twice.
+    QStringList m_repeated;
     std::size_t m_depth = 0;
     std::size_t m_deepest = 0;
 };
@@ -113,11 +105,6 @@ QVariant VariantBuilder::variantOf(simdjson::dom::element element)
     return QVariant();
 }
 
-QString VariantBuilder::keyOf(std::string_view text)
-{
-    return isAscii(text) ? m_keys.textOf(latin1(text)) : stringOf(text);
-}
-
 QVariant VariantBuilder::mapOf(simdjson::dom::object object)
 {
     QVariantMap map;
@@ -133,8 +120,8 @@ void VariantBuilder::addMember(QVariantMap* map, const simdjson::dom::key_value_
 {
     const bool isFirst = m_repeated.isEmpty();
     const BwaSize size = map->size();
-    const QString key = keyOf(member.key);
-    // Both containers would copy a value that is handed to them; assigned, it is moved in.
+    const QString key = stringOf(member.key);
+    // insert() and append() copy the value they are given, an assignment moves it.
     *map->insert(key, QVariant()) = variantOf(member.value);
     if (isFirst && (map->size() == size || !m_repeated.isEmpty())) {
         m_repeated.prepend(key);
@@ -171,7 +158,7 @@ QString withoutLoneSurrogates(QString text)
     return text;
 }
 
-// QString::toUtf8() writes "?" for a surrogate without its pair.
+// QString::toUtf8() would write "?" for a surrogate without its pair, and JSON is to have U+FFFD.
 QByteArray utf8Of(const QString& text)
 {
     return text.isValidUtf16() ? text.toUtf8() : withoutLoneSurrogates(text).toUtf8();
@@ -298,7 +285,8 @@ void Writer::writeNumber(Number number)
     m_text.append(digits, static_cast<BwaSize>(end - digits));
 }
 
-// 2^64 without a fraction would be read as an integer, and be too large for one.
+// Adds ".0" to a number without fraction and exponent. Otherwise it would be read back as an
+// integer, and 2^64 would be too large for one.
 template <typename Number>
 void Writer::writeRealNumber(Number number)
 {
@@ -355,11 +343,12 @@ QVariant BwaJson::parse(const QByteArray& text, bool* ok)
 
 QVariant BwaJson::parse(const QByteArray& text, bool* ok, QStringList* repeated)
 {
-    // Kept for its buffers, unless one large text has made them large.
+    // One parser a thread, whose buffers are used again. After a large text it is made anew, so
+    // that its large buffers are freed.
     thread_local simdjson::dom::parser parser;
-    thread_local BwaRecentTexts keys;
 
-    // The parser does not count an empty innermost container, but does count a value in it.
+    // simdjson counts a value in the innermost container as one more level, an empty container as
+    // none. So it is given one level more than is allowed, and the builder counts exactly.
     simdjson::error_code error = parser.capacity() > 0
         ? simdjson::SUCCESS
         : parser.allocate(smallestCapacity, deepestNesting + 1);
@@ -367,7 +356,7 @@ QVariant BwaJson::parse(const QByteArray& text, bool* ok, QStringList* repeated)
     if (!error) {
         error = parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
     }
-    VariantBuilder builder(keys);
+    VariantBuilder builder;
     const QVariant value = error ? QVariant() : builder.variantOf(root);
     if (parser.capacity() > largestKeptCapacity) {
         parser = simdjson::dom::parser();

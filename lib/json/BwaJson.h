@@ -11,8 +11,8 @@
 #include <QVariant>
 
 /**
- * Turns JSON texts (RFC 8259) into variants and back. What parse() gives, write() takes and gives
- * back in the same types. Any thread may call both.
+ * Turns JSON texts (RFC 8259) into variants and back. A value that parse() has returned has, after
+ * write() and parse(), the same types again. Any thread may call both.
  */
 class BWA_EXPORT BwaJson
 {
@@ -24,9 +24,9 @@ public:
      * QVariantList, a string a QString that is never null, an integer a qulonglong from 0 on and a
      * qlonglong below, any other number a double, null an invalid variant.
      *
-     * Refused are texts that are no JSON, and some that are: with an integer of more than 64 bits,
-     * a number beyond what a double can hold such as 1e400, an escaped surrogate without its pair,
-     * or more than 1024 containers within each other.
+     * A text that is no JSON is refused. So is a JSON text with an integer of more than 64 bits, a
+     * number beyond what a double can hold such as 1e400, an escaped surrogate without its pair, or
+     * more than 1024 containers within each other.
      *
      * @a ok, which may be null, becomes false when the text is refused. The result is then invalid.
      */

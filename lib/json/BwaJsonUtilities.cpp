@@ -188,8 +188,10 @@ bool BwaJsonUtilities::isNullValue(const QVariantMap& object, const QString& key
     return member != object.constEnd() && member.value().isNull();
 }
 
+// The definitions of the three forms that each extractor has for one target type: from a value,
+// from a member that must be there, and from a member that may be missing.
 // NOLINTBEGIN(bugprone-macro-parentheses): a type takes no parentheses
-#define BWA_JSON_EXTRACTOR(name, Type, extract)                                                    \
+#define BWA_DEFINE_EXTRACTOR(name, Type, extract)                                                  \
     bool BwaJsonUtilities::name(const QVariant& value, Type& out)                                  \
     {                                                                                              \
         return extract(value, out);                                                                \
@@ -205,23 +207,23 @@ bool BwaJsonUtilities::isNullValue(const QVariantMap& object, const QString& key
     }
 // NOLINTEND(bugprone-macro-parentheses)
 
-BWA_JSON_EXTRACTOR(integerValue, unsigned char, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, signed char, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, unsigned short, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, short, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, unsigned int, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, int, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, unsigned long long, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, long long, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, float, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, double, extractInteger)
-BWA_JSON_EXTRACTOR(integerValue, long double, extractInteger)
-BWA_JSON_EXTRACTOR(realNumberValue, float, extractRealNumber)
-BWA_JSON_EXTRACTOR(realNumberValue, double, extractRealNumber)
-BWA_JSON_EXTRACTOR(realNumberValue, long double, extractRealNumber)
-BWA_JSON_EXTRACTOR(booleanValue, bool, extractBoolean)
-BWA_JSON_EXTRACTOR(stringValue, QString, extractString)
-BWA_JSON_EXTRACTOR(base64EncodedByteArrayValue, QByteArray, extractBase64)
-BWA_JSON_EXTRACTOR(hexEncodedByteArrayValue, QByteArray, extractHex)
-BWA_JSON_EXTRACTOR(listValue, QVariantList, extractList)
-BWA_JSON_EXTRACTOR(objectValue, QVariantMap, extractObject)
+BWA_DEFINE_EXTRACTOR(integerValue, unsigned char, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, signed char, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, unsigned short, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, short, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, unsigned int, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, int, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, unsigned long long, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, long long, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, float, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, double, extractInteger)
+BWA_DEFINE_EXTRACTOR(integerValue, long double, extractInteger)
+BWA_DEFINE_EXTRACTOR(realNumberValue, float, extractRealNumber)
+BWA_DEFINE_EXTRACTOR(realNumberValue, double, extractRealNumber)
+BWA_DEFINE_EXTRACTOR(realNumberValue, long double, extractRealNumber)
+BWA_DEFINE_EXTRACTOR(booleanValue, bool, extractBoolean)
+BWA_DEFINE_EXTRACTOR(stringValue, QString, extractString)
+BWA_DEFINE_EXTRACTOR(base64EncodedByteArrayValue, QByteArray, extractBase64)
+BWA_DEFINE_EXTRACTOR(hexEncodedByteArrayValue, QByteArray, extractHex)
+BWA_DEFINE_EXTRACTOR(listValue, QVariantList, extractList)
+BWA_DEFINE_EXTRACTOR(objectValue, QVariantMap, extractObject)

@@ -10,79 +10,131 @@
 #include <QString>
 #include <QVariant>
 
-// The three forms of an extractor for one target type.
-// NOLINTBEGIN(bugprone-macro-parentheses): a type takes no parentheses
-#define BWA_JSON_EXTRACTOR(name, Type)                                                             \
-    static bool name(const QVariant& value, Type& out);                                            \
-    static bool name(const QVariantMap& object, const QString& key, Type& out);                    \
-    static bool name(const QVariantMap& object, const QString& key, Type& out,                     \
-                     const Type& defaultValue);
-// NOLINTEND(bugprone-macro-parentheses)
-
 /**
  * Reads typed, range-checked values from a JSON body.
  *
- * Each extractor has three forms: from a value; from the member @a key of an object; and from a
- * member that may be missing, for which the default is then taken. Each returns false, and leaves
- * the output untouched, when the value is of another JSON type, null included, or out of the
- * target's range, and when the member is missing without a default. Nothing is converted between
- * JSON types: "1" is no number, and 1 is no boolean. Keys are compared exactly.
+ * Each extractor has three forms: the first reads a value, the second the member @a key of an
+ * object, the third a member that may be missing, in which case it stores the default. Each returns
+ * false, and leaves the output untouched, when the value is of another JSON type, null included, or
+ * out of the target's range; the second does so when the member is missing, too. Nothing is
+ * converted between JSON types: "1" is no number, and 1 is no boolean. Keys are compared exactly.
  */
 class BWA_EXPORT BwaJsonUtilities
 {
 public:
-    /** The member, or an invalid variant when it is missing. */
+    /** The member @a key, or an invalid variant when it is missing. */
     static QVariant fieldValue(const QVariantMap& object, const QString& key);
-    /** The member is there and null. */
+    /** Whether the member @a key exists and is null. */
     static bool isNullValue(const QVariantMap& object, const QString& key);
 
     /** A number that is written without fraction and exponent. @{ */
-    BWA_JSON_EXTRACTOR(integerValue, unsigned char)
-    BWA_JSON_EXTRACTOR(integerValue, signed char)
-    BWA_JSON_EXTRACTOR(integerValue, unsigned short)
-    BWA_JSON_EXTRACTOR(integerValue, short)
-    BWA_JSON_EXTRACTOR(integerValue, unsigned int)
-    BWA_JSON_EXTRACTOR(integerValue, int)
-    BWA_JSON_EXTRACTOR(integerValue, unsigned long long)
-    BWA_JSON_EXTRACTOR(integerValue, long long)
-    BWA_JSON_EXTRACTOR(integerValue, float)
-    BWA_JSON_EXTRACTOR(integerValue, double)
-    BWA_JSON_EXTRACTOR(integerValue, long double)
+    static bool integerValue(const QVariant& value, unsigned char& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned char& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned char& out,
+                             const unsigned char& defaultValue);
+    static bool integerValue(const QVariant& value, signed char& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, signed char& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, signed char& out,
+                             const signed char& defaultValue);
+    static bool integerValue(const QVariant& value, unsigned short& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned short& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned short& out,
+                             const unsigned short& defaultValue);
+    static bool integerValue(const QVariant& value, short& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, short& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, short& out,
+                             const short& defaultValue);
+    static bool integerValue(const QVariant& value, unsigned int& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned int& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned int& out,
+                             const unsigned int& defaultValue);
+    static bool integerValue(const QVariant& value, int& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, int& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, int& out,
+                             const int& defaultValue);
+    static bool integerValue(const QVariant& value, unsigned long long& out);
+    static bool integerValue(const QVariantMap& object, const QString& key,
+                             unsigned long long& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, unsigned long long& out,
+                             const unsigned long long& defaultValue);
+    static bool integerValue(const QVariant& value, long long& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, long long& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, long long& out,
+                             const long long& defaultValue);
+    static bool integerValue(const QVariant& value, float& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, float& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, float& out,
+                             const float& defaultValue);
+    static bool integerValue(const QVariant& value, double& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, double& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, double& out,
+                             const double& defaultValue);
+    static bool integerValue(const QVariant& value, long double& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, long double& out);
+    static bool integerValue(const QVariantMap& object, const QString& key, long double& out,
+                             const long double& defaultValue);
     /** @} */
 
     /**
-     * Any number. For a float, one beyond the largest finite float is out of range. NaN, which no
-     * JSON text holds but a variant may, is always refused, as infinity is.
+     * Any number. One beyond the largest finite float is out of the range of a float. NaN and
+     * infinity, which no JSON text but a variant may hold, are always refused.
      * @{
      */
-    BWA_JSON_EXTRACTOR(realNumberValue, float)
-    BWA_JSON_EXTRACTOR(realNumberValue, double)
-    BWA_JSON_EXTRACTOR(realNumberValue, long double)
+    static bool realNumberValue(const QVariant& value, float& out);
+    static bool realNumberValue(const QVariantMap& object, const QString& key, float& out);
+    static bool realNumberValue(const QVariantMap& object, const QString& key, float& out,
+                                const float& defaultValue);
+    static bool realNumberValue(const QVariant& value, double& out);
+    static bool realNumberValue(const QVariantMap& object, const QString& key, double& out);
+    static bool realNumberValue(const QVariantMap& object, const QString& key, double& out,
+                                const double& defaultValue);
+    static bool realNumberValue(const QVariant& value, long double& out);
+    static bool realNumberValue(const QVariantMap& object, const QString& key, long double& out);
+    static bool realNumberValue(const QVariantMap& object, const QString& key, long double& out,
+                                const long double& defaultValue);
     /** @} */
 
     /** True or false. @{ */
-    BWA_JSON_EXTRACTOR(booleanValue, bool)
+    static bool booleanValue(const QVariant& value, bool& out);
+    static bool booleanValue(const QVariantMap& object, const QString& key, bool& out);
+    static bool booleanValue(const QVariantMap& object, const QString& key, bool& out,
+                             const bool& defaultValue);
     /** @} */
     /** A string, completely decoded; it may hold U+0000. @{ */
-    BWA_JSON_EXTRACTOR(stringValue, QString)
+    static bool stringValue(const QVariant& value, QString& out);
+    static bool stringValue(const QVariantMap& object, const QString& key, QString& out);
+    static bool stringValue(const QVariantMap& object, const QString& key, QString& out,
+                            const QString& defaultValue);
     /** @} */
     /**
      * A string of padded base64 (RFC 4648, section 4), without line breaks or blanks; may be empty.
      * @{
      */
-    BWA_JSON_EXTRACTOR(base64EncodedByteArrayValue, QByteArray)
+    static bool base64EncodedByteArrayValue(const QVariant& value, QByteArray& out);
+    static bool base64EncodedByteArrayValue(const QVariantMap& object, const QString& key,
+                                            QByteArray& out);
+    static bool base64EncodedByteArrayValue(const QVariantMap& object, const QString& key,
+                                            QByteArray& out, const QByteArray& defaultValue);
     /** @} */
     /** A string of an even number of hexadecimal digits of either case; may be empty. @{ */
-    BWA_JSON_EXTRACTOR(hexEncodedByteArrayValue, QByteArray)
+    static bool hexEncodedByteArrayValue(const QVariant& value, QByteArray& out);
+    static bool hexEncodedByteArrayValue(const QVariantMap& object, const QString& key,
+                                         QByteArray& out);
+    static bool hexEncodedByteArrayValue(const QVariantMap& object, const QString& key,
+                                         QByteArray& out, const QByteArray& defaultValue);
     /** @} */
     /** An array. @{ */
-    BWA_JSON_EXTRACTOR(listValue, QVariantList)
+    static bool listValue(const QVariant& value, QVariantList& out);
+    static bool listValue(const QVariantMap& object, const QString& key, QVariantList& out);
+    static bool listValue(const QVariantMap& object, const QString& key, QVariantList& out,
+                          const QVariantList& defaultValue);
     /** @} */
     /** An object. @{ */
-    BWA_JSON_EXTRACTOR(objectValue, QVariantMap)
+    static bool objectValue(const QVariant& value, QVariantMap& out);
+    static bool objectValue(const QVariantMap& object, const QString& key, QVariantMap& out);
+    static bool objectValue(const QVariantMap& object, const QString& key, QVariantMap& out,
+                            const QVariantMap& defaultValue);
     /** @} */
 };
-
-#undef BWA_JSON_EXTRACTOR
 
 #endif
