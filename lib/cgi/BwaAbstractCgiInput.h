@@ -17,12 +17,13 @@ public:
     virtual ~BwaAbstractCgiInput();
 
     /**
-     * The next bytes of the body, @a size of them at most. Blocks until they have come or the body
-     * has ended: a shorter result means the end. Nothing may be allocated for bytes that have only
-     * been announced. Never asked for more than CONTENT_LENGTH bytes in all.
+     * The next @a size bytes of the body. Blocks until they have arrived; a shorter result means
+     * that the body has ended. An implementation must not allocate memory for bytes that have not
+     * arrived, since a client may announce more than it sends. It is never asked for more than
+     * CONTENT_LENGTH bytes in all.
      */
     virtual QByteArray read(unsigned int size) = 0;
-    /** The value of the variable @a name, an empty text when it is not set. */
+    /** The value of the variable @a name; an empty text when it is not set. */
     virtual QString getenv(const QString& name) = 0;
 };
 

@@ -7,43 +7,13 @@
 #include "cgi/BwaHeaderValueParser_p.h"
 #include "cgi/BwaTextScanning_p.h"
 
+using BwaTextScanning::indexOfAny;
+using BwaTextScanning::textBetween;
+
 namespace {
 
-/** The names of the variables; made once, for the whole process. */
-struct VariableNames {
-    const QString serverSoftware = QString::fromLatin1("SERVER_SOFTWARE");
-    const QString serverName = QString::fromLatin1("SERVER_NAME");
-    const QString gatewayInterface = QString::fromLatin1("GATEWAY_INTERFACE");
-    const QString serverProtocol = QString::fromLatin1("SERVER_PROTOCOL");
-    const QString serverPort = QString::fromLatin1("SERVER_PORT");
-    const QString requestMethod = QString::fromLatin1("REQUEST_METHOD");
-    const QString pathInfo = QString::fromLatin1("PATH_INFO");
-    const QString pathTranslated = QString::fromLatin1("PATH_TRANSLATED");
-    const QString scriptName = QString::fromLatin1("SCRIPT_NAME");
-    const QString queryString = QString::fromLatin1("QUERY_STRING");
-    const QString remoteHost = QString::fromLatin1("REMOTE_HOST");
-    const QString remoteAddr = QString::fromLatin1("REMOTE_ADDR");
-    const QString authType = QString::fromLatin1("AUTH_TYPE");
-    const QString remoteUser = QString::fromLatin1("REMOTE_USER");
-    const QString remoteIdent = QString::fromLatin1("REMOTE_IDENT");
-    const QString contentType = QString::fromLatin1("CONTENT_TYPE");
-    const QString contentLength = QString::fromLatin1("CONTENT_LENGTH");
-    const QString httpAccept = QString::fromLatin1("HTTP_ACCEPT");
-    const QString httpAcceptLanguage = QString::fromLatin1("HTTP_ACCEPT_LANGUAGE");
-    const QString httpUserAgent = QString::fromLatin1("HTTP_USER_AGENT");
-    const QString httpAuthorization = QString::fromLatin1("HTTP_AUTHORIZATION");
-    const QString httpCookie = QString::fromLatin1("HTTP_COOKIE");
-    const QString https = QString::fromLatin1("HTTPS");
-};
-
-const VariableNames& names()
-{
-    static const VariableNames names;
-    return names;
-}
-
-// The number that @a text holds in base 10; 0 when it is none, is signed, or exceeds @a largest.
-// As in Qt's conversion, there may be blanks around it.
+// The number that @a text holds in base 10. It is 0 when the text is no number, has a sign, or
+// exceeds @a largest. Blanks around the digits are ignored, as Qt's own conversion does.
 unsigned int decimalNumber(const QString& text, unsigned int largest)
 {
     quint64 number = 0;
@@ -61,6 +31,12 @@ unsigned int decimalNumber(const QString& text, unsigned int largest)
     return static_cast<unsigned int>(number);
 }
 
+unsigned short portNumber(const QString& text)
+{
+    return static_cast<unsigned short>(decimalNumber(text, 65535));
+}
+
+// The position behind the digits that begin at @a position.
 BwaSize skipDigits(const QString& text, BwaSize position)
 {
     while (position < text.size() && text.at(position).isDigit()) {
@@ -92,36 +68,31 @@ BwaHttpCookie cookieBetween(const QString& text, BwaSize begin, BwaSize end)
 
 BwaCgiEnvironment::BwaCgiEnvironment(BwaAbstractCgiInput* input)
     : m_input(input)
-    , m_serverSoftware(input->getenv(names().serverSoftware))
-    , m_serverName(input->getenv(names().serverName))
-    , m_gatewayInterface(input->getenv(names().gatewayInterface))
-    , m_serverProtocol(input->getenv(names().serverProtocol))
-    , m_serverPort(0)
-    , m_contentLength(0)
-    , m_https(false)
+    , m_serverSoftware(input->getenv(QStringLiteral("SERVER_SOFTWARE")))
+    , m_serverName(input->getenv(QStringLiteral("SERVER_NAME")))
+    , m_gatewayInterface(input->getenv(QStringLiteral("GATEWAY_INTERFACE")))
+    , m_serverProtocol(input->getenv(QStringLiteral("SERVER_PROTOCOL")))
+    , m_serverPort(portNumber(input->getenv(QStringLiteral("SERVER_PORT"))))
+    , m_requestMethod(input->getenv(QStringLiteral("REQUEST_METHOD")))
+    , m_pathInfo(input->getenv(QStringLiteral("PATH_INFO")))
+    , m_pathTranslated(input->getenv(QStringLiteral("PATH_TRANSLATED")))
+    , m_scriptName(input->getenv(QStringLiteral("SCRIPT_NAME")))
+    , m_queryString(input->getenv(QStringLiteral("QUERY_STRING")))
+    , m_remoteHost(input->getenv(QStringLiteral("REMOTE_HOST")))
+    , m_remoteAddr(input->getenv(QStringLiteral("REMOTE_ADDR")))
+    , m_authType(input->getenv(QStringLiteral("AUTH_TYPE")))
+    , m_remoteUser(input->getenv(QStringLiteral("REMOTE_USER")))
+    , m_remoteIdent(input->getenv(QStringLiteral("REMOTE_IDENT")))
+    , m_contentType(input->getenv(QStringLiteral("CONTENT_TYPE")))
+    , m_contentLength(decimalNumber(input->getenv(QStringLiteral("CONTENT_LENGTH")), 4294967295U))
+    , m_httpAccept(input->getenv(QStringLiteral("HTTP_ACCEPT")))
+    , m_httpAcceptLanguage(input->getenv(QStringLiteral("HTTP_ACCEPT_LANGUAGE")))
+    , m_httpUserAgent(input->getenv(QStringLiteral("HTTP_USER_AGENT")))
+    , m_httpAuthorization(input->getenv(QStringLiteral("HTTP_AUTHORIZATION")))
+    , m_httpCookie(input->getenv(QStringLiteral("HTTP_COOKIE")))
+    , m_cookies(parseCookies(m_httpCookie))
+    , m_https(input->getenv(QStringLiteral("HTTPS")) == QLatin1String("on"))
 {
-    const VariableNames& known = names();
-    m_serverPort =
-        static_cast<unsigned short>(decimalNumber(input->getenv(known.serverPort), 65535));
-    m_requestMethod = input->getenv(known.requestMethod);
-    m_pathInfo = input->getenv(known.pathInfo);
-    m_pathTranslated = input->getenv(known.pathTranslated);
-    m_scriptName = input->getenv(known.scriptName);
-    m_queryString = input->getenv(known.queryString);
-    m_remoteHost = input->getenv(known.remoteHost);
-    m_remoteAddr = input->getenv(known.remoteAddr);
-    m_authType = input->getenv(known.authType);
-    m_remoteUser = input->getenv(known.remoteUser);
-    m_remoteIdent = input->getenv(known.remoteIdent);
-    m_contentType = input->getenv(known.contentType);
-    m_contentLength = decimalNumber(input->getenv(known.contentLength), 4294967295U);
-    m_httpAccept = input->getenv(known.httpAccept);
-    m_httpAcceptLanguage = input->getenv(known.httpAcceptLanguage);
-    m_httpUserAgent = input->getenv(known.httpUserAgent);
-    m_httpAuthorization = input->getenv(known.httpAuthorization);
-    m_httpCookie = input->getenv(known.httpCookie);
-    m_https = input->getenv(known.https) == QLatin1String("on");
-    m_cookies = parseCookies(m_httpCookie);
 }
 
 BwaCgiEnvironment::ServerProtocol BwaCgiEnvironment::parseServerProtocol(const QString& text)

@@ -34,17 +34,18 @@ public:
     /** Splits a SERVER_PROTOCOL such as "HTTP/1.1". */
     static ServerProtocol parseServerProtocol(const QString& text);
     /**
-     * The cookies of a Cookie header in their order; one without name and value is dropped.
+     * The cookies of a Cookie header in their order, without those that have neither name nor
+     * value.
      *
-     * Settled: only "; " separates, so "a=1;b=2" is one cookie. Nothing is trimmed or decoded.
+     * Settled: only "; " separates cookies, so "a=1;b=2" is one. Nothing is trimmed or decoded.
      */
     static QList<BwaHttpCookie> parseCookies(const QString& text);
-    /** Splits at the first "="; without one, the name is empty and the value is the whole text. */
+    /** Splits at the first "="; in a text that has none, the name is empty and all is the value. */
     static BwaHttpCookie parseCookie(const QString& text);
     /** The media type and its parameters, in the case in which they are written. */
     static QPair<QString, QHash<QString, QString>> parseContentType(const QString& text);
 
-    /** What the variables were read from; not owned. */
+    /** The input that the variables were read from; not owned. */
     BwaAbstractCgiInput* input() const { return m_input; }
     /** SERVER_SOFTWARE. */
     QString serverSoftware() const { return m_serverSoftware; }
@@ -97,7 +98,7 @@ public:
 
 private:
     BwaAbstractCgiInput* m_input; // not owned
-    // Read in this order.
+    // In the order in which the constructor reads the variables.
     QString m_serverSoftware;
     QString m_serverName;
     QString m_gatewayInterface;

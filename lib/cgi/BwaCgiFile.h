@@ -20,10 +20,10 @@ public:
     /** An empty @a contentType becomes "text/plain" (RFC 7578, section 4.4). */
     BwaCgiFile(const QString& fileName, const QString& contentType, const QByteArray& data);
 
-    /** Writes the data as it stands. */
+    /** Writes the data unchanged. */
     void writeToStream(std::ostream& stream) const;
 
-    /** The name that the client gave; never to be used as a path. */
+    /** The name that the client gave. Do not use it as a path: it may be "../../etc/passwd". */
     QString fileName() const { return m_fileName; }
     /** As the client sent it, or "text/plain"; never empty. */
     QString contentType() const { return m_contentType; }

@@ -1,19 +1,22 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// How the reader stays linear: consumed bytes stay at the front of the lookahead until they are
-// half of it, so that consuming moves no bytes; and each pattern has a search that remembers where
-// it was found or up to where it is known to be absent. As the reader only moves forward, a match
-// ahead stays the first one, and a failed search resumes where more bytes have been appended.
+// How the reader stays linear: each text is searched with a memory of where it was found last, or
+// up to where it is known to be absent. As the reader only moves forward, a match that is still
+// ahead is still the first one, and a search that found nothing goes on where bytes have been
+// appended.
 //
 // The boundary is the client's choice, and may be long and repeat its own beginning. So its search
-// looks at each byte once (Knuth, Morris and Pratt): where a match breaks off, the longest border
-// of the bytes matched, which ends them and begins the pattern, is what still matches.
+// looks at each byte once (Knuth, Morris and Pratt). An example is the search for "abac" in
+// "ababac": it matches "aba" and then meets "b" instead of "c". The "a" at the end of "aba" may
+// still begin a match, so the search goes on as if it had matched just that "a". Such a text, which
+// the bytes matched both begin and end with, is a border of them.
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 
 #include "cgi/BwaCgiRequest.h"
 #include "cgi/BwaHeaderValueParser_p.h"
+#include "cgi/BwaLookahead_p.h"
 
 #include <QString>
 
@@ -37,16 +40,7 @@ const QByteArray& dispositionName()
     return text;
 }
 
-BwaSize indexIn(const QByteArray& data, const QByteArray& pattern, BwaSize from)
-{
-    const char* const begin = data.constData();
-    const void* const match =
-        ::memmem(begin + from, static_cast<std::size_t>(data.size() - from), pattern.constData(),
-                 static_cast<std::size_t>(pattern.size()));
-    return match ? static_cast<BwaSize>(static_cast<const char*>(match) - begin) : -1;
-}
-
-// For each number of bytes at the front of @a pattern, the length of their longest border.
+// For each size, the size of the longest border of the first bytes of @a pattern.
 QVector<int> bordersOf(const QByteArray& pattern)
 {
     QVector<int> borders = {0, 0};
@@ -61,7 +55,7 @@ QVector<int> bordersOf(const QByteArray& pattern)
 }
 
 // The smaller of two positions, of which -1 is none.
-BwaSize firstOf(BwaSize first, BwaSize second)
+qint64 firstOf(qint64 first, qint64 second)
 {
     return first < 0 || second < 0 ? std::max(first, second) : std::min(first, second);
 }
@@ -96,10 +90,9 @@ BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* requ
     , m_delimiter(m_delimiterStart + "\r\n")
     , m_closeDelimiter(m_delimiterStart + "--\r\n")
     , m_borders(bordersOf(m_delimiterStart))
-    , m_lookahead("\r\n") // stands for the line break in front of the first delimiter
     , m_failed(false)
-    , m_consumed(0)
-    , m_removed(0)
+    // The first delimiter has no line break of its own in front.
+    , m_lookahead(std::make_unique<BwaLookahead>("\r\n"))
     , m_scanned(0)
     , m_matched(0)
     , m_refusedDisposition(-1)
@@ -115,10 +108,10 @@ bool BwaCgiMultipartFormDataReader::nextPart(QString& name, QString& filename, Q
     }
     while (true) {
         skipEndOfPart();
-        if (m_failed || lookaheadHas("--\r\n", m_delimiterStart.size())) {
+        if (m_failed || isAtCloseDelimiter()) {
             return false;
         }
-        consume(m_delimiter.size());
+        m_lookahead->consumeUpTo(m_lookahead->begin() + m_delimiter.size());
         if (!completePartHeader()) {
             m_failed = true;
             return false;
@@ -133,7 +126,7 @@ QByteArray BwaCgiMultipartFormDataReader::readFromPart(unsigned int size)
 {
     const auto most = static_cast<unsigned int>(std::numeric_limits<int>::max());
     QByteArray content;
-    appendFromPart(content, static_cast<int>(std::min(size, most)));
+    appendFromPart(content, std::min(size, most));
     return content;
 }
 
@@ -151,31 +144,34 @@ bool BwaCgiMultipartFormDataReader::isAtEndOfPart()
     if (!isUsable()) {
         return false;
     }
-    const BwaSize missing = m_closeDelimiter.size() - lookaheadSize();
+    const BwaSize missing = m_closeDelimiter.size() - m_lookahead->size();
     if (missing > 0) {
         refill(static_cast<unsigned int>(missing));
-        m_failed = lookaheadSize() < m_delimiter.size();
+        m_failed = m_lookahead->size() < m_delimiter.size();
     }
-    return indexOfDelimiter() == 0;
+    return findDelimiter() == m_lookahead->begin();
 }
 
 void BwaCgiMultipartFormDataReader::skipEndOfPart()
 {
     do {
-        const BwaSize delimiter = indexOfDelimiter();
+        const qint64 delimiter = findDelimiter();
         if (delimiter >= 0) {
-            consume(delimiter);
+            m_lookahead->consumeUpTo(delimiter);
             return;
         }
-        // The tail may be the start of a delimiter that the next refill completes.
-        consume(std::max<BwaSize>(0, lookaheadSize() - (m_closeDelimiter.size() - 1)));
+        // The last bytes may be the start of a delimiter that the next refill completes.
+        const qint64 lastBytes = m_lookahead->end() - (m_closeDelimiter.size() - 1);
+        m_lookahead->consumeUpTo(std::max(m_lookahead->begin(), lastBytes));
     } while (refill(chunkSize));
     m_failed = true;
 }
 
 BwaSize BwaCgiMultipartFormDataReader::indexOfFirstBoundaryDelimiter(const QByteArray& data) const
 {
-    return firstOf(indexIn(data, m_delimiter, 0), indexIn(data, m_closeDelimiter, 0));
+    const BwaLookahead bytes(data);
+    return static_cast<BwaSize>(
+        firstOf(bytes.indexOf(m_delimiter, 0), bytes.indexOf(m_closeDelimiter, 0)));
 }
 
 bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, QString& name,
@@ -203,33 +199,37 @@ bool BwaCgiMultipartFormDataReader::processPartHeader(const QByteArray& header, 
     return true;
 }
 
-bool BwaCgiMultipartFormDataReader::lookaheadHas(const char* text, BwaSize position) const
+QByteArray BwaCgiMultipartFormDataReader::lookahead() const
 {
-    const std::size_t size = std::strlen(text);
-    return static_cast<std::size_t>(lookaheadSize() - position) >= size &&
-        std::memcmp(m_lookahead.constData() + m_consumed + position, text, size) == 0;
+    return QByteArray(m_lookahead->from(m_lookahead->begin()), m_lookahead->size());
 }
 
-// The position in the lookahead of the first match, or -1.
-BwaSize BwaCgiMultipartFormDataReader::indexOf(const QByteArray& pattern, Search& search) const
+// Whether the delimiter at the front of the lookahead is the one that ends the last part.
+bool BwaCgiMultipartFormDataReader::isAtCloseDelimiter() const
 {
-    const qint64 front = m_removed + m_consumed;
-    if (!search.found || search.position < front) {
-        const qint64 from = std::max(search.position, front);
-        const BwaSize match = indexIn(m_lookahead, pattern, static_cast<BwaSize>(from - m_removed));
-        const qint64 firstUnknown = m_removed + m_lookahead.size() - (pattern.size() - 1);
+    return m_lookahead->has("--\r\n", m_lookahead->begin() + m_delimiterStart.size());
+}
+
+// The first position of @a text in the lookahead, or -1.
+qint64 BwaCgiMultipartFormDataReader::find(const QByteArray& text, Search& search) const
+{
+    if (!search.found || search.position < m_lookahead->begin()) {
+        const qint64 from = std::max(search.position, m_lookahead->begin());
+        const qint64 match = m_lookahead->indexOf(text, from);
+        const qint64 firstUnknown = m_lookahead->end() - (text.size() - 1);
         search.found = match >= 0;
-        search.position = search.found ? m_removed + match : std::max(from, firstUnknown);
+        search.position = search.found ? match : std::max(from, firstUnknown);
     }
-    return search.found ? static_cast<BwaSize>(search.position - front) : -1;
+    return search.found ? search.position : -1;
 }
 
 // Scans on to the end of the next match of what both delimiters begin with; false without one.
 bool BwaCgiMultipartFormDataReader::findDelimiterStart()
 {
-    const char* read = m_lookahead.constData() + (m_scanned - m_removed);
-    const char* const end = m_lookahead.constData() + m_lookahead.size();
+    const char* const begin = m_lookahead->from(m_scanned);
+    const char* const end = m_lookahead->from(m_lookahead->end());
     const char* const pattern = m_delimiterStart.constData();
+    const char* read = begin;
     while (m_matched < m_delimiterStart.size() && read != end) {
         if (m_matched == 0) { // mostly, and the C library finds the first byte fastest
             const void* const found =
@@ -243,26 +243,24 @@ bool BwaCgiMultipartFormDataReader::findDelimiterStart()
             m_matched = m_borders.at(m_matched);
         }
     }
-    m_scanned = m_removed + (read - m_lookahead.constData());
+    m_scanned += read - begin;
     return m_matched == m_delimiterStart.size();
 }
 
-// What begins as both delimiters do may be neither, which is known only when as many bytes have
-// come as the longer has.
-BwaSize BwaCgiMultipartFormDataReader::indexOfDelimiter()
+// The position of the next delimiter of either kind, or -1. What begins as both kinds do may turn
+// out to be neither, which is certain once as many bytes have been read as the longer kind has.
+qint64 BwaCgiMultipartFormDataReader::findDelimiter()
 {
-    const qint64 front = m_removed + m_consumed;
-    if (m_scanned - m_matched < front) { // what matches so far has been consumed
-        m_scanned = front;
+    if (m_scanned - m_matched < m_lookahead->begin()) { // what matches so far has been consumed
+        m_scanned = m_lookahead->begin();
         m_matched = 0;
     }
     while (findDelimiterStart()) {
-        const auto end = static_cast<BwaSize>(m_scanned - front);
-        const BwaSize start = end - m_delimiterStart.size();
-        if (lookaheadHas("\r\n", end) || lookaheadHas("--\r\n", end)) {
+        const qint64 start = m_scanned - m_delimiterStart.size();
+        if (m_lookahead->has("\r\n", m_scanned) || m_lookahead->has("--\r\n", m_scanned)) {
             return start;
         }
-        if (lookaheadSize() - start < m_closeDelimiter.size()) {
+        if (m_lookahead->end() - start < m_closeDelimiter.size()) {
             return -1;
         }
         m_matched = m_borders.at(m_matched);
@@ -270,38 +268,30 @@ BwaSize BwaCgiMultipartFormDataReader::indexOfDelimiter()
     return -1;
 }
 
-void BwaCgiMultipartFormDataReader::consume(BwaSize size)
-{
-    m_consumed += size;
-}
-
 // Appends up to @a size bytes of the body to the lookahead; false when none are left.
 bool BwaCgiMultipartFormDataReader::refill(unsigned int size)
 {
     const QByteArray bytes = m_request ? m_request->readFromBody(size) : QByteArray();
-    if (m_consumed > m_lookahead.size() / 2) {
-        m_lookahead.remove(0, m_consumed);
-        m_removed += m_consumed;
-        m_consumed = 0;
-    }
-    m_lookahead.append(bytes);
+    m_lookahead->append(bytes);
     return !bytes.isEmpty();
 }
 
 // Appends the next @a size bytes of the part to @a content; fewer at the part's end or on failure.
-void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, BwaSize size)
+void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, qint64 size)
 {
-    BwaSize missing = size;
+    qint64 missing = size;
     if (!isUsable() || isAtEndOfPart()) {
         return;
     }
     while (true) {
-        const BwaSize delimiter = indexOfDelimiter();
-        // Without a delimiter, its start may be among the last bytes.
-        const BwaSize safe = delimiter >= 0 ? delimiter : lookaheadSize() - m_closeDelimiter.size();
-        const BwaSize taken = std::min(std::max<BwaSize>(safe, 0), missing);
-        content.append(m_lookahead.constData() + m_consumed, taken);
-        consume(taken);
+        const qint64 begin = m_lookahead->begin();
+        const qint64 delimiter = findDelimiter();
+        // Without a delimiter, the last bytes may be the start of one.
+        const qint64 partEnd =
+            delimiter >= 0 ? delimiter : m_lookahead->end() - m_closeDelimiter.size();
+        const qint64 taken = std::min(std::max<qint64>(partEnd - begin, 0), missing);
+        content.append(m_lookahead->from(begin), static_cast<BwaSize>(taken));
+        m_lookahead->consumeUpTo(begin + taken);
         missing -= taken;
         if (isAtEndOfPart() || missing == 0) {
             return;
@@ -316,7 +306,7 @@ void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, BwaSize 
 // Reads on until the lookahead holds the empty line that ends the part's header.
 bool BwaCgiMultipartFormDataReader::completePartHeader()
 {
-    while (indexOf(emptyLine(), m_emptyLineSearch) < 0) {
+    while (find(emptyLine(), m_emptyLineSearch) < 0) {
         if (!refill(chunkSize)) {
             return false;
         }
@@ -324,24 +314,27 @@ bool BwaCgiMultipartFormDataReader::completePartHeader()
     return true;
 }
 
-// Consumes the header in front if it is one of form data. A header without an empty line of its
-// own reaches over many delimiters, each of which asks again: hence the two early answers.
+// Consumes the header at the front of the lookahead if it is one of form data. When a part has no
+// empty line, its header ends at that of a later part, and each delimiter between them leads to a
+// call of this function. To stay linear, it reads such a header only once: it returns early when
+// there is no disposition in the header, or only one that has been refused already.
 bool BwaCgiMultipartFormDataReader::takePartHeader(QString& name, QString& filename,
                                                    QString& contentType)
 {
-    const BwaSize size = indexOf(emptyLine(), m_emptyLineSearch) + 2;
-    const BwaSize disposition = indexOf(dispositionName(), m_dispositionSearch);
-    const qint64 dispositionPosition = m_dispositionSearch.position;
-    if (disposition < 0 || disposition + dispositionName().size() > size ||
-        dispositionPosition == m_refusedDisposition) {
+    const qint64 begin = m_lookahead->begin();
+    const qint64 end = find(emptyLine(), m_emptyLineSearch) + 2; // behind the last line's end
+    const qint64 disposition = find(dispositionName(), m_dispositionSearch);
+    if (disposition < 0 || disposition + dispositionName().size() > end ||
+        disposition == m_refusedDisposition) {
         return false;
     }
-    const QByteArray header = QByteArray::fromRawData(m_lookahead.constData() + m_consumed, size);
+    const QByteArray header =
+        QByteArray::fromRawData(m_lookahead->from(begin), static_cast<BwaSize>(end - begin));
     if (!processPartHeader(header, name, filename, contentType)) {
-        m_refusedDisposition = dispositionPosition;
+        m_refusedDisposition = disposition;
         return false;
     }
-    consume(size + 2);
+    m_lookahead->consumeUpTo(end + 2);
     return true;
 }
 

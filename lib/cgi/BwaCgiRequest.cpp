@@ -5,8 +5,8 @@
 
 #include "cgi/BwaAbstractCgiInput.h"
 #include "cgi/BwaCgiMultipartFormDataReader.h"
-#include "cgi/BwaGrowingRead_p.h"
 #include "cgi/BwaHeaderValueParser_p.h"
+#include "cgi/BwaReadInPieces_p.h"
 #include "cgi/BwaUrlEncoding_p.h"
 
 #include <algorithm>
@@ -20,23 +20,23 @@ bool isWithin(unsigned int limit, unsigned int number)
     return limit == 0 || number <= limit;
 }
 
-// As many as parseUrlEncodedVariables() finds.
+// How many variables BwaCgiRequest::parseUrlEncodedVariables() finds in @a body.
 unsigned int variablesIn(const QByteArray& body)
 {
-    const auto end = std::find(body.begin(), body.end(), '\0'); // the text's
+    const auto end = std::find(body.begin(), body.end(), '\0'); // a body ends at its first NUL
     const auto separators = std::count_if(
         body.begin(), end, [](char character) { return character == '&' || character == ';'; });
     return static_cast<unsigned int>(separators) + 1;
 }
 
-// 8-bit text ends at its first NUL.
-QString textOf(const QByteArray& bytes)
+QString latin1UpToNul(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.constData());
 }
 
-// Whether the input stands amid the body, where a second call must not take it for the beginning.
-bool wasGivenUpAmid(BwaCgiRequest::BodyFailure failure)
+// Whether part of the body has been read, so that a second call would take its middle for its
+// start.
+bool wasGivenUpMidway(BwaCgiRequest::BodyFailure failure)
 {
     return failure == BwaCgiRequest::BodyFailure::TooManyFormFields ||
         failure == BwaCgiRequest::BodyFailure::TooManyParts ||
@@ -57,7 +57,7 @@ BwaCgiRequest::BwaCgiRequest(BwaAbstractCgiInput* input)
 
 bool BwaCgiRequest::processBodyContent()
 {
-    if (m_bodyProcessed || wasGivenUpAmid(m_bodyFailure)) {
+    if (m_bodyProcessed || wasGivenUpMidway(m_bodyFailure)) {
         return m_bodyProcessed;
     }
     try {
@@ -104,7 +104,7 @@ BwaCgiRequest::BodyFailure BwaCgiRequest::readWholeBody(QByteArray* bytes)
     if (size == length) {
         return BodyFailure::NoFailure;
     }
-    return size == mostBytesOfARead ? BodyFailure::TooLarge : BodyFailure::EndedEarly;
+    return size == BwaReadInPieces::mostBytes ? BodyFailure::TooLarge : BodyFailure::EndedEarly;
 }
 
 BwaCgiRequest::BodyFailure BwaCgiRequest::processUrlEncodedBody()
@@ -117,7 +117,7 @@ BwaCgiRequest::BodyFailure BwaCgiRequest::processUrlEncodedBody()
     if (m_limits.maxFormFields > 0 && variablesIn(bytes) > m_limits.maxFormFields) {
         return BodyFailure::TooManyFormFields;
     }
-    m_formVariables = urlEncodedVariables(std::move(bytes));
+    m_formVariables = BwaUrlEncoding::variables(std::move(bytes));
     return BodyFailure::NoFailure;
 }
 
@@ -140,7 +140,7 @@ BwaCgiRequest::BodyFailure BwaCgiRequest::processMultipartBody()
         }
         const QByteArray data = reader.readAllFromPart();
         if (fileName.isNull()) {
-            m_formVariables.insert(name, textOf(data));
+            m_formVariables.insert(name, latin1UpToNul(data));
         } else {
             m_files.insert(name, BwaCgiFile(fileName, contentType, data));
         }
@@ -154,12 +154,12 @@ BwaCgiRequest::BodyFailure BwaCgiRequest::processMultipartBody()
 
 QString BwaCgiRequest::urlDecode(const QString& text)
 {
-    return urlDecoded(text);
+    return BwaUrlEncoding::decoded(text);
 }
 
 QMultiHash<QString, QString> BwaCgiRequest::parseUrlEncodedVariables(const QString& text)
 {
-    return urlEncodedVariables(text);
+    return BwaUrlEncoding::variables(text);
 }
 
 QList<QPair<QString, QHash<QString, QString>>>

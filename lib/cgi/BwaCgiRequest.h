@@ -17,23 +17,24 @@
 class BwaAbstractCgiInput;
 
 /**
- * One request as an application sees it: environment and query variables at once, form variables,
- * files or the raw body after processBodyContent() has returned true.
+ * One request as an application sees it. Environment and query variables are there at once; form
+ * variables, files or the raw body are there after processBodyContent() has returned true.
  *
- * Variables have several values a name: value(name) is the last one sent, values(name) all of them,
- * last first.
+ * A variable may be sent several times: value(name) is the value sent last, values(name) is all of
+ * them, the last one first.
  */
 class BWA_EXPORT BwaCgiRequest
 {
     Q_DISABLE_COPY(BwaCgiRequest)
 
 public:
-    /** Why processBodyContent() has returned false. */
+    /** Why processBodyContent() returned false. */
     enum class BodyFailure {
-        NoFailure,  /**< It has not, or has not been called. */
-        EndedEarly, /**< Fewer bytes have come than CONTENT_LENGTH announced. */
-        NotClosed,  /**< All bytes of a multipart form are there, its last delimiter is not. */
-        TooLarge,   /**< More than maxBodySize bytes, or than a byte array holds. */
+        NoFailure,  /**< It returned true, or has not been called. */
+        EndedEarly, /**< Fewer bytes arrived than CONTENT_LENGTH announced. */
+        NotClosed, /**< All bytes of a multipart form arrived, but its closing delimiter is missing.
+                    */
+        TooLarge, /**< The body has more than maxBodySize bytes, or more than a byte array holds. */
         TooManyFormFields, /**< More than maxFormFields. */
         TooManyParts,      /**< More than maxParts. */
         OutOfMemory        /**< The body or what it decodes to could not be allocated. */
@@ -42,35 +43,35 @@ public:
     /** Reads the variables from @a input, which must outlive this; reads nothing of the body. */
     explicit BwaCgiRequest(BwaAbstractCgiInput* input);
 
-    /** What the body may hold, to be set before it is processed; without, there are no limits. */
+    /** Limits the body. To be called before processBodyContent(); at first there are no limits. */
     void setRequestLimits(const BwaRequestLimits& limits) { m_limits = limits; }
-    /** As set; on a request from a listener, the listener's. */
+    /** The limits that were set; a listener sets its own on each of its requests. */
     const BwaRequestLimits& requestLimits() const { return m_limits; }
     /**
-     * Reads and decodes the body; at most once with success, later calls return true at once. A
+     * Reads and decodes the body. Once it has succeeded, later calls return true and do nothing. A
      * request without CONTENT_LENGTH has no body, which is a success.
      *
      * @return false when the body ends early or, being multipart, before its closing delimiter,
      * when it is beyond a limit, and when memory runs out; bodyFailure() tells which. The bytes
-     * read are then lost, and neither variables nor files nor body are kept. With Qt 5 a body other
-     * than multipart fails from 2^31 - 1024 bytes on, a form from half of that on.
+     * read are then lost, and there are no variables, files or body. With Qt 5 a body other than
+     * multipart fails from 2^31 - 1024 bytes on, a form from half of that on.
      */
     bool processBodyContent();
     /**
-     * The next @a size bytes of the body at most, never beyond CONTENT_LENGTH; without limits.
-     * Fewer when the body ends early, and never more than 2^31 - 1025 in one call.
+     * The next @a size bytes of the body, but none beyond CONTENT_LENGTH. They are fewer when the
+     * body ends early, and at most 2^31 - 1025 in one call. The request's limits do not apply.
      */
     QByteArray readFromBody(unsigned int size);
 
     /**
-     * Decodes "+" and "%XX" (application/x-www-form-urlencoded). Each escape becomes the one
-     * character of that code, so UTF-8 sequences stay apart; an escape that is none stays as it is.
-     * The result of an empty text is null.
+     * Decodes "+" and "%XX" (application/x-www-form-urlencoded). Each escape becomes the Latin-1
+     * character of that code, so a UTF-8 sequence becomes several characters; a "%" without two
+     * digits behind it stays as it is. The result of an empty text is null.
      */
     static QString urlDecode(const QString& text);
     /**
-     * The variables of a query string or form body: pairs are separated by "&" or ";". A name
-     * without "=" has an empty value; empty names count, so an empty text gives one variable.
+     * The variables of a query string or form body, which "&" or ";" separates. A name without "="
+     * has an empty value. A name may be empty, so an empty text gives one variable.
      */
     static QMultiHash<QString, QString> parseUrlEncodedVariables(const QString& text);
     /**
@@ -87,24 +88,25 @@ public:
     const BwaCgiEnvironment& environment() const { return m_environment; }
     /** The variables of the query string. */
     QMultiHash<QString, QString> queryVariables() const { return m_queryVariables; }
-    /** The fields of a form, but for its files; empty before processBodyContent(). */
+    /** The fields of a form without its files; empty before processBodyContent(). */
     QMultiHash<QString, QString> formVariables() const { return m_formVariables; }
-    /** By field name; of two files in the same field the last one counts. */
+    /** The files of a form by the names of their fields; of two in one field the last counts. */
     QHash<QString, BwaCgiFile> files() const { return m_files; }
-    /** The raw body of any media type but the two of forms. */
+    /** The raw body; empty when its media type is one of the two of forms. */
     QByteArray body() const { return m_body; }
-    /** The body has been read and decoded completely; true at once when there is none. */
+    /** The body has been read and decoded completely; true from the start when there is none. */
     bool bodyProcessed() const { return m_bodyProcessed; }
-    /** Body bytes taken from the input so far. */
+    /** How many bytes of the body have been read from the input so far. */
     unsigned int bodyBytesRead() const { return m_bodyBytesRead; }
-    /** Of the last call of processBodyContent(). A body beyond a limit deserves 413, others 400. */
+    /** The result of the last processBodyContent(). Answer a body beyond a limit with 413, else
+     * 400. */
     BodyFailure bodyFailure() const { return m_bodyFailure; }
 
 private:
-    BodyFailure readAndDecodeBody();
-    BodyFailure processUrlEncodedBody();
-    BodyFailure processMultipartBody();
-    BodyFailure readWholeBody(QByteArray* bytes);
+    BWA_HIDDEN BodyFailure readAndDecodeBody();
+    BWA_HIDDEN BodyFailure processUrlEncodedBody();
+    BWA_HIDDEN BodyFailure processMultipartBody();
+    BWA_HIDDEN BodyFailure readWholeBody(QByteArray* bytes);
 
     BwaAbstractCgiInput* m_input; // not owned
     BwaCgiEnvironment m_environment;

@@ -26,15 +26,15 @@ BwaHeaderValueParser::Element BwaHeaderValueParser::takeElement()
     return qMakePair(mainValue, takeParameters());
 }
 
-// The text up to the next separator or the end; both are left behind.
+// The text up to the next separator or the end. The position is then behind the separator.
 template <char... Separators>
 QString BwaHeaderValueParser::takeUntil()
 {
     const BwaSize begin = std::min(m_position, m_text.size());
-    const BwaSize end = indexOfAny<Separators...>(m_text, begin, m_text.size());
+    const BwaSize end = BwaTextScanning::indexOfAny<Separators...>(m_text, begin, m_text.size());
     m_separator = end < m_text.size() ? m_text.at(end) : QChar();
     m_position = end + 1;
-    return textBetween(m_text, begin, end);
+    return BwaTextScanning::textBetween(m_text, begin, end);
 }
 
 BwaHeaderValueParser::Parameters BwaHeaderValueParser::takeParameters()
@@ -56,7 +56,7 @@ QString BwaHeaderValueParser::takeParameterValue()
     if (m_position < m_text.size() && m_text.at(m_position) == QLatin1Char('"')) {
         ++m_position;
         QString value = takeQuotedString();
-        takeUntil<';', ','>(); // whatever stands behind the closing quote is ignored
+        takeUntil<';', ','>(); // what follows the closing quote is ignored
         return value;
     }
     return takeUntil<';', ','>().trimmed();

@@ -14,7 +14,7 @@
 /**
  * Parses a header value such as "text/html; charset="utf\-8"; q=1, text/plain" into its elements.
  *
- * One scan from left to right: m_position stands behind the separator that was met last, and
+ * One scan from left to right: m_position is behind the separator that was met last, and
  * m_separator says which one that was.
  */
 class BwaHeaderValueParser
@@ -26,14 +26,14 @@ public:
 
     /**
      * @a text must outlive the parser. With a filter, only the parameters whose names it accepts
-     * are kept. Where a client chooses the length of @a text, there has to be one: inserting many
-     * names that collide in the hash takes quadratic time.
+     * are kept. Give a filter wherever a client may send a long @a text: without one, many names
+     * that collide in the hash would take quadratic time.
      */
     explicit BwaHeaderValueParser(const QString& text, NameFilter isWanted = nullptr);
 
-    /** The elements that are left, one at least. */
+    /** All elements that have not been taken yet; at least one. */
     QList<Element> takeElements();
-    /** The next element, without a look at those behind it. */
+    /** The next element; what is behind it is not scanned. */
     Element takeElement();
 
 private:
@@ -44,7 +44,7 @@ private:
     QString takeQuotedString();
 
     const QString& m_text; // not owned
-    NameFilter m_isWanted; // null: all are
+    NameFilter m_isWanted; // null: all names are
     BwaSize m_position;
     QChar m_separator; // null at the end of the text
 };

@@ -5,16 +5,16 @@
 #define BWAREQUESTLIMITS_H
 
 /**
- * What BwaCgiRequest::processBodyContent() takes of a body at most; 0 is no limit.
+ * How much of a body BwaCgiRequest::processBodyContent() accepts; 0 means no limit.
  *
- * A body beyond a limit fails before it costs more than reading its bytes, one that is announced
- * too large before any is read.
+ * A body beyond a limit costs no more than the reading of its bytes, and nothing when its
+ * CONTENT_LENGTH alone is too large.
  */
 struct BwaRequestLimits {
-    unsigned int maxBodySize = 0;   /**< Bytes, of CONTENT_LENGTH. */
-    unsigned int maxFormFields = 0; /**< Of a form, files not counted. */
-    unsigned int maxParts = 0;      /**< Fields and files of a multipart form. */
-    unsigned int reserved[5] = {};  /**< Limits of later versions; to be left alone. */
+    unsigned int maxBodySize = 0;   /**< The largest CONTENT_LENGTH, in bytes. */
+    unsigned int maxFormFields = 0; /**< Fields of a form; its files are not counted. */
+    unsigned int maxParts = 0;      /**< Fields and files of a multipart form together. */
+    unsigned int reserved[5] = {};  /**< For limits of later versions; leave it as it is. */
 };
 
 #endif

@@ -3,7 +3,7 @@
 
 #include "cgi/BwaStandardCgiInput.h"
 
-#include "cgi/BwaGrowingRead_p.h"
+#include "cgi/BwaReadInPieces_p.h"
 
 #include <QByteArray>
 #include <QString>
@@ -12,8 +12,8 @@
 
 namespace {
 
-// A buffer of its own, which std::ios::sync_with_stdio(false) gives std::cin, throws when the
-// descriptor cannot be read. Here that is the end of the input.
+// After std::ios::sync_with_stdio(false), std::cin has a buffer that throws when the descriptor
+// cannot be read. That counts as the end of the input.
 int readPiece(char* buffer, int length)
 {
     try {
@@ -31,7 +31,7 @@ BwaStandardCgiInput::~BwaStandardCgiInput() = default;
 
 QByteArray BwaStandardCgiInput::read(unsigned int size)
 {
-    return growingRead(size, readPiece);
+    return BwaReadInPieces::read(size, readPiece);
 }
 
 QString BwaStandardCgiInput::getenv(const QString& name)

@@ -13,7 +13,10 @@ public:
     BwaStandardCgiInput();
     ~BwaStandardCgiInput() override;
 
-    /** A descriptor that cannot be read has ended. At most 2^31 - 1025 bytes come in one call. */
+    /**
+     * Returns at most 2^31 - 1025 bytes in one call. A descriptor that cannot be read counts as the
+     * end of the body.
+     */
     QByteArray read(unsigned int size) override;
     /** The environment variable as Latin-1 text; empty, not null, when it is not set. */
     QString getenv(const QString& name) override;

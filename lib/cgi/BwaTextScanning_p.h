@@ -10,15 +10,16 @@
 
 #include <algorithm>
 
-// What the text parsers have in common. Pieces of length 0 are empty, never null.
+/** What the parsers of texts have in common. */
+namespace BwaTextScanning {
 
-/** The characters of @a text from @a begin up to @a end. */
+/** The characters of @a text from @a begin up to @a end; empty, never null, when there are none. */
 inline QString textBetween(const QString& text, BwaSize begin, BwaSize end)
 {
     return begin < end ? QString(text.constData() + begin, end - begin) : QString::fromLatin1("");
 }
 
-/** The position of the first of the characters between @a begin and @a end; @a end without one. */
+/** The position of the first of the characters between @a begin and @a end, or @a end. */
 template <char... Characters>
 BwaSize indexOfAny(const QString& text, BwaSize begin, BwaSize end)
 {
@@ -30,5 +31,7 @@ BwaSize indexOfAny(const QString& text, BwaSize begin, BwaSize end)
     const QChar* const match = std::find_if(characters + begin, characters + end, isWanted);
     return static_cast<BwaSize>(match - characters);
 }
+
+} // namespace BwaTextScanning
 
 #endif

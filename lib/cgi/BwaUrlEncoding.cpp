@@ -1,9 +1,13 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// A text is taken apart in one scan, by the kinds of its characters: a name or value ends at the
-// next character of certain kinds, and on the way there the scan sees whether any of it has to be
-// decoded. Texts come in 16-bit characters or as Latin-1 bytes, which are not converted before.
+// A text is taken apart in one scan that asks of each character only its kind. In "a=1+2&b=3" the
+// name "a" ends at the first character that is an equals sign or a separator, and its value "1+2"
+// at the first separator. The scan sees on its way that the value has an encoded character and the
+// name has none, so only the value is decoded.
+//
+// The same code reads 16-bit characters and Latin-1 bytes, so that the bytes of a body need not be
+// converted first.
 
 #include "BwaGlobal.h"
 #include "cgi/BwaUrlEncoding_p.h"
@@ -52,12 +56,12 @@ QChar wide(QChar character)
     return character;
 }
 
-QString textBetween(const char* begin, const char* end)
+QString plainCopy(const char* begin, const char* end)
 {
     return QString::fromLatin1(begin, static_cast<BwaSize>(end - begin));
 }
 
-QString textBetween(const QChar* begin, const QChar* end)
+QString plainCopy(const QChar* begin, const QChar* end)
 {
     return QString(begin, static_cast<BwaSize>(end - begin));
 }
@@ -74,8 +78,9 @@ int hexDigitValue(QChar character)
     return code >= 'A' && code <= 'F' ? code - 'A' + 10 : -1;
 }
 
-// The number that two characters stand for, or -1. As Qt's base-16 conversion has it, a blank may
-// stand on either side of a single digit, and a plus before it.
+// The number that the two characters of an escape mean, or -1. Instead of two digits there may be
+// a single one with a blank on either side or a plus before it, as Qt's base-16 conversion reads
+// it.
 int escapedCode(QChar first, QChar second)
 {
     const int high = hexDigitValue(first);
@@ -89,7 +94,7 @@ int escapedCode(QChar first, QChar second)
     return first.isSpace() || first == QLatin1Char('+') ? low : -1;
 }
 
-// Decodes from @a read to @a end; the result is written to @a written, and its end returned.
+// Decodes the characters from @a read up to @a end into @a written. Returns the end of the result.
 template <typename Character>
 QChar* decode(const Character* read, const Character* end, QChar* written)
 {
@@ -109,7 +114,7 @@ QChar* decode(const Character* read, const Character* end, QChar* written)
 }
 
 template <typename Character>
-QString decoded(const Character* begin, const Character* end)
+QString decodedCopy(const Character* begin, const Character* end)
 {
     QString text(static_cast<BwaSize>(end - begin), Qt::Uninitialized);
     text.truncate(static_cast<BwaSize>(decode(begin, end, text.data()) - text.data()));
@@ -124,7 +129,7 @@ BwaSize firstSeparator(const QByteArray& text, BwaSize from)
     return static_cast<BwaSize>(found - text.begin());
 }
 
-/** Takes a text apart from left to right. */
+/** Takes names and values off the front of a text. */
 template <typename Character>
 class Reader
 {
@@ -136,7 +141,7 @@ public:
     {
     }
 
-    /** The next piece, decoded, up to a character of the kinds @a stops, which is skipped. */
+    /** The text up to the next character of the kinds @a stops, decoded. Skips that character. */
     QString take(unsigned int stops)
     {
         const Character* const begin = m_read;
@@ -151,7 +156,7 @@ public:
         if (begin == end) {
             return QString();
         }
-        return isEncoded ? decoded(begin, end) : textBetween(begin, end);
+        return isEncoded ? decodedCopy(begin, end) : plainCopy(begin, end);
     }
 
     void takeVariables(QMultiHash<QString, QString>* variables)
@@ -179,26 +184,26 @@ private:
 
 } // namespace
 
-QString urlDecoded(const QString& text)
+QString BwaUrlEncoding::decoded(const QString& text)
 {
     if (text.isEmpty()) {
         return QString();
     }
     const bool isEncoded = text.contains(QLatin1Char('%')) || text.contains(QLatin1Char('+'));
-    return isEncoded ? decoded(text.constBegin(), text.constEnd())
-                     : textBetween(text.constBegin(), text.constEnd());
+    return isEncoded ? decodedCopy(text.constBegin(), text.constEnd())
+                     : plainCopy(text.constBegin(), text.constEnd());
 }
 
-QMultiHash<QString, QString> urlEncodedVariables(const QString& text)
+QMultiHash<QString, QString> BwaUrlEncoding::variables(const QString& text)
 {
     QMultiHash<QString, QString> variables;
     Reader<QChar>(text.constBegin(), text.constEnd()).takeVariables(&variables);
     return variables;
 }
 
-// The variables can take fifty times the memory of a text. So of a long one the first half goes
-// before the second is taken apart.
-QMultiHash<QString, QString> urlEncodedVariables(QByteArray latin1)
+// The variables can take fifty times the memory of their text. So while a text is long, its first
+// half is decoded and freed before the second half is decoded.
+QMultiHash<QString, QString> BwaUrlEncoding::variables(QByteArray latin1)
 {
     const int shortText = 64 * 1024; // bytes
     if (const BwaSize nul = latin1.indexOf('\0'); nul >= 0) {

@@ -8,15 +8,21 @@
 #include <QHash>
 #include <QString>
 
-// The format application/x-www-form-urlencoded; BwaCgiRequest tells its rules.
+/** The format application/x-www-form-urlencoded, whose rules BwaCgiRequest tells. */
+namespace BwaUrlEncoding {
 
-/** @a text with its "+" and escapes decoded; null when it is empty. */
-QString urlDecoded(const QString& text);
+/** @a text with each "+" and each escape decoded; null when it is empty. */
+QString decoded(const QString& text);
 
 /** The variables of @a text. */
-QMultiHash<QString, QString> urlEncodedVariables(const QString& text);
+QMultiHash<QString, QString> variables(const QString& text);
 
-/** The variables of @a latin1, which ends at its first NUL; moved here, it is soon let go. */
-QMultiHash<QString, QString> urlEncodedVariables(QByteArray latin1);
+/**
+ * The variables of @a latin1, which ends at its first NUL. Move a long text here, so that its
+ * memory is freed while it is decoded.
+ */
+QMultiHash<QString, QString> variables(QByteArray latin1);
+
+} // namespace BwaUrlEncoding
 
 #endif

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "BwaGlobal.h"
-#include "cgi/BwaGrowingRead_p.h"
+#include "cgi/BwaReadInPieces_p.h"
 #include "fcgi/BwaFcgiExchange_p.h"
 
 #include <algorithm>
@@ -71,7 +71,8 @@ int BwaFcgiExchange::readWith(BwaFcgiBody::Wait wait, char* buffer, int size)
 // Without m_body, libfcgi has all of the input, or the connection is one that waits.
 QByteArray BwaFcgiExchange::readAvailable(unsigned int most)
 {
-    QByteArray bytes(static_cast<BwaSize>(std::min(most, mostBytesOfARead)), Qt::Uninitialized);
+    QByteArray bytes(static_cast<BwaSize>(std::min(most, BwaReadInPieces::mostBytes)),
+                     Qt::Uninitialized);
     bytes.truncate(readWith(BwaFcgiBody::ForNothing, bytes.data(), static_cast<int>(bytes.size())));
     if (m_body && m_body->hasEnded()) {
         m_connections->noteEndOfInput(m_request->ipcFd);

@@ -3,7 +3,7 @@
 
 // The nested class BwaFcgiRequest::BwaFcgiInput.
 
-#include "cgi/BwaGrowingRead_p.h"
+#include "cgi/BwaReadInPieces_p.h"
 #include "fcgi/BwaFcgiExchange_p.h"
 #include "fcgi/BwaFcgiRequest.h"
 
@@ -84,7 +84,7 @@ QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
     };
     QByteArray& kept = keptBuffer();
     if (size > smallRead || !kept.isDetached()) {
-        return growingRead(size, readPiece);
+        return BwaReadInPieces::read(size, readPiece);
     }
     kept.resize(static_cast<BwaSize>(size));
     kept.resize(readPiece(kept.data(), static_cast<int>(size)));
