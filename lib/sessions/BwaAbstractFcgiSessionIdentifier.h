@@ -9,7 +9,7 @@
 class BwaFcgiRequest;
 class BwaWebSession;
 
-/** How the session of a request is found, and how a request without one is refused. */
+/** Finds the session of a request, and refuses a request that has none. */
 class BWA_EXPORT BwaAbstractFcgiSessionIdentifier
 {
 public:
@@ -20,7 +20,7 @@ public:
      * have expired. Neither replies nor logs.
      */
     virtual BwaWebSession* session(BwaFcgiRequest* request) = 0;
-    /** Replies with a refusal, here 403. The request stays the caller's. */
+    /** Replies with a refusal, here 403. The caller deletes the request. */
     virtual void sendUnauthorizedReply(BwaFcgiRequest* request);
 };
 

@@ -5,7 +5,7 @@
 
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "sessions/BwaSessionCredentials_p.h"
+#include "sessions/BwaSessionAuthentication_p.h"
 
 BwaCookiesFcgiSessionIdentifier::BwaCookiesFcgiSessionIdentifier(
     const BwaWebSessionManager* manager, const QString& sessionIdCookieName,
@@ -30,7 +30,8 @@ BwaWebSession* BwaCookiesFcgiSessionIdentifier::session(BwaFcgiRequest* request)
             token = &cookie;
         }
         if (sessionId && token) {
-            return sessionOf(m_sessionManager, sessionId->value, token->value);
+            return BwaSessionAuthentication::authenticatedSession(m_sessionManager,
+                                                                  sessionId->value, token->value);
         }
     }
     return nullptr;

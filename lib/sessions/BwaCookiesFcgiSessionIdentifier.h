@@ -10,7 +10,10 @@
 
 class BwaWebSessionManager;
 
-/** Finds a session by two cookies: its id and its token. A request without is refused with 403. */
+/**
+ * Finds a session by two cookies, which hold its id and its token. A request without a session is
+ * refused with 403.
+ */
 class BWA_EXPORT BwaCookiesFcgiSessionIdentifier : public BwaAbstractFcgiSessionIdentifier
 {
 public:
@@ -20,10 +23,13 @@ public:
                                     const QString& tokenCookieName);
     ~BwaCookiesFcgiSessionIdentifier() override;
 
-    /** Of cookies with the same name, the last before both names have been seen counts. */
+    /**
+     * Reads the cookies in their order until both names have been seen. Of cookies of the same name
+     * that come before that, the last one counts.
+     */
     BwaWebSession* session(BwaFcgiRequest* request) override;
 
-    /** Where sessions are looked up; not owned. */
+    /** The manager that has the sessions; not owned. */
     const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
     /** The name of the cookie with the session's id. */
     QString sessionIdCookieName() const { return m_sessionIdCookieName; }

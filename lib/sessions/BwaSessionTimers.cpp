@@ -2,13 +2,17 @@
 // SPDX-License-Identifier: MIT
 
 // Qt searches its timers one by one, so that among many of them each start and stop takes long.
-// Here they wait in an ordered queue, and one timer of Qt wakes up for the first.
+// Here a thread's timers wait in a queue, ordered by the times at which they are due, and only the
+// queue has a timer of Qt, which wakes it up.
 //
-// Most timers are started again before they fire, always for a later time. Such a timer keeps its
-// place in the queue, too early as it now is, and moves back when its turn comes.
+// While the queue is not empty, the wake-up is never later than the time of its first timer. It may
+// be earlier: when the first timer, due at 10:00, is started again for 10:30, the wake-up stays at
+// 10:00. It then finds nothing due, and is set to the timer that is first by then. So starting a
+// timer again, which nearly every request does, leaves Qt's timer alone.
 //
-// Qt's timer counts whole milliseconds. It wakes up within the last one before a timer is due, and
-// then each time around the event loop: a timer of Qt that was started later never fires before.
+// Qt's timer counts whole milliseconds. It wakes the queue up within the last millisecond before a
+// timer is due, and then each time around the event loop until it is. So a timer of Qt that was
+// started later never fires first.
 
 #include "sessions/BwaSessionTimers_p.h"
 
@@ -25,10 +29,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// When a timer fires. Of two that are due at once, the one that was started first.
+// Where a timer is in the queue. Of two that are due at once, the one that was started first fires
+// first.
 struct Turn {
     Clock::time_point due;
-    quint64 start;
+    quint64 start; // counts the starts of all timers of the thread
 
     bool operator<(const Turn& other) const
     {
@@ -48,19 +53,13 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    struct Running {
-        Turn turn;
-        Turn place; // in the queue; not later than its turn
-    };
-
     bool fireDue();
     QTimer* takeDue(Clock::time_point now);
-    void moveBackFirst();
     void wakeUpForFirst();
     void wakeUpBy(Clock::time_point due);
 
-    std::unordered_map<QTimer*, Running> m_running;
-    std::map<Turn, QTimer*> m_queue; // not owned
+    std::map<Turn, QTimer*> m_queue;           // not owned
+    std::unordered_map<QTimer*, Turn> m_turns; // m_queue the other way round
     Clock::time_point m_wakeUp;
     quint64 m_starts = 0;
 };
@@ -71,28 +70,31 @@ TimerQueue::TimerQueue()
     setTimerType(Qt::PreciseTimer); // others may fire 5 % early
 }
 
+// What may fail for want of memory comes before anything changes.
 void TimerQueue::insert(QTimer* timer)
 {
     const Turn turn = {Clock::now() + std::chrono::milliseconds(timer->interval()), ++m_starts};
-    wakeUpBy(turn.due); // what may fail comes before anything changes
-    const auto running = m_running.find(timer);
-    if (running != m_running.end()) {
-        running->second.turn = turn;
+    wakeUpBy(turn.due);
+    const auto running = m_turns.find(timer);
+    if (running != m_turns.end()) {
+        auto entry = m_queue.extract(running->second);
+        entry.key() = running->second = turn;
+        m_queue.insert(std::move(entry));
         return;
     }
-    std::map<Turn, QTimer*> place = {{turn, timer}};
-    m_running.insert({timer, {turn, turn}});
-    m_queue.merge(place);
+    std::map<Turn, QTimer*> entry = {{turn, timer}};
+    m_turns.insert({timer, turn});
+    m_queue.merge(entry);
 }
 
 void TimerQueue::remove(QTimer* timer)
 {
-    const auto running = m_running.find(timer);
-    if (running == m_running.end()) {
+    const auto running = m_turns.find(timer);
+    if (running == m_turns.end()) {
         return;
     }
-    m_queue.erase(running->second.place);
-    m_running.erase(running);
+    m_queue.erase(running->second);
+    m_turns.erase(running);
     if (m_queue.empty()) {
         stop(); // otherwise it may wake up for nothing, once
     }
@@ -103,7 +105,7 @@ void TimerQueue::timerEvent(QTimerEvent* /*event*/)
     stop();
     if (!fireDue()) {
         wakeUpForFirst();
-        fireDue(); // what has become due before Qt's timer ran again
+        fireDue(); // what became due before Qt's timer was started again
     }
     wakeUpForFirst();
 }
@@ -115,7 +117,7 @@ bool TimerQueue::fireDue()
     bool hasFired = false;
     while (QTimer* const timer = takeDue(now)) {
         hasFired = true;
-        wakeUpForFirst(); // what it calls may run an event loop
+        wakeUpForFirst(); // because a slot of the timer may run an event loop
         QMetaObject::invokeMethod(timer, "timeout", Qt::DirectConnection);
     }
     return hasFired;
@@ -124,40 +126,24 @@ bool TimerQueue::fireDue()
 // The next timer that is to fire, no longer running; null if none is due.
 QTimer* TimerQueue::takeDue(Clock::time_point now)
 {
-    moveBackFirst();
     if (m_queue.empty() || m_queue.begin()->first.due > now) {
         return nullptr;
     }
     QTimer* const timer = m_queue.begin()->second;
     m_queue.erase(m_queue.begin());
-    m_running.erase(timer);
+    m_turns.erase(timer);
     return timer;
-}
-
-// Moves timers back until the first one has the place of its turn.
-void TimerQueue::moveBackFirst()
-{
-    while (!m_queue.empty()) {
-        Running& running = m_running.at(m_queue.begin()->second);
-        if (running.turn.start == running.place.start) {
-            return;
-        }
-        running.place = running.turn;
-        auto first = m_queue.extract(m_queue.begin());
-        first.key() = running.turn;
-        m_queue.insert(std::move(first));
-    }
 }
 
 void TimerQueue::wakeUpForFirst()
 {
-    moveBackFirst();
     if (!m_queue.empty()) {
         wakeUpBy(m_queue.begin()->first.due);
     }
 }
 
-// Wakes up at that time, or before; again, if there was no application to wake it up.
+// Sees to it that the wake-up is not later than @a due. Without a QCoreApplication, Qt's timer does
+// not run, so it is started again at the next call.
 void TimerQueue::wakeUpBy(Clock::time_point due)
 {
     if (timerId() > 0 && m_wakeUp <= due) {
@@ -168,7 +154,7 @@ void TimerQueue::wakeUpBy(Clock::time_point due)
     start(static_cast<int>(qMax<qint64>(0, wait.count())));
 }
 
-// Never destroyed, because static sessions may come after it.
+// Never destroyed, because static sessions may be destroyed later than any static object here.
 QThreadStorage<TimerQueue*>& queues()
 {
     static auto* const queues = new QThreadStorage<TimerQueue*>;

@@ -9,10 +9,12 @@ class QTimer;
 /**
  * Starts and stops the timers of sessions, each in a time that hardly depends on their number.
  *
- * A timer that was started here emits timeout() once, as a precise single-shot timer does: never
- * early, in the order of the due times, those of the same time in the order of their start, also
- * among precise timers of Qt. Its own start() and stop() are not used. Each thread has its own,
- * which ends with its event loop.
+ * A timer that was started here emits timeout() once, as a precise single-shot timer of Qt does:
+ * never early, in the order of the times at which the timers are due, and for the same time in the
+ * order in which they were started. That order includes the application's own precise timers.
+ *
+ * Of the QTimer only the interval and the signal are used, not its start() and stop(). A timer is
+ * started and stopped in one thread; when that thread ends, its timers no longer fire.
  */
 namespace BwaSessionTimers {
 

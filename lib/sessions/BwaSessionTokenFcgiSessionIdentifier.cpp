@@ -6,7 +6,7 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttp401StatusHeader.h"
-#include "sessions/BwaSessionCredentials_p.h"
+#include "sessions/BwaSessionAuthentication_p.h"
 
 #include <QStringList>
 
@@ -34,7 +34,8 @@ BwaWebSession* BwaSessionTokenFcgiSessionIdentifier::session(BwaFcgiRequest* req
     if (credentials.size() != 2) {
         return nullptr;
     }
-    return sessionOf(m_sessionManager, credentials.first(), credentials.last());
+    return BwaSessionAuthentication::authenticatedSession(m_sessionManager, credentials.first(),
+                                                          credentials.last());
 }
 
 void BwaSessionTokenFcgiSessionIdentifier::sendUnauthorizedReply(BwaFcgiRequest* request)

@@ -12,7 +12,7 @@ class BwaWebSessionManager;
 
 /**
  * Finds a session by the Authorization header: "SESSION-TOKEN", one blank, the session's id, ":"
- * and its token. A request without is refused with a 401 challenge.
+ * and its token. A request without a session is refused with a 401 challenge.
  */
 class BWA_EXPORT BwaSessionTokenFcgiSessionIdentifier : public BwaAbstractFcgiSessionIdentifier
 {
@@ -27,7 +27,7 @@ public:
     BwaWebSession* session(BwaFcgiRequest* request) override;
     void sendUnauthorizedReply(BwaFcgiRequest* request) override;
 
-    /** Where sessions are looked up; not owned. */
+    /** The manager that has the sessions; not owned. */
     const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
     /** The realm of the challenge. */
     QString realm() const { return m_realm; }

@@ -3,12 +3,12 @@
 
 #include "sessions/BwaWebSession.h"
 
-#include "sessions/BwaEmittingSession_p.h"
+#include "sessions/BwaSessionSignalSender_p.h"
 #include "sessions/BwaSessionTimers_p.h"
 
 namespace {
 
-// A negative interval means never. Newer timers of Qt would take it for a short one.
+// A negative interval means never: the timer is not started.
 void startUnlessNegative(QTimer& timer, int interval)
 {
     if (interval >= 0) {
@@ -57,8 +57,8 @@ BwaWebSession::~BwaWebSession()
 
 QUuid BwaWebSession::generateNewToken()
 {
-    endToken(); // without starting the removal's timer, which would be stopped at once
-    callRemovalOff();
+    endToken(); // not expireToken(), which starts the removal timer that is stopped next
+    stopRemoval();
     m_token = QUuid::createUuid();
     m_tokenExpired = false;
     startUnlessNegative(m_tokenTimer, m_tokenLifetime);
@@ -68,7 +68,7 @@ QUuid BwaWebSession::generateNewToken()
 void BwaWebSession::remove()
 {
     {
-        const BwaEmittingSession emitting(this);
+        const BwaSessionSignalSender sender(this);
         Q_EMIT aboutToRemove();
     }
     deleteLater();
@@ -82,8 +82,9 @@ void BwaWebSession::expireToken()
     }
 }
 
-// The flag spares every renewal of a valid token a search among the timers.
-void BwaWebSession::callRemovalOff()
+// Most renewals come while the token is valid. The flag saves them the search for a timer that does
+// not run.
+void BwaWebSession::stopRemoval()
 {
     if (m_removalStarted) {
         m_removalStarted = false;
@@ -97,7 +98,7 @@ bool BwaWebSession::endToken()
         return false;
     }
     m_tokenExpired = true;
-    const BwaEmittingSession emitting(this);
+    const BwaSessionSignalSender sender(this);
     Q_EMIT tokenExpired();
     return true;
 }

@@ -32,45 +32,48 @@ public:
      */
     BwaWebSession(const QString& username, int tokenLifetime, int removalDelay,
                   QObject* parent = nullptr);
-    /** A session that never expires, which is warned of. Id and token must not be guessable. */
+    /**
+     * A session that never expires; a warning on Qt's channel says so. Neither @a sessionId nor
+     * @a token may be guessable.
+     */
     BwaWebSession(const QString& username, const QUuid& sessionId, const QUuid& token,
                   QObject* parent = nullptr);
     ~BwaWebSession() override;
 
-    /** Expires the token if it is valid, replaces it, and calls a due removal off. */
+    /** Expires the token if it is valid, replaces it, and stops the removal timer. */
     QUuid generateNewToken();
 
     /** Never changes. */
     QUuid sessionId() const { return m_sessionId; }
     /** The current token, expired or not. */
     QUuid token() const { return m_token; }
-    /** Whose session it is, as given when it was made. */
+    /** The user whose session it is, as given to the constructor. */
     QString username() const { return m_username; }
     /** The token is no longer to be accepted; generateNewToken() renews it. */
     bool isTokenExpired() const { return m_tokenExpired; }
 
 Q_SIGNALS:
-    /** The session ends: it still exists, and is deleted from the event loop. */
+    /** The session ends. It still exists; the event loop deletes it later. */
     void aboutToRemove();
     /** The token has expired, or is about to be replaced while valid. */
     void tokenExpired();
 
 public Q_SLOTS:
-    /** Announces the end of the session, and deletes it from the event loop. */
+    /** Emits aboutToRemove(), and lets the event loop delete the session. */
     void remove();
 
 private Q_SLOTS:
     void expireToken();
 
 private:
-    bool endToken(); // false when it had expired before
-    void callRemovalOff();
-    void setUpTimers();
+    BWA_HIDDEN bool endToken(); // false when the token has expired already
+    BWA_HIDDEN void stopRemoval();
+    BWA_HIDDEN void setUpTimers();
 
     QUuid m_sessionId;
     QUuid m_token;
     bool m_tokenExpired;
-    bool m_removalStarted; // once the token has expired; takes no room of its own
+    bool m_removalStarted; // lies in padding, so the layout is that without it
     QTimer m_removalTimer;
     QTimer m_tokenTimer;
     QString m_username;

@@ -3,7 +3,7 @@
 
 #include "sessions/BwaWebSessionManager.h"
 
-#include "sessions/BwaEmittingSession_p.h"
+#include "sessions/BwaSessionSignalSender_p.h"
 #include "sessions/BwaWebSession.h"
 
 namespace {
@@ -93,11 +93,12 @@ BwaWebSession* BwaWebSessionManager::adopt(BwaWebSession* session)
     return session;
 }
 
-// Qt's sender() searches all that is connected. Of a session that can be found this manager is the
-// first to hear, because it was the first to be connected.
+// The session whose signal called this slot. The manager connects a session before the application
+// can, so its slot is the first to take the sender. A session that is not in the map has lost its
+// id to another one or belongs to another manager; Qt's sender(), which is slower, tells it then.
 BwaWebSession* BwaWebSessionManager::senderSession() const
 {
-    BwaWebSession* const emitting = BwaEmittingSession::take();
-    const bool isFound = emitting && findSession(emitting->sessionId()) == emitting;
-    return isFound ? emitting : qobject_cast<BwaWebSession*>(sender());
+    BwaWebSession* const session = BwaSessionSignalSender::take();
+    const bool isOurs = session && findSession(session->sessionId()) == session;
+    return isOurs ? session : qobject_cast<BwaWebSession*>(sender());
 }

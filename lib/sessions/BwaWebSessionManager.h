@@ -17,9 +17,10 @@ class BwaWebSession;
 /**
  * Owns the web sessions of an application and finds them by their ids.
  *
- * It lives, as its sessions do, in the thread of the listener whose requests it authenticates. Move
- * it there before it has sessions: their timers run in the thread that has started them. It
- * must outlive the session identifiers that use it; the sessions end with it without any signal.
+ * A manager and its sessions live in the thread of the listener whose requests they authenticate.
+ * Move a manager there before it has sessions, because the timers of a session run in the thread in
+ * which it was created. The manager must outlive the session identifiers that use it. It deletes
+ * its sessions with itself, without any signal.
  */
 class BWA_EXPORT BwaWebSessionManager : public QObject
 {
@@ -33,8 +34,8 @@ public:
     /** A new session, owned by the manager. Lifetimes in milliseconds; negative: never. */
     BwaWebSession* createSession(const QString& username, int tokenLifetime, int removalDelay);
     /**
-     * A new session that never expires, owned by the manager. One that has the id already is no
-     * longer found, lives on, and takes the id's entry with it when it is removed.
+     * A new session that never expires, owned by the manager. A session that has the id already
+     * lives on but is no longer found; when it is removed, the new one is no longer found either.
      */
     BwaWebSession* createSession(const QString& username, const QUuid& sessionId,
                                  const QUuid& token);
@@ -44,9 +45,9 @@ public:
     BwaWebSession* findSession(const QUuid& sessionId) const { return m_sessions.value(sessionId); }
 
 Q_SIGNALS:
-    /** The session can be found from now on. */
+    /** A session has been created, and can be found. */
     void sessionCreated(QUuid sessionId);
-    /** The session is no longer found, but still exists. */
+    /** A session ends: it can no longer be found, but still exists. */
     void aboutToRemove(QUuid sessionId);
     /** The token of the session has expired, or is about to be replaced while valid. */
     void tokenExpired(QUuid sessionId);
@@ -64,8 +65,8 @@ private Q_SLOTS:
     void existingSessionTokenExpired();
 
 private:
-    BwaWebSession* adopt(BwaWebSession* session);
-    BwaWebSession* senderSession() const;
+    BWA_HIDDEN BwaWebSession* adopt(BwaWebSession* session);
+    BWA_HIDDEN BwaWebSession* senderSession() const;
 
     QMap<QUuid, BwaWebSession*> m_sessions; // owned as QObject children
 };

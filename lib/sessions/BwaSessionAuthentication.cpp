@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "sessions/BwaSessionCredentials_p.h"
+#include "sessions/BwaSessionAuthentication_p.h"
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 
@@ -10,6 +10,7 @@
 
 namespace {
 
+// Looks at all bytes, even when the first ones differ.
 bool areEqual(const QUuid& first, const QUuid& second)
 {
     static_assert(sizeof(QUuid) == 16, "a UUID is its 16 bytes and nothing else");
@@ -24,8 +25,9 @@ bool areEqual(const QUuid& first, const QUuid& second)
 
 } // namespace
 
-BwaWebSession* sessionOf(const BwaWebSessionManager* manager, const QString& sessionId,
-                         const QString& token)
+BwaWebSession* BwaSessionAuthentication::authenticatedSession(const BwaWebSessionManager* manager,
+                                                              const QString& sessionId,
+                                                              const QString& token)
 {
     const QUuid id(sessionId);
     const QUuid presentedToken(token);
