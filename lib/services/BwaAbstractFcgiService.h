@@ -26,15 +26,15 @@ public:
     virtual void processRequest(BwaFcgiRequest* request) = 0;
 
     /**
-     * The names of this service and of those above it, each behind a "/": "/api/users". The script
-     * name is no part of it. Empty, not null, for a root service.
+     * The names of the services above this one and its own, each behind a "/", as in "/api/users".
+     * The script name is no part of it. Empty, not null, for a root service.
      */
     QString servicePath() const;
     /** The dispatcher that holds this service, or null. */
     BwaDispatcherFcgiService* parentService() const { return m_parentService; }
     /**
-     * For dispatchers only, which call it when they adopt or release a service: leaves the old
-     * dispatcher and becomes a child, also as a QObject, of @a parent, which may be null.
+     * Called by dispatchers when they adopt or release this service, and by nobody else. It leaves
+     * its dispatcher and becomes a child of @a parent, which may be null; also as a QObject.
      */
     void setParentService(BwaDispatcherFcgiService* parent);
 

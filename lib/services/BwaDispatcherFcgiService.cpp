@@ -17,7 +17,8 @@ BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
     connect(&m_destroyedMapper, BWA_SIGNAL_MAPPED_TEXT, this, SLOT(serviceDestroyed(QString)));
 }
 
-// The children are destroyed last, when their names are gone: none is to ask for its own any more.
+// ~QObject() destroys the children, when m_names is destroyed already. So none may ask this object
+// for its name any more, as servicePath() does.
 BwaDispatcherFcgiService::~BwaDispatcherFcgiService()
 {
     for (auto child = m_children.constBegin(); child != m_children.constEnd(); ++child) {
@@ -66,12 +67,12 @@ void BwaDispatcherFcgiService::dispatch(BwaFcgiRequest* request)
     delete request;
 }
 
-// The names that begin the rest of the path come first in the map when they are shorter. So they
-// are looked up from the shortest on, instead of walking over all children; in the map, because it
-// compares little of a long name, and a hash would need each of them whole.
+// For the rest "a/b/c" this looks up "a/b/c", then "a", then "a/b". Among names that begin the same
+// text, the shorter one comes first in the map, so this finds the same child as a walk over all
+// children in their order.
 BwaAbstractFcgiService* BwaDispatcherFcgiService::childForPath(const QString& rest) const
 {
-    if (BwaAbstractFcgiService* const child = m_exactChildren.value(rest)) {
+    if (BwaAbstractFcgiService* const child = m_children.value(rest)) {
         return child;
     }
     for (BwaSize slash = rest.indexOf(QLatin1Char('/')); slash >= 0;
@@ -97,9 +98,9 @@ void BwaDispatcherFcgiService::addService(const QString& name, BwaAbstractFcgiSe
         replaced->deleteLater();
     }
     m_children.insert(name, service);
-    m_exactChildren.insert(name, service);
     m_names.insert(service, name);
-    // In this order: the mapping brings a connection of its own, which forgets it on destroyed().
+    // Connected before setMapping(), which connects destroyed() to a slot of the mapper that
+    // forgets the name: map() has to come first.
     connect(service, SIGNAL(destroyed()), &m_destroyedMapper, SLOT(map()));
     m_destroyedMapper.setMapping(service, name);
     service->setParentService(this);
@@ -120,8 +121,8 @@ BwaAbstractFcgiService* BwaDispatcherFcgiService::removeService(const QString& n
     }
     forgetName(name);
     service->setParentService(nullptr);
-    // All slots of the mapper, its own for the mapping included, so that adding the service again
-    // finds it as new.
+    // Also disconnects the slot that setMapping() has connected, which otherwise would come first
+    // when the service is added again.
     disconnect(service, SIGNAL(destroyed()), &m_destroyedMapper, nullptr);
     m_destroyedMapper.removeMappings(service);
     return service;
@@ -146,6 +147,5 @@ void BwaDispatcherFcgiService::serviceDestroyed(const QString& name)
 
 void BwaDispatcherFcgiService::forgetName(const QString& name)
 {
-    m_exactChildren.remove(name);
     m_names.remove(m_children.take(name), name);
 }

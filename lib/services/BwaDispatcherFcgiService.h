@@ -14,9 +14,11 @@
 /**
  * An inner node of the service tree: hands a request to the child that its path info names.
  *
- * A child registered under exactly the rest of the path is taken first. Otherwise the first
- * dispatcher, in the order of the names, whose name and a "/" begin the rest. Only dispatchers
- * answer paths below or a "/" behind their own; whatever has no child is answered with 404.
+ * The rest of the path is what follows the path of this dispatcher and a "/". The request goes to
+ * the child whose name is exactly that rest. When there is none, it goes to the first dispatcher
+ * among the children, in the order of their names, whose name and a "/" begin the rest: so only a
+ * dispatcher receives paths below its own, a "/" at the end included. When there is none either,
+ * the request is answered with 404.
  */
 class BWA_EXPORT BwaDispatcherFcgiService : public BwaAbstractFcgiService
 {
@@ -28,16 +30,16 @@ public:
     ~BwaDispatcherFcgiService() override;
 
     /**
-     * A std::exception from below is logged and answered with 500; the request is then deleted.
-     * When it has been deleted already, the exception only goes to Qt's debug channel.
+     * A std::exception that leaves a child is logged and answered with 500, and the request is
+     * deleted. When the child has deleted it already, only Qt's debug channel tells the exception.
      */
     void processRequest(BwaFcgiRequest* request) override;
-    /** Answers a request to this node itself; here with 403. */
+    /** Answers a request for the path of this dispatcher itself, here with 403. */
     virtual void processThisService(BwaFcgiRequest* request);
 
     /**
-     * Adopts @a service, which leaves the dispatcher that held it. A child that had the name is
-     * deleted later, by the event loop; so is @a service if it was that child itself.
+     * Adopts @a service, which leaves the dispatcher that has it. A child that has the name already
+     * is deleted later, by the event loop; so is @a service if it is that child itself.
      */
     void addService(const QString& name, BwaAbstractFcgiService* service);
     /** Adds a new dispatcher, owned by this one. */
@@ -51,14 +53,13 @@ private Q_SLOTS:
     void serviceDestroyed(const QString& name);
 
 private:
-    void dispatch(BwaFcgiRequest* request);
-    BwaAbstractFcgiService* childForPath(const QString& rest) const;
-    void forgetName(const QString& name);
+    BWA_HIDDEN void dispatch(BwaFcgiRequest* request);
+    BWA_HIDDEN BwaAbstractFcgiService* childForPath(const QString& rest) const;
+    BWA_HIDDEN void forgetName(const QString& name);
 
-    QSignalMapper m_destroyedMapper;                   // from a child that is destroyed to its name
-    QMap<QString, BwaAbstractFcgiService*> m_children; // owned as QObject children
+    QSignalMapper m_destroyedMapper; // calls serviceDestroyed() with the name of the child
+    QMap<QString, BwaAbstractFcgiService*> m_children;          // owned as QObject children
     QMultiHash<const BwaAbstractFcgiService*, QString> m_names; // m_children the other way round
-    QHash<QString, BwaAbstractFcgiService*> m_exactChildren;    // m_children in no order
 };
 
 #endif

@@ -10,12 +10,13 @@ class BwaAbstractFcgiSessionIdentifier;
 class BwaWebSession;
 
 /**
- * A processor with one hook a request method, each of which answers 405 until it is overridden.
+ * A processor with a hook for each request method. A hook answers 405 until it is overridden.
  *
  * A hook takes the request over and deletes it as its last act. A std::exception that leaves a hook
- * is logged and answered with 500, and the request is then deleted. When the hook has deleted it
- * already, the exception only goes to Qt's debug channel. What is thrown later, while a request
- * is answered that the hook has kept, is caught by nobody and ends the process: catch it there.
+ * is logged and answered with 500, and the request is deleted. When the hook has deleted it
+ * already, only Qt's debug channel tells the exception. A hook may also keep the request and have
+ * it answered later: the code that does so must catch its own exceptions, which otherwise end the
+ * process.
  */
 class BWA_EXPORT BwaStandardFcgiRequestProcessor : public BwaAbstractFcgiRequestProcessor
 {
@@ -26,7 +27,7 @@ public:
 
     void processRequest(BwaFcgiRequest* request) override;
 
-    /** What authenticateRequest() asks; not owned, may be null. */
+    /** Finds the sessions for authenticateRequest(); not owned, may be null. */
     BwaAbstractFcgiSessionIdentifier* sessionIdentifier() const { return m_sessionIdentifier; }
 
 protected:
@@ -42,16 +43,16 @@ protected:
     virtual void processOtherMethod(BwaFcgiRequest* request, const QString& method);
 
     /**
-     * The session of the request. Without one, or when its token has expired and @a
-     * acceptExpiredToken is false, the refusal is logged and sent, and the result is null; the
-     * request is still the caller's to delete.
+     * The session of the request. When there is none, or when its token has expired and
+     * @a acceptExpiredToken is false, this logs and sends the refusal and returns null. The caller
+     * deletes the request in either case.
      */
     BwaWebSession* authenticateRequest(BwaFcgiRequest* request, bool acceptExpiredToken = false);
     /** Answers 405 and deletes the request. */
     void processNotAllowedMethod(BwaFcgiRequest* request);
 
 private:
-    void callMethodHook(BwaFcgiRequest* request);
+    BWA_HIDDEN void callMethodHook(BwaFcgiRequest* request);
 
     BwaAbstractFcgiSessionIdentifier* m_sessionIdentifier; // not owned
 };

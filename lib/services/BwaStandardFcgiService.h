@@ -14,7 +14,7 @@ class BWA_EXPORT BwaStandardFcgiService : public BwaAbstractFcgiService
     Q_OBJECT
 
 public:
-    /** Takes @a processor over, which may be null as long as no request comes. */
+    /** Takes @a processor over. It may be null only while no request reaches the service. */
     explicit BwaStandardFcgiService(BwaAbstractFcgiRequestProcessor* processor,
                                     QObject* parent = nullptr);
     ~BwaStandardFcgiService() override;
