@@ -45,6 +45,8 @@ SampleRequest::SampleRequest(const std::string& pathInfo, const std::string& cre
     m_entries.push_back(nullptr);
     FCGX_InitRequest(m_request, -1, 0);
     m_request->envp = m_entries.data();
+    m_request->in = FCGX_CreateWriter(m_nowhere, 1, 8, FCGI_STDIN); // libfcgi offers no reader
+    m_request->in->isClosed = 1;                                    // the body has ended
     m_request->out = FCGX_CreateWriter(m_nowhere, 1, 8192, FCGI_STDOUT);
     m_request->err = FCGX_CreateWriter(m_nowhere, 1, 512, FCGI_STDERR);
 }
