@@ -7,8 +7,8 @@
 
 namespace {
 
-// The compiler writes a day below 10 with a leading blank, which a single-blank format refuses.
-// English whatever the system speaks: the compiler's month names are.
+// The compiler writes "Jan  5 2026", with two blanks before a day below 10, for which Qt needs
+// another format. Its month names are English in every locale.
 QDateTime compilationDateTime()
 {
     const QString text = QString::fromLatin1("%1 %2").arg(QString::fromLatin1(__DATE__),

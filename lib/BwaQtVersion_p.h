@@ -4,11 +4,11 @@
 #ifndef BWAQTVERSION_P_H
 #define BWAQTVERSION_P_H
 
-// What differs between Qt 5.15 and Qt 6. No other file asks for the version.
+// What differs between Qt 5.15 and Qt 6. No other file of the library asks for the version of Qt.
 
 #include <QtGlobal>
 
-/** The signal by which a QSignalMapper tells a text. */
+/** The signal with which a QSignalMapper tells the text of a mapping. */
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #define BWA_SIGNAL_MAPPED_TEXT SIGNAL(mappedString(QString))
 #else

@@ -11,8 +11,8 @@
 class QString;
 
 /**
- * Writes @a text in Latin-1, as a zero-terminated character string: output stops at the first
- * U+0000, and a character beyond Latin-1 comes out as "?". Never flushes.
+ * Writes @a text in Latin-1 up to its first U+0000, with "?" for each character that Latin-1 does
+ * not have. Does not flush.
  */
 BWA_EXPORT std::ostream& operator<<(std::ostream& stream, const QString& text);
 

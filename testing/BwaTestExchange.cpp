@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Only libfcgi can make an FCGX_Request, by accepting one from a connection. So an empty request is
-// sent through a pair of sockets, whose sending end is closed again at once, and accepted. Then the
-// variables and the three streams are turned to memory: from there on nothing is sent, and neither
-// a large body nor a large reply can block.
+// Only libfcgi can make an FCGX_Request, by accepting one from a connection. So this sends an empty
+// request through a pair of sockets, closes the sending end, and has libfcgi accept the request.
+// Then it points the variables and the three streams to memory: from then on nothing is sent, and
+// neither a large body nor a large reply can block.
 
 #include "testing/BwaTestExchange_p.h"
 
@@ -29,7 +29,7 @@ std::runtime_error failure(const char* what)
     return std::runtime_error(std::string("BwaTestRequest: ") + what + ": " + std::strerror(errno));
 }
 
-// libfcgi takes these signals for itself; the test program is to keep what it has set for them.
+// FCGX_Init() sets handlers for these signals. This puts back those that the test program has set.
 bool initializeLibfcgi()
 {
     struct sigaction terminate = {};
@@ -42,7 +42,7 @@ bool initializeLibfcgi()
     return true;
 }
 
-// A connection on which an empty request waits.
+// A connection from which an empty request can be read.
 int connectionWithEmptyRequest()
 {
     int ends[2] = {-1, -1};
@@ -65,7 +65,7 @@ FCGX_Request* acceptEmptyRequest()
     const int connection = connectionWithEmptyRequest();
     auto request = std::make_unique<FCGX_Request>();
     FCGX_InitRequest(request.get(), -1, 0);
-    request->ipcFd = connection; // as if it had been kept open behind another request
+    request->ipcFd = connection; // as if it had been kept open after another request
     request->keepConnection = 1;
     if (FCGX_Accept_r(request.get()) != 0) {
         throw failure("no request accepted");
@@ -113,7 +113,7 @@ void BwaTestExchange::redirectInput()
     stream->fillBuffProc = &endInput;
 }
 
-// Of stopUnget libfcgi makes no use in a stream that writes.
+// libfcgi does not use stopUnget in a stream that writes, so it holds the sink.
 void BwaTestExchange::redirectOutput(FCGX_Stream* stream, Sink* sink)
 {
     sink->exchange = this;
@@ -136,7 +136,7 @@ void BwaTestExchange::takeWritten(FCGX_Stream* stream, int doClose)
     }
 }
 
-// The reply is closed last, so nothing of the request needs the exchange from then on.
+// Called when the reply is closed, which is the last that a request does with this object.
 void BwaTestExchange::complete()
 {
     const std::shared_ptr<BwaTestExchange> self = std::move(m_self);

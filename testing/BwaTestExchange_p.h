@@ -14,8 +14,8 @@
 #include <memory>
 
 /**
- * The web server's side of one request, all in memory. It lives until the request has been finished
- * and nobody else holds it.
+ * The web server's side of one request, all in memory. It keeps itself alive until the request has
+ * been finished.
  */
 class BwaTestExchange
 {
@@ -33,14 +33,14 @@ public:
     FCGX_Request* request() { return m_request; }
     /** Whether the request has been finished. */
     bool isComplete() const { return !m_self; }
-    /** Calls @a action when the request is finished; instead of what was set before. */
+    /** Calls @a action when the request is finished. Replaces the action that was set before. */
     void whenComplete(const std::function<void()>& action) { m_whenComplete = action; }
 
     QByteArray out() const { return m_out.bytes; }
     QByteArray err() const { return m_err.bytes; }
 
 private:
-    // What is written on one stream.
+    // Collects what is written on one stream.
     struct Sink {
         BwaTestExchange* exchange = nullptr; // not owned
         QByteArray bytes;
@@ -54,12 +54,12 @@ private:
     static void takeWritten(FCGX_Stream* stream, int doClose);
 
     QList<QByteArray> m_variables;
-    QVector<char*> m_entries; // the beginnings of m_variables and a null
+    QVector<char*> m_entries; // where each of m_variables begins, and a null at the end
     QByteArray m_body;
     Sink m_out;
     Sink m_err;
     FCGX_Request* m_request;                 // not owned
-    std::shared_ptr<BwaTestExchange> m_self; // as long as the request lives
+    std::shared_ptr<BwaTestExchange> m_self; // keeps this object alive; null once complete
     std::function<void()> m_whenComplete;
 };
 

@@ -12,11 +12,11 @@ bool isNamed(const QPair<QByteArray, QByteArray>& header, const QByteArray& name
     return header.first.compare(name, Qt::CaseInsensitive) == 0;
 }
 
-// Takes "404 Not Found"; false without a status code of three digits.
+// Reads a status such as "404 Not Found"; false when it has no code of three digits.
 bool readStatus(BwaTestReply* reply, const QByteArray& status)
 {
     if (reply->statusCode != 0) {
-        return true; // the first counts
+        return true; // the first status counts
     }
     const QByteArray code = status.split(' ').first();
     reply->statusCode = code.toInt();
@@ -41,7 +41,7 @@ bool readHeaderLine(BwaTestReply* reply, const QByteArray& line, bool isFirst)
     return true;
 }
 
-// The position behind the empty line; -1 when there is no such header block.
+// Reads up to the empty line. Returns the position behind it, -1 when this is no header block.
 BwaSize readHeaderBlock(BwaTestReply* reply, const QByteArray& raw)
 {
     BwaSize lineStart = 0;

@@ -8,29 +8,29 @@
 #include <QList>
 #include <QPair>
 
-/** What came back for a BwaTestRequest. */
+/** The reply to a BwaTestRequest. */
 struct BwaTestReply {
     BwaTestReply() = default;
     /** Reads @a rawReply, a header block and a body, as a web server does. */
     BwaTestReply(const QByteArray& rawReply, const QByteArray& errors);
 
     /**
-     * The value of the first header @a name, whose case does not matter; null when there is none,
-     * empty when there is nothing behind its colon.
+     * The value of the first header @a name, in whatever case; null when there is none, empty when
+     * there is nothing behind its colon.
      */
     QByteArray header(const QByteArray& name) const;
     /** The values of all headers @a name in their order, such as those of several Set-Cookie. */
     QList<QByteArray> headerValues(const QByteArray& name) const;
 
     /**
-     * What the Status header says, or a status line such as "HTTP/1.1 200 OK" in its place. Without
-     * either 302 when there is a Location, otherwise 200. 0 when the reply does not begin with a
-     * header block that a web server would take; headers and body are then empty.
+     * The code of the Status header, or of a status line such as "HTTP/1.1 200 OK". When the reply
+     * has neither, 302 if it has a Location header, else 200. 0 when it does not begin with a
+     * header block that a web server would accept; headers and body are then empty.
      */
     int statusCode = 0;
-    /** Behind the status code; empty when there was none. */
+    /** The text behind the status code; empty when there was none. */
     QByteArray reasonPhrase;
-    /** Name and value of each header in its order, but for Status. Blanks around are cut. */
+    /** Name and value, without blanks around them, of each header but Status, in their order. */
     QList<QPair<QByteArray, QByteArray>> headers;
     /** What follows the empty line behind the headers. */
     QByteArray body;

@@ -33,21 +33,21 @@ private:
     const BwaTestRequest::Handler& m_handler;
 };
 
-// The name of the CGI variable that brings a header.
+// The name of the CGI variable that holds a header.
 QByteArray variableOf(const QByteArray& header)
 {
     const QByteArray name = header.toUpper().replace('-', '_');
     return name == "CONTENT_TYPE" || name == "CONTENT_LENGTH" ? name : "HTTP_" + name;
 }
 
-// Browsers write names in a multipart header in this way.
+// As browsers write a name in the header of a part.
 QByteArray quoted(const QByteArray& name)
 {
     return '"' + QByteArray(name).replace('"', "%22").replace('\r', "%0D").replace('\n', "%0A") +
         '"';
 }
 
-// Does what the accepting thread does with an accepted request.
+// Calls the slot with which the listener receives requests from the accepting thread.
 void deliver(BwaFcgiListener* listener, FCGX_Request* request)
 {
     const bool isDelivered = QMetaObject::invokeMethod(listener, "newRequest", Qt::DirectConnection,

@@ -20,27 +20,28 @@ class BwaAbstractFcgiService;
 class BwaFcgiRequest;
 
 /**
- * A request for tests: goes through a service in this process, without a web server and without
- * a socket that anybody could see, and brings the reply back.
+ * A request for tests: it goes through a service in this process and brings the reply back. There
+ * is no web server, and no socket that another process could see.
  *
  *     BwaTestRequest request("POST", "/notes?page=2");
  *     request.setBody("application/json", R"({"title":"a"})");
  *     const BwaTestReply reply = request.sendTo(service);
  *     // reply.statusCode, reply.header("Location"), reply.body, reply.errorText
  *
- * It takes the road of a real one from the listener on: a std::exception that leaves the service
- * ends as there, in a message on Qt's debug channel and a reply that stops where it was. It may be
- * sent several times, in any thread, and needs no test framework.
+ * It takes the path of a real request from the listener on. So a std::exception that leaves the
+ * service is told on Qt's debug channel, and the reply ends where it was. A request may be sent
+ * several times and in any thread, and needs no test framework.
  */
 class BwaTestRequest
 {
 public:
-    /** Takes a request over, as a service does: answers and deletes it, now or later. */
+    /** A function that takes a request over as a service does: it answers and deletes it. */
     using Handler = std::function<void(BwaFcgiRequest*)>;
 
     /**
-     * @a target is the path as a client writes it, and behind a "?" the query string. As with web
-     * servers the path is percent-decoded (PATH_INFO), the query is not (QUERY_STRING).
+     * @a target is the path as a client writes it, and behind a "?" the query string. As a web
+     * server does, this percent-decodes the path (PATH_INFO), but not the query string
+     * (QUERY_STRING).
      *
      * SCRIPT_NAME is empty, SERVER_PROTOCOL is "HTTP/1.1", REMOTE_ADDR is "127.0.0.1".
      */
@@ -49,12 +50,12 @@ public:
 
     /** Sets a header of the client, such as "Cookie" or "Authorization". */
     void setHeader(const QByteArray& name, const QByteArray& value);
-    /** Sets a CGI variable, such as "SCRIPT_NAME"; a null @a value takes it away. */
+    /** Sets a CGI variable, such as "SCRIPT_NAME"; a null @a value removes it. */
     void setVariable(const QByteArray& name, const QByteArray& value);
 
     /** Sets the body, its Content-Type, and its length in bytes as Content-Length. */
     void setBody(const QByteArray& contentType, const QByteArray& body);
-    /** Sets the body to a form, application/x-www-form-urlencoded, of names and values as bytes. */
+    /** Sets the body to a form, application/x-www-form-urlencoded, of these names and values. */
     void setForm(const QList<QPair<QByteArray, QByteArray>>& fields);
     /** Adds a field to the body, which becomes multipart/form-data. */
     void addField(const QByteArray& name, const QByteArray& value);
@@ -62,23 +63,25 @@ public:
     void addFile(const QByteArray& name, const QByteArray& fileName, const QByteArray& contentType,
                  const QByteArray& content);
 
-    /** How long a reply may take once the service has returned; 10000 ms unless set. */
+    /** Limits how long the reply may take once the service has returned; 10000 ms at first. */
     void setTimeout(int milliseconds) { m_timeout = milliseconds; }
 
     /**
-     * Sends the request to @a service, whatever its script name, and waits until it is deleted.
-     * When the service holds it, the event loop runs until then; to answer a held request by
-     * another one, send that from a timer.
+     * Sends the request to @a service, whatever the script name, and waits until it is deleted.
+     * When the service keeps it, the event loop runs until it deletes it. If it does so because of
+     * another request, send that one from a timer.
      *
-     * @throws std::runtime_error when the request is not deleted within the timeout, or is held
-     *         without a QCoreApplication. The service may still delete it afterwards.
+     * @throws std::runtime_error when the request is not deleted within the timeout, or when it is
+     *         kept and there is no QCoreApplication. The service may still delete it afterwards.
      */
     BwaTestReply sendTo(BwaAbstractFcgiService& service) const;
-    /** The same with a processor. */
+    /** Sends the request to a processor, otherwise as above. */
     BwaTestReply sendTo(BwaAbstractFcgiRequestProcessor& processor) const;
-    /** The same with a function, for code that needs a BwaFcgiRequest in its hand. */
+    /** Sends the request to a function, otherwise as above; for code that takes a BwaFcgiRequest.
+     */
     BwaTestReply sendTo(const Handler& handler) const;
-    /** The same with root services by script name, as a listener has them: see SCRIPT_NAME. */
+    /** Sends the request to the service that @a services has for its SCRIPT_NAME, as a listener
+     * does. */
     BwaTestReply sendThrough(const QMap<QString, BwaAbstractFcgiService*>& services) const;
 
     /**
@@ -96,7 +99,7 @@ private:
 
     QMap<QByteArray, QByteArray> m_variables;
     QByteArray m_body;
-    QByteArray m_parts; // of a multipart body, without its end
+    QByteArray m_parts; // the parts of a multipart body, without the closing delimiter
     int m_timeout;      // milliseconds
 };
 

@@ -8,7 +8,7 @@
 
 #include <QString>
 
-/** A tag: the opening or closing one of a pair, or one that stands alone. */
+/** A tag: the opening or the closing one of a pair, or an unpaired one such as <br />. */
 class BWA_EXPORT BwaAbstractHtmlTag : public BwaAbstractCgiStreamableElement
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     void render(std::ostream& stream) const override = 0;
 
-    /** Written as it stands, in the case given. */
+    /** The name of the tag; it is written unchanged. */
     QString tagName() const { return m_tagName; }
 
 private:

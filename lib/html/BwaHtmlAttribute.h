@@ -24,9 +24,9 @@ public:
     /** Writes name="value", also for an empty value. */
     void render(std::ostream& stream) const override;
 
-    /** Written as it stands. */
+    /** The name; it is written unchanged. */
     QString name() const { return m_name; }
-    /** Written as it stands, between quotes. */
+    /** The value; it is written unchanged, between quotes. */
     QString value() const { return m_value; }
 
 private:

@@ -14,7 +14,7 @@ class BWA_EXPORT BwaHtmlAttributeList : public BwaAbstractCgiStreamableElement
 public:
     /** A list without attributes. */
     BwaHtmlAttributeList();
-    /** Not explicit: one attribute may stand where a list is asked for. */
+    /** A list of one attribute. Not explicit, so that an attribute can be passed as a list. */
     BwaHtmlAttributeList(const BwaHtmlAttribute& attribute);
     ~BwaHtmlAttributeList() override;
 
@@ -24,14 +24,14 @@ public:
     /** Writes the attributes with one blank between two of them. */
     void render(std::ostream& stream) const override;
 
-    /** Appends a boolean attribute. Settled: a name that is there already is kept as well. */
+    /** Appends a boolean attribute. Settled: an older one of the same name stays in the list. */
     BwaHtmlAttributeList& set(const QString& name);
-    /** Appends an attribute. Settled: a name that is there already is kept as well. */
+    /** Appends an attribute. Settled: an older one of the same name stays in the list. */
     BwaHtmlAttributeList& set(const QString& name, const QString& value);
 
     /** The attributes in the order of their addition. */
     QList<BwaHtmlAttribute> attributes() const { return m_attributes; }
-    /** There are no attributes. */
+    /** Whether there are no attributes. */
     bool isEmpty() const { return m_attributes.isEmpty(); }
 
 private:

@@ -31,11 +31,11 @@ public:
                    const QString& text);
     ~BwaHtmlElement() override;
 
-    /** Writes a single unpaired tag when there are no children, whatever the tag's name. */
+    /** An element without children is written as an unpaired tag, whatever its name. */
     void render(std::ostream& stream) const override;
     /**
-     * A new element of the same name. Settled: it has neither attributes nor children, so a
-     * filled element goes into a tree by pointer.
+     * A new element of the same name. Settled: it has neither attributes nor children. To put an
+     * element with content into a tree, append it by pointer.
      */
     BwaAbstractHtmlNode* clone() const override;
 
@@ -50,7 +50,7 @@ public:
     /** Appends a text node. */
     BwaHtmlElement& append(const QString& text);
 
-    /** Written as it stands, in the case given. */
+    /** The name of the tags; it is written unchanged. */
     QString tagName() const { return m_tagName; }
     /** The attributes in the order of their addition. */
     BwaHtmlAttributeList attributes() const { return m_attributes; }

@@ -14,7 +14,8 @@ BwaHtmlNodeList::BwaHtmlNodeList(const BwaAbstractHtmlNode& node)
 }
 
 BwaHtmlNodeList::BwaHtmlNodeList(const BwaHtmlNodeList& other)
-    : BwaHtmlNodeList() // from here on the destructor deletes the clones when one of them fails
+    : BwaHtmlNodeList() // completes the object: when a clone fails, the destructor deletes the
+                        // others
 {
     for (const BwaAbstractHtmlNode* node : other.m_nodes) {
         append(*node);

@@ -8,7 +8,7 @@
 
 #include <QString>
 
-/** Text, written as it stands. */
+/** Text, which is written unchanged: the caller escapes what comes from outside. */
 class BWA_EXPORT BwaHtmlTextNode : public BwaAbstractHtmlNode
 {
 public:

@@ -7,7 +7,7 @@
 #include "html/BwaAbstractHtmlTag.h"
 #include "html/BwaHtmlAttributeList.h"
 
-/** A tag that stands alone, such as <br />. */
+/** A tag without a partner, such as <br />. */
 class BWA_EXPORT BwaHtmlUnpairedTag : public BwaAbstractHtmlTag
 {
 public:

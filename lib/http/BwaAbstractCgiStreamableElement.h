@@ -14,7 +14,8 @@ class BWA_EXPORT BwaAbstractCgiStreamableElement
 public:
     virtual ~BwaAbstractCgiStreamableElement();
 
-    /** Writes the same bytes each time it is called; a failed stream is left to its own state. */
+    /** Writes the element, the same bytes at each call. The caller looks whether @a stream fails.
+     */
     virtual void render(std::ostream& stream) const = 0;
 };
 

@@ -11,8 +11,8 @@
 /**
  * A complete header block: its own lines, the cookies, and the empty line before the body.
  *
- * Lines end in a single line feed and a flush. Texts are written as they stand; one that comes
- * from outside must not hold CR or LF.
+ * Lines end in a single line feed and a flush. Texts are written unchanged; the caller must see to
+ * it that one from outside has no CR or LF.
  */
 class BWA_EXPORT BwaAbstractHttpHeader : public BwaAbstractCgiStreamableElement
 {
@@ -27,7 +27,7 @@ public:
     QList<BwaHttpCookie> cookies; /**< Written in this order; empty at first. */
 
 protected:
-    /** Writes one ended line a cookie. */
+    /** Writes one line, with its line end, for each cookie. */
     void renderCookies(std::ostream& stream) const;
 };
 

@@ -9,10 +9,10 @@
 /**
  * The header block of a reply to the creation of something: 201 Created.
  *
- * The line of a location has two colons, "Location:: /notes/7": programs rely on it. A web server
- * passes that on as the value ": /notes/7", which no other client can follow. To tell the place to
- * any client, leave the location out here, and write the line in a header block of your own that
- * derives from BwaHttpStatusContentHeader, as examples/howto/Headers.cpp does.
+ * The line of a location has two colons, as in "Location:: /notes/7", because existing clients rely
+ * on them. A web server passes it on with the value ": /notes/7", which no other client can follow.
+ * For other clients, leave the location out and derive a header block of your own from
+ * BwaHttpStatusContentHeader that writes the line, as examples/howto/Headers.cpp does.
  */
 class BWA_EXPORT BwaHttp201StatusHeader : public BwaHttpStatusContentHeader
 {

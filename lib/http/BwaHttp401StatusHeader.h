@@ -11,10 +11,10 @@
 /**
  * The header block that asks a client to authenticate: 401 Unauthorized with its challenges.
  *
- * A comma stands before every parameter, also between the scheme and its first one, as in
- * "SESSION-TOKEN, realm=\"notes\"": programs rely on it. Clients that follow RFC 9110, section
- * 11.6.1, browsers among them, take such a scheme to have no parameters. For them give the
- * parameters as part of the scheme:
+ * There is a comma before every parameter, also between the scheme and its first one, as in
+ * "SESSION-TOKEN, realm=\"notes\"", because existing clients rely on it. Clients that follow RFC
+ * 9110, section 11.6.1, such as browsers, read this as a scheme without parameters. For them write
+ * the parameters into the name of the scheme:
  *
  *     request->out() << BwaHttp401StatusHeader({{QStringLiteral("Basic realm=\"notes\""), {}}});
  */
@@ -22,8 +22,8 @@ class BWA_EXPORT BwaHttp401StatusHeader : public BwaHttpStatusHeader
 {
 public:
     /**
-     * @param challenges the parameters of each authentication scheme, by scheme name; values are
-     *        written as quoted strings, names as they stand
+     * @param challenges the parameters of each authentication scheme, by the scheme's name; values
+     *        are written as quoted strings, names unchanged
      */
     explicit BwaHttp401StatusHeader(const QMap<QString, QMap<QString, QString>>& challenges);
 

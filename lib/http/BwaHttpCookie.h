@@ -17,7 +17,7 @@
 class BWA_EXPORT BwaHttpCookie : public BwaAbstractCgiStreamableElement
 {
 public:
-    /** Null name and value; otherwise as below. */
+    /** A session cookie with a null name and a null value. */
     BwaHttpCookie();
     /** A session cookie: no lifetime, domain or path, neither secure nor httpOnly. */
     BwaHttpCookie(const QString& name, const QString& value);
@@ -32,13 +32,13 @@ public:
     /** Writes the "Set-Cookie:" line without its line end. */
     void render(std::ostream& stream) const override;
 
-    QString name;        /**< Written as it stands. */
-    QString value;       /**< Written as it stands. */
+    QString name;        /**< Written unchanged. */
+    QString value;       /**< Written unchanged. */
     unsigned int maxAge; /**< Lifetime in seconds; 0 writes no lifetime. */
     QString domain;      /**< Null writes no domain; an empty text writes an empty one. */
     QString path;        /**< Null writes no path; an empty text writes an empty one. */
     bool secure;         /**< For encrypted connections only. */
-    bool httpOnly;       /**< Out of reach of scripts. */
+    bool httpOnly;       /**< Scripts of a page cannot read it. */
     bool expired;        /**< Makes the client delete the cookie; maxAge is then not written. */
 };
 

@@ -20,7 +20,7 @@ public:
 
     void render(std::ostream& stream) const override;
 
-    /** Written as it stands. */
+    /** The place; it is written unchanged. */
     QString location() const { return m_location; }
     /** 301, 302, or -1 when no status line is written. */
     short statusCode() const { return m_statusCode; }
