@@ -7,8 +7,8 @@ include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 check_cxx_compiler_flag(-fcf-protection BWA_HAS_CF_PROTECTION)
 
-# What makes holes harder to use, in builds that are meant to serve. The C library checks the
-# bounds of its functions only in optimised code.
+# Makes security holes harder to exploit, in builds for production. Not in debug builds, because the C
+# library checks the bounds of its functions only in optimised code.
 function(bwa_harden target)
     set(serving $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
     target_compile_options(${target} PRIVATE
@@ -34,11 +34,11 @@ function(bwa_target_defaults target)
         $<$<BOOL:${BWA_WERROR}>:-Werror>)
     bwa_harden(${target})
     if(BWA_SANITIZE)
-        # Without vptr: that check opens a pipe, and calls each object broken when no descriptor is left.
+        # Without vptr: that check opens a pipe, and reports every object when no descriptor is left.
         target_compile_options(${target} PRIVATE
             -fsanitize=${BWA_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all
             -fno-omit-frame-pointer)
-        # PUBLIC: what links to the library needs the sanitizer's runtime, too.
+        # PUBLIC, because a program that links to the library needs the sanitizer's runtime, too.
         target_link_options(${target} PUBLIC -fsanitize=${BWA_SANITIZE})
     endif()
 endfunction()

@@ -46,7 +46,7 @@ missing_packages()
     done
 }
 
-# Prints the command that runs another one as root; nothing when this is root already.
+# Prints the command with which to run another one as root; nothing when the user is root already.
 as_root()
 {
     [ "$(id -u)" != 0 ] || return 0
@@ -73,7 +73,8 @@ install_packages()
     keep_idle "$elevate" "${missing[@]}"
 }
 
-# A front server that was installed just now is ours to start; its system service stays off.
+# Turns off the system services of front servers that were installed just now. The scripts start front
+# servers themselves.
 keep_idle()
 {
     local elevate=$1 package
@@ -88,14 +89,14 @@ keep_idle()
     done
 }
 
-# For keep_idle, whose $elevate it uses; a package may have come without its service.
+# Used by keep_idle, which sets $elevate. Ignores that a package has no service.
 disable_service()
 {
     # shellcheck disable=SC2086 # no word or two words; one name or several
     $elevate systemctl disable --now $1 || true
 }
 
-# build FOLDER CMAKE-ARGUMENT...: builds build/FOLDER, which is configured only when it is new
+# build FOLDER CMAKE-ARGUMENT...: builds build/FOLDER; configures it first if that has not been done
 build()
 {
     (

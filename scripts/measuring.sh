@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
 
-# The applications that scripts/benchmark compares, the requests they are sent and what these cost.
+# Starts the applications that scripts/benchmark compares, sends them requests and measures the cost.
 # Sourced after lib.sh and serving.sh.
 
 # shellcheck disable=SC2034 # for scripts/benchmark
@@ -14,7 +14,7 @@ binary=$root/build/benchmark
 php_script=$root/benchmarks/applications/php/index.php
 declare -A pid_of # application to process id
 
-# Of an application "NAME-kept" the connections are kept open, of others each request has its own.
+# The connections to an application "NAME-kept" are kept open. To others, each request has its own.
 
 build_benchmarks()
 {
@@ -38,8 +38,8 @@ build_go_application()
     ) || fail "the build of the Go application failed"
 }
 
-# The requests, one file a case. A file of 10 MiB that looks like noise, and is the same in each
-# run, goes into the upload.
+# Writes a file with the request of each case. The upload contains 10 MiB that look like noise and are
+# the same in each run.
 write_requests()
 {
     local boundary=------------------------d74496d66958873e
@@ -52,7 +52,7 @@ write_requests()
     } >>"$work/upload.http" 2>/dev/null
 }
 
-# start APPLICATION [OBSERVER...]: on the socket $work/APPLICATION/api.sock
+# start APPLICATION [OBSERVER...]: starts it on the socket $work/APPLICATION/api.sock
 start()
 {
     local name=$1 outer=$work
@@ -79,7 +79,7 @@ php_fpm()
     compgen -c php-fpm | sort -V | tail -n 1
 }
 
-# One worker, that lives on.
+# One worker, which serves all requests of a run.
 write_php_configuration()
 {
     cat >"$work/php-fpm.conf" <<CONF
@@ -96,7 +96,7 @@ php_admin_value[upload_max_filesize] = 16M
 CONF
 }
 
-# One worker in front of all applications, chosen by the name of the host.
+# One nginx worker in front of all applications. The name of the host selects the application.
 start_gateway()
 {
     local name
@@ -161,7 +161,7 @@ CONF
     front_pid=$!
 }
 
-# send APPLICATION CASE COUNT [CONNECTIONS]: straight to the application
+# send APPLICATION CASE COUNT [CONNECTIONS]: sends requests to the application without a web server
 send()
 {
     local keep=() script=()
@@ -172,20 +172,20 @@ send()
         fail "$1 did not answer every $2"
 }
 
-# load APPLICATION CASE SECONDS CLIENTS: through nginx; prints the counts of requests.lua
+# load APPLICATION CASE SECONDS CLIENTS: sends requests through nginx; prints the counts of requests.lua
 load()
 {
     wrk -t1 -c"$4" -d"$3s" --timeout 20s -s "$root/benchmarks/driver/requests.lua" "http://127.0.0.1:$port" \
         -- "$work/$2.http" "$1" | sed -n 's/^counts //p'
 }
 
-# The process and its children.
+# Prints the ids of a process and of its children.
 processes_of()
 {
     echo "$1" "$(cat "/proc/$1/task"/*/children)"
 }
 
-# The nanoseconds that a process, its threads and its children have been running.
+# Prints the nanoseconds of CPU that a process, with its threads and children, has taken.
 cpu_time()
 {
     local process
@@ -194,7 +194,7 @@ cpu_time()
     done | awk '{ sum += $1 } END { printf "%.0f", sum }'
 }
 
-# memory PID FIELD: kilobytes of a process and its children
+# memory PID FIELD: prints the kilobytes of a process and its children
 memory()
 {
     local process
@@ -203,7 +203,8 @@ memory()
     done | awk -v field="$2:" '$1 == field { sum += $2 } END { print sum }'
 }
 
-# The two run lengths of a case whose difference is taken, so that start and end do not count.
+# Prints two numbers of requests. The costs of two such runs are subtracted, so that start and end of
+# the application do not count.
 run_lengths()
 {
     case $1 in
@@ -212,7 +213,8 @@ run_lengths()
     esac
 }
 
-# per_request COUNTER APPLICATION CASE [CONNECTIONS]: COUNTER prints what a run of a length costs
+# per_request COUNTER APPLICATION CASE [CONNECTIONS]: prints what a request costs; COUNTER is a function
+# that prints what a run costs
 per_request()
 {
     local short long of_short of_long
@@ -236,7 +238,7 @@ syscalls()
 {
     start "$1" strace -f -c -o "$work/strace"
     send "$1" "$2" "$3" "$4"
-    # Strace ends, and writes, when the application does.
+    # strace writes its counts when the application ends.
     kill "$(cat "/proc/$application_pid/task/$application_pid/children")"
     wait "$application_pid" || true
     application_pid=

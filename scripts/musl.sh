@@ -2,19 +2,19 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
 
-# How make-sysroot makes a sysroot for ARMv7 with musl. Sourced there, never run. Debian's compiler
-# for armhf makes programs for musl, too; musl's own files are Debian's, and the libraries, which
-# Debian has for glibc only, are compiled from Debian's sources.
+# How make-sysroot makes a sysroot for ARMv7 with musl. Sourced there, never run. The compiler is Debian's
+# for armhf, which can make programs for musl as well; musl itself is Debian's package. Debian has the
+# other libraries for glibc only, so they are compiled from Debian's sources.
 #
-# Every library is compiled once, as code for shared libraries, with what optimisation at link time
-# needs beside it. $sysroot/usr/lib gets the shared library; $sysroot/static, a sysroot of its own,
-# an archive of the same objects.
+# Every library is compiled once, to position-independent objects that also contain what optimisation at
+# link time needs. Of these objects a shared library is made in $sysroot/usr/lib, and an archive in
+# $sysroot/static, which is a sysroot of its own.
 
 triplet=arm-linux-musleabihf
 musl_flags="-Os -fPIC -ffunction-sections -fdata-sections"
-# The compiler that uses what lies beside the machine code, unless it is told not to.
+# Objects with machine code and, beside it, what optimisation at link time needs.
 musl_lto_flags="$musl_flags -flto -ffat-lto-objects"
-# Parts of QtCore that nothing here uses, and a device neither.
+# Parts of QtCore that neither this project nor a device uses.
 qt_features=(animation big_codecs concurrent easingcurve filesystemwatcher
     islamiccivilcalendar itemmodel jalalicalendar network settings sharedmemory sql statemachine
     systemsemaphore testlib topleveldomain xml xmlstream)
@@ -22,7 +22,7 @@ qt_features=(animation big_codecs concurrent easingcurve filesystemwatcher
 make_musl_sysroot()
 {
     local PATH=$sysroot/compiler:$PATH
-    # What this machine's builds are told would lead these astray.
+    # Variables that are meant for builds for this machine.
     unset CC CXX CFLAGS CXXFLAGS LDFLAGS CPATH C_INCLUDE_PATH CPLUS_INCLUDE_PATH LIBRARY_PATH
     step "download of the sources" download_sources
     step "musl" unpack_musl
@@ -61,7 +61,7 @@ source_of()
     find "$work/sources" -mindepth 1 -maxdepth 1 -type d -name "$1-[0-9]*"
 }
 
-# C library and kernel headers, and a compiler that finds nothing else.
+# Unpacks the C library and the kernel headers, and writes a compiler that finds only these.
 unpack_musl()
 {
     local raw=$work/raw package
@@ -76,8 +76,8 @@ unpack_musl()
     write_compiler
 }
 
-# -nostdinc: otherwise glibc's headers come first. -static-libgcc: Debian's libgcc_s.so belongs to
-# glibc; its archives do not.
+# -nostdinc: otherwise the compiler would find glibc's headers first. -static-libgcc: Debian's
+# libgcc_s.so needs glibc, but the archives of libgcc do not.
 write_compiler()
 {
     local tool folder=$sysroot/compiler
@@ -119,7 +119,7 @@ make_libstdcxx()
         --prefix=/usr --with-gxx-include-dir=/usr/include/c++/12 --disable-static --disable-multilib \
         --disable-nls --disable-libstdcxx-pch --disable-libstdcxx-filesystem-ts \
         CC=$triplet-gcc CXX="$triplet-g++ -nostdinc++" CFLAGS=-Os CXXFLAGS=-Os | tee configure.log
-    # Otherwise std::thread would be missing, and nothing would say so.
+    # Without this, the library would lack std::thread, and the build would succeed all the same.
     grep -q 'gthreads library... yes' configure.log
     make -C include install DESTDIR="$sysroot"
     make -C libsupc++ -j"$(nproc)" install DESTDIR="$sysroot"
@@ -192,7 +192,7 @@ make_hiredis()
         CC=$triplet-gcc AR=$triplet-ar OPTIMIZATION="$musl_flags" DEBUG_FLAGS=
 }
 
-# The building machine's qmake and moc do; Qt's makefiles would build a qmake that is never run.
+# The qmake and moc of the building machine are used; Qt's makefiles would build a qmake that is never run.
 write_make_without_qmake()
 {
     cat >make <<'WRAPPER'
@@ -212,7 +212,7 @@ write_mkspec()
         "$mkspecs/linux-musl-g++/qmake.conf"
 }
 
-# Without iconv: with it, text in the C locale comes out as other characters on musl.
+# Without iconv, with which Qt converts text wrongly in the C locale of musl.
 configure_qtcore()
 {
     MAKE=$PWD/make "$1/configure" -opensource -confirm-license -release -shared -optimize-size \
@@ -237,7 +237,7 @@ make_qtcore()
     make -C src/3rdparty/pcre2 -j"$(nproc)"
     make -C src/corelib -j"$(nproc)"
     make -C src/corelib install
-    # Qt's CMake package asks for it.
+    # Qt's CMake package requires this folder.
     cp -r "$source/mkspecs/linux-musl-g++" "$sysroot/usr/mkspecs"
 }
 
@@ -247,12 +247,13 @@ archive()
     $triplet-ar rcs "$sysroot/static/usr/lib/$1" "${@:2}"
 }
 
-# The same files with archives instead of shared libraries; those not named here have one already.
+# Copies the sysroot, with archives instead of shared libraries. The libraries that are not named here
+# have an archive already.
 make_static_sysroot()
 {
     local static=$sysroot/static objects
     mkdir "$static"
-    find "$sysroot/usr/lib" -name '*.la' -delete # these name folders of this machine
+    find "$sysroot/usr/lib" -name '*.la' -delete # these contain paths of this machine
     cp -al "$sysroot/compiler" "$sysroot/usr" "$static"
     find "$static/usr/lib" -name '*.so*' -delete
     cp "$work/gcc/libstdc++-v3/src/.libs/libstdc++convenience.a" "$static/usr/lib/libstdc++.a"

@@ -3,19 +3,20 @@
 # shellcheck shell=bash
 
 # Runs an application behind a front server on loopback, for scripts/demo and the end-to-end tests.
-# Sourced after lib.sh. Everything lives in one temporary folder, $work, and ends with the script:
-# by the trap, or, when the script is killed outright, because the kernel then ends its children.
+# Sourced after lib.sh. All files are in a temporary folder, $work. A trap ends the processes and removes
+# the folder when the script ends. When the script is killed with SIGKILL, the kernel ends the processes.
 
 PATH=$PATH:/usr/sbin
 work=
 application_pid=
 front_pid=
 port=
-program= # the application, where the front server starts it
+program= # the application, if the front server is to start it
 application_port=
 showcase=
 
-# Builds $showcase: in the release tree, or, where there is none, in one that needs no test packages.
+# Builds the showcase and sets $showcase to its path. Without a release build, it uses a build of its
+# own that needs no test packages.
 build_showcase()
 {
     local tree=release
@@ -46,7 +47,7 @@ end_serving()
     [ -z "$work" ] || rm -rf "$work"
 }
 
-# Asks a child to end, insists after five seconds, and answers its exit status.
+# Sends SIGTERM to a child, SIGKILL if it has not ended after five seconds, and returns its exit status.
 end_process()
 {
     local pid=$1 status=0
@@ -82,7 +83,7 @@ application_listens()
     if [ -n "$application_port" ]; then
         grep -qi ": 0100007F:$(printf %04x "$application_port") 00000000:0000 0A" /proc/net/tcp
     else
-        grep -q " 00010000 .* $work/api.sock\$" /proc/net/unix # the flag says: listening
+        grep -q " 00010000 .* $work/api.sock\$" /proc/net/unix # this flag means that it listens
     fi
 }
 
@@ -92,7 +93,8 @@ front_answers()
     curl -s -o /dev/null --max-time 2 "http://127.0.0.1:$port/"
 }
 
-# await CONDITION [SECONDS]: tries it for up to a minute; a condition that answers 2 will never hold
+# await CONDITION [SECONDS]: waits until the condition holds, for a minute unless told otherwise; gives
+# up at once when the condition returns 2, which means that it can never hold
 await()
 {
     local status deadline=$((SECONDS + ${2-60}))
@@ -113,7 +115,7 @@ is_busy()
     (: <>"/dev/tcp/127.0.0.1/$1") 2>/dev/null
 }
 
-# pick_free_port [VARIABLE]: port, unless another variable is named
+# pick_free_port [VARIABLE]: sets the variable, $port unless one is named, to a free port
 pick_free_port()
 {
     local -n picked=${1-port}
@@ -123,7 +125,8 @@ pick_free_port()
     done
 }
 
-# start_front SERVER: one that start_SERVER starts, on $port, or on a free one when that is empty
+# start_front SERVER: starts it with the function start_SERVER, on $port or, if that is empty, on a free
+# port
 start_front()
 {
     local given=$port
@@ -140,7 +143,7 @@ start_front()
     fail "$1 did not start on port $port: $(tail -n 1 "$work/front.log")"
 }
 
-# deployed FILE: prints examples/FILE, with the places of this run in it
+# deployed FILE: prints examples/FILE with the paths and ports of this run
 deployed()
 {
     sed -e "s|/run/[a-z-]*/|$work/|g" -e "s|/var/lib/app/|$work/|g" -e "s|/usr/local/bin/app |$program |g" \
@@ -150,7 +153,7 @@ deployed()
         -e "s|^:80 {|:$port {\n\tbind 127.0.0.1|" "$root/examples/$1"
 }
 
-# start_process PROGRAM [ARGUMENT...]: the front server
+# start_process PROGRAM [ARGUMENT...]: starts a program as the front server
 start_process()
 {
     setpriv --pdeathsig TERM "$@" >"$work/front.log" 2>&1 &
@@ -184,7 +187,7 @@ start_nginx()
     start_nginx_with "$work/app.conf"
 }
 
-# A connection for each request.
+# nginx with a new connection for each request.
 start_nginx-new()
 {
     deployed deploy/nginx/app_params >"$work/app_params"
@@ -192,7 +195,7 @@ start_nginx-new()
     start_nginx_with "$work/app.conf"
 }
 
-# The application listens on $application_port of loopback.
+# nginx in front of an application that listens on $application_port of loopback.
 start_nginx-tcp()
 {
     deployed deploy/nginx/app_params >"$work/app_params"
@@ -201,8 +204,8 @@ start_nginx-tcp()
     start_nginx_with "$work/app.conf"
 }
 
-# The processes have the sockets $work/NUMBER/api.sock, NUMBER up to $count or 4. Replies name theirs,
-# and one address may log in often.
+# nginx in front of the processes with the sockets $work/1/api.sock, $work/2/api.sock and so on, 4 unless
+# $count says otherwise. Each reply names its process, and the limit of logins is too high to matter.
 start_scaling_nginx()
 {
     deployed deploy/nginx/app_params >"$work/app_params"
@@ -213,7 +216,7 @@ start_scaling_nginx()
     start_nginx_with "$work/app.conf"
 }
 
-# start_nginx_with FILE: FILE stands at the level of sites
+# start_nginx_with FILE: FILE is a configuration of a site, as in sites-enabled
 start_nginx_with()
 {
     mkdir -p "$work/nginx"
@@ -267,7 +270,7 @@ User www-data
 Group www-data
 ServerLimit 32
 MaxRequestWorkers 800
-# Otherwise Apache closes connections of clients without a word while all its workers are busy.
+# With KeepAlive, Apache would close connections without a reply while all its workers are busy.
 KeepAlive Off
 <IfModule fcgid_module>
     FcgidIPCDir $work/fcgid
@@ -279,13 +282,13 @@ CONF
     start_process apache2 -D FOREGROUND -f "$work/apache.conf"
 }
 
-# Does not ask for the application's limits.
+# HAProxy that does not ask the application for its limits.
 start_haproxy-plain()
 {
     start_haproxy '/option get-values/ d'
 }
 
-# start_haproxy [SED-COMMAND]: the command changes the configuration
+# start_haproxy [SED-COMMAND]: starts it with the configuration as the command changes it
 start_haproxy()
 {
     {

@@ -20,11 +20,11 @@ commands_to_try()
     sed -n -e '/^# .*\[try\]$/,/^$/ {' -e 's/^# \(.*\) \[try\]/\n  # \1/p' -e "s|\\\$api|$2|g" -e 's/^\$ /  /p' -e '}' "$1"
 }
 
-# check_transcript FILE BASE-ADDRESS SERVER: fails at the first difference and shows it; of SERVER
-# the part before "-" is compared with the names in headings
+# check_transcript FILE BASE-ADDRESS SERVER: fails at the first difference and shows it. The part of
+# SERVER before a "-" is the name that headings use.
 check_transcript()
 {
-    local api=$2 server=$3 # api is for the commands
+    local api=$2 server=$3 # the commands use $api
     local line heading='' command='' checked=0
     : >"$work/expected"
     while IFS= read -r line; do
@@ -40,7 +40,7 @@ check_transcript()
     say "$checked commands behind $server gave the expected answers"
 }
 
-# Runs $command, compares what it printed with the lines read since, and forgets both.
+# Runs $command and compares its output with $work/expected; then empties both.
 replay_command()
 {
     if [ -n "$command" ] && heading_applies; then

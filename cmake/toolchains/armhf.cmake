@@ -5,5 +5,5 @@
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(bwa_triplet arm-linux-gnueabihf)
 set(bwa_emulator qemu-arm)
-set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # GCC tells what changed before 7.1: nothing old is linked
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # no notes on the ABI of GCC before 7.1, which built nothing here
 include(${CMAKE_CURRENT_LIST_DIR}/linux.cmake)

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 
 # Qt's CMake package would take its code generators from the sysroot, where they are missing or
-# made for the device. Here are the building machine's: Qt 6 has a package for them, and Qt 5
-# leaves alone those that are there already.
+# are programs of the device. This sets those of the building machine instead: Qt 6 has a package for
+# them, and Qt 5 does not replace targets that exist already.
 
 if(BWA_QT EQUAL 6)
     find_path(Qt6CoreTools_DIR Qt6CoreToolsConfig.cmake

@@ -1,8 +1,9 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
 
-# What the toolchain files share, each of which sets bwa_triplet and bwa_emulator. Programs are
-# built against CMAKE_SYSROOT, a copy of the device's file system, and tests run in the emulator.
+# What the toolchain files share. Each of them sets bwa_triplet and bwa_emulator and includes this.
+# Programs are built against CMAKE_SYSROOT, a copy of the device's file system, and tests run in the
+# emulator.
 
 set(CMAKE_SYSTEM_NAME Linux)
 if(NOT CMAKE_CXX_COMPILER)
