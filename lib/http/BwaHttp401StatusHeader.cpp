@@ -9,7 +9,7 @@
 
 namespace {
 
-// Settled: a comma stands before every parameter, also between the scheme and its first one.
+// Settled: there is a comma before every parameter, also between the scheme and its first one.
 QString challengeOf(const QString& scheme, const QMap<QString, QString>& parameters)
 {
     QString challenge = scheme;
