@@ -175,6 +175,10 @@ TEST_F(BwaRestPoolTest, WhenTheServiceGoesAsksToCancel)
 
 TEST_F(BwaRestPoolTest, WhenTooMuchWaitsIs503WithRetryAfter)
 {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP()
+        << "Qt's pool hands queued work over under a lock that ThreadSanitizer does not see";
+#endif
     pool.setMaxThreadCount(1);
     service->setPool(&pool, 1);
     std::promise<void> go;
