@@ -11,6 +11,7 @@
 #include "rest/BwaRestOutcome_p.h"
 #include "rest/BwaRestPool_p.h"
 #include "rest/BwaRestProblem.h"
+#include "rest/BwaRestReception_p.h"
 #include "rest/BwaRestText_p.h"
 
 #include <stdexcept>
@@ -135,7 +136,7 @@ QVariant BwaRestCall::json() const
 
 QVariant BwaRestCall::json(QStringList* repeated) const
 {
-    m_exchange.checkBodySize();
+    m_exchange.checkBodySize(m_exchange.bodyLimit());
     checkIsJson(m_exchange.header("Content-Type"));
     bool ok = false;
     QVariant value = BwaJson::parse(body(), &ok, repeated);
@@ -166,6 +167,16 @@ BwaRestReply BwaRestCall::onPool(const std::function<BwaRestReply(const BwaRestC
 {
     return onPoolThen(
         work, [](const BwaRestReply& reply) { return reply; }, deadline);
+}
+
+BwaRestReply BwaRestCall::upload(const BwaRestUpload& sink, int deadline) const
+{
+    BwaRestReply reply = later(deadline);
+    const auto reception = std::make_shared<BwaRestReception>(sink, m_exchange, reply.m_later);
+    reply.m_whenHeld = [reception](BwaRestExchange&, const BwaRestReply&) {
+        BwaRestReception::begin(reception);
+    };
+    return reply;
 }
 
 BwaRestReply BwaRestCall::start(const std::function<Finisher(const BwaRestCancel&)>& work,

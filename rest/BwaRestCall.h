@@ -23,6 +23,7 @@
 #include <utility>
 
 class BwaRestExchange;
+class BwaRestUpload;
 
 /**
  * A request that has reached its handler; valid until that returns, in the listener's thread.
@@ -118,6 +119,14 @@ public:
             },
             deadline);
     }
+
+    /**
+     * Takes the body piece by piece as @a sink says, and then answers; before and meanwhile others
+     * are served. @a deadline is that of later(), for the whole upload.
+     * @throws BwaRestProblem 411 when its length is not announced; 413 when it is beyond the sink's
+     *         limit; 400 when its length is no number, or it is a form without a boundary
+     */
+    BwaRestReply upload(const BwaRestUpload& sink, int deadline = 600000) const;
 
 private:
     friend class BwaRestEvents;

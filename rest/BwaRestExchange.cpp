@@ -122,8 +122,13 @@ QByteArray BwaRestExchange::header(const QByteArray& name) const
     return variable(isBare ? variableName : "HTTP_" + variableName);
 }
 
+quint64 BwaRestExchange::bodyLimit() const
+{
+    return std::min(static_cast<quint64>(entry->route->group()->bodyLimit()), mostBodyBytes);
+}
+
 // Not the number that the environment has: it is 0 for what is none, too.
-unsigned int BwaRestExchange::checkBodySize() const
+quint64 BwaRestExchange::checkBodySize(quint64 limit) const
 {
     const QByteArray length = variable("CONTENT_LENGTH");
     if (length.isEmpty()) {
@@ -135,20 +140,18 @@ unsigned int BwaRestExchange::checkBodySize() const
     if (!isDigits(length)) {
         refuse(400, "The Content-Length is no number");
     }
-    const quint64 limit =
-        std::min(static_cast<quint64>(entry->route->group()->bodyLimit()), mostBodyBytes);
     bool ok = false;
     const quint64 size = length.toULongLong(&ok);
     if (!ok || size > limit) {
         refuseSize(limit);
     }
-    return static_cast<unsigned int>(size);
+    return size;
 }
 
 QByteArray BwaRestExchange::body()
 {
     if (!m_body) {
-        const unsigned int size = checkBodySize();
+        const auto size = static_cast<unsigned int>(checkBodySize(bodyLimit()));
         const QByteArray bytes = m_request->cgiRequest()->readFromBody(size);
         if (static_cast<unsigned int>(bytes.size()) != size) {
             refuse(400, "The body ends early");

@@ -48,8 +48,10 @@ public:
     QByteArray header(const QByteArray& name) const;
     /** As BwaRestCall::body(). */
     QByteArray body();
-    /** How many bytes the body is to have. @throws BwaRestProblem 400, 411, 413 */
-    unsigned int checkBodySize() const;
+    /** What the group says, as far as the core counts; in bytes. */
+    quint64 bodyLimit() const;
+    /** How many bytes the body is to have. @throws BwaRestProblem 400, 411, 413: beyond @a limit */
+    quint64 checkBodySize(quint64 limit) const;
     /** The pairs of the query string. @throws BwaRestProblem 400: it is no UTF-8 */
     const QList<QPair<QString, QString>>& queryPairs();
 

@@ -89,8 +89,7 @@ void BwaRestHeldCalls::answer(quint64 id, const BwaRestReply& reply)
         call->second.early = reply;
         return;
     }
-    release(id)->write(reply.m_later ? BwaRestOutcome::failure("A later reply is later again")
-                                     : reply);
+    conclude(release(id), reply);
 }
 
 void BwaRestHeldCalls::stopTimer(const Call& call)
@@ -170,12 +169,28 @@ void BwaRestHeldCalls::readLetters()
     }
 }
 
+// A timer: what is posted would come before what other connections bring.
+void BwaRestHeldCalls::inNextTurn(const std::function<void()>& function)
+{
+    m_turns.insert(startTimer(0), function);
+}
+
+void BwaRestHeldCalls::ring(int timer)
+{
+    if (const std::function<void()> turn = m_turns.take(timer)) {
+        killTimer(timer);
+        turn();
+    } else {
+        expire(m_timers.value(timer));
+    }
+}
+
 // The letters first: with their lock this sees what the thread that posted the event has written.
 bool BwaRestHeldCalls::event(QEvent* event)
 {
     readLetters();
     if (event->type() == QEvent::Timer) {
-        expire(m_timers.value(static_cast<QTimerEvent*>(event)->timerId()));
+        ring(static_cast<QTimerEvent*>(event)->timerId());
         return true;
     }
     return QObject::event(event);

@@ -10,6 +10,7 @@
 #include <QHash>
 #include <QObject>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -33,6 +34,8 @@ public:
     void answer(quint64 id, const BwaRestReply& reply);
     /** Ends all calls that are held with 503. */
     void endAll();
+    /** Calls @a function when the event loop has seen to everything else. */
+    void inNextTurn(const std::function<void()>& function);
     /** Ends the streams, from now on also each that begins. */
     void endStreams();
 
@@ -52,13 +55,15 @@ private:
     void begin(quint64 id, BwaRestExchange& exchange, const BwaRestReply& reply);
     std::unique_ptr<BwaRestExchange> release(quint64 id);
     void stopTimer(const Call& call);
+    void ring(int timer);
     void expire(quint64 id);
     void loseClient(quint64 id);
     void readLetters();
 
     std::shared_ptr<BwaRestMailbox> m_mailbox;
-    std::map<quint64, Call> m_calls; // by the id of the state
-    QHash<int, quint64> m_timers;    // from a deadline's timer to its call
+    std::map<quint64, Call> m_calls;           // by the id of the state
+    QHash<int, quint64> m_timers;              // from a deadline's timer to its call
+    QHash<int, std::function<void()>> m_turns; // by their timers
     bool m_takesStreams = true;
 };
 

@@ -91,6 +91,7 @@ public:
     int status() const { return m_status; }
 
 private:
+    friend class BwaRestCall;
     friend class BwaRestEvents;
     friend class BwaRestExchange;
     friend class BwaRestHeldCalls;

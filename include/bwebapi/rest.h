@@ -22,6 +22,7 @@
 #include "rest/BwaRestServer.h"
 #include "rest/BwaRestService.h"
 #include "rest/BwaRestType.h"
+#include "rest/BwaRestUpload.h"
 #include "rest/BwaRestValue.h"
 
 #include <QCoreApplication>

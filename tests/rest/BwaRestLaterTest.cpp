@@ -321,7 +321,7 @@ TEST_F(BwaRestLaterTest, GivenAHandleAsItsReplyIsALogged500)
     const BwaTestReply reply = send();
 
     EXPECT_EQ(reply.statusCode, 500);
-    EXPECT_EQ(reply.errorText, "Error in REST call GET \"/\": A later reply is later again");
+    EXPECT_EQ(reply.errorText, "Error in REST call GET \"/\": The reply is that of another call");
 }
 
 TEST_F(BwaRestLaterTest, AnswersManyCallsInAnyOrder)
