@@ -91,7 +91,7 @@ BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* requ
     , m_closeDelimiter(m_delimiterStart + "--\r\n")
     , m_borders(bordersOf(m_delimiterStart))
     , m_failed(false)
-    // The first delimiter has no line break of its own in front.
+    // A delimiter begins with a line break, which the first one in a body need not have.
     , m_lookahead(std::make_unique<BwaLookahead>("\r\n"))
     , m_scanned(0)
     , m_matched(0)
@@ -223,7 +223,8 @@ qint64 BwaCgiMultipartFormDataReader::find(const QByteArray& text, Search& searc
     return search.found ? search.position : -1;
 }
 
-// Scans on to the end of the next match of what both delimiters begin with; false without one.
+// Scans up to the end of the next match of m_delimiterStart, or to the end of the lookahead;
+// returns whether there is a match.
 bool BwaCgiMultipartFormDataReader::findDelimiterStart()
 {
     const char* const begin = m_lookahead->from(m_scanned);
@@ -231,7 +232,7 @@ bool BwaCgiMultipartFormDataReader::findDelimiterStart()
     const char* const pattern = m_delimiterStart.constData();
     const char* read = begin;
     while (m_matched < m_delimiterStart.size() && read != end) {
-        if (m_matched == 0) { // mostly, and the C library finds the first byte fastest
+        if (m_matched == 0) { // the usual case, in which the C library is fastest
             const void* const found =
                 std::memchr(read, *pattern, static_cast<std::size_t>(end - read));
             read = found ? static_cast<const char*>(found) + 1 : end;

@@ -19,9 +19,17 @@ class QString;
 /**
  * Reads a multipart/form-data body (RFC 7578) part by part, straight from the request.
  *
- * Call nextPart(), read the part, and so on until nextPart() returns false; then failed() tells
- * whether the body was complete. A part's header is held in memory whole, of its content only a few
- * kilobytes. The time taken is linear in the size of the body, whatever it holds.
+ *     BwaCgiMultipartFormDataReader reader(request->cgiRequest());
+ *     QString name, fileName, contentType;
+ *     while (reader.nextPart(name, fileName, contentType)) {
+ *         store(name, reader.readAllFromPart());
+ *     }
+ *     if (reader.failed()) { // the body was not complete
+ *         request->sendHttpError(BwaFcgiRequest::BadRequest);
+ *     }
+ *
+ * A part's header is held in memory whole, of its content only a few kilobytes. The time taken is
+ * linear in the size of the body, whatever it contains.
  */
 class BWA_EXPORT BwaCgiMultipartFormDataReader
 {

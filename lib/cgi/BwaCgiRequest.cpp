@@ -34,8 +34,7 @@ QString latin1UpToNul(const QByteArray& bytes)
     return QString::fromLatin1(bytes.constData());
 }
 
-// Whether part of the body has been read, so that a second call would take its middle for its
-// start.
+// Whether part of the body has been read: a second call would take its middle for its beginning.
 bool wasGivenUpMidway(BwaCgiRequest::BodyFailure failure)
 {
     return failure == BwaCgiRequest::BodyFailure::TooManyFormFields ||

@@ -32,8 +32,7 @@ public:
     enum class BodyFailure {
         NoFailure,  /**< It returned true, or has not been called. */
         EndedEarly, /**< Fewer bytes arrived than CONTENT_LENGTH announced. */
-        NotClosed, /**< All bytes of a multipart form arrived, but its closing delimiter is missing.
-                    */
+        NotClosed,  /**< All bytes arrived, but a multipart form has no closing delimiter. */
         TooLarge, /**< The body has more than maxBodySize bytes, or more than a byte array holds. */
         TooManyFormFields, /**< More than maxFormFields. */
         TooManyParts,      /**< More than maxParts. */
@@ -98,8 +97,7 @@ public:
     bool bodyProcessed() const { return m_bodyProcessed; }
     /** How many bytes of the body have been read from the input so far. */
     unsigned int bodyBytesRead() const { return m_bodyBytesRead; }
-    /** The result of the last processBodyContent(). Answer a body beyond a limit with 413, else
-     * 400. */
+    /** Of the last processBodyContent(). Answer a body beyond a limit with 413, others with 400. */
     BodyFailure bodyFailure() const { return m_bodyFailure; }
 
 private:

@@ -78,9 +78,8 @@ int hexDigitValue(QChar character)
     return code >= 'A' && code <= 'F' ? code - 'A' + 10 : -1;
 }
 
-// The number that the two characters of an escape mean, or -1. Instead of two digits there may be
-// a single one with a blank on either side or a plus before it, as Qt's base-16 conversion reads
-// it.
+// The number that the two characters of an escape mean, or -1. As in Qt's base-16 conversion, there
+// may also be a single digit with a blank on either side or a plus before it.
 int escapedCode(QChar first, QChar second)
 {
     const int high = hexDigitValue(first);

@@ -32,8 +32,9 @@ public:
      */
     static QVariant parse(const QByteArray& text, bool* ok = nullptr);
     /**
-     * The same, and tells where an object has a key twice: @a repeated becomes the keys and the
-     * numbers of elements that lead to one such member, or empty when there is none.
+     * The same, and tells where an object has a key twice: @a repeated becomes the path to one such
+     * member, which consists of keys and of numbers of elements. It becomes empty when there is
+     * none.
      */
     static QVariant parse(const QByteArray& text, bool* ok, QStringList* repeated);
 

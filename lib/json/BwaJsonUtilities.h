@@ -11,7 +11,13 @@
 #include <QVariant>
 
 /**
- * Reads typed, range-checked values from a JSON body.
+ * Reads typed, range-checked values from a JSON body, here a title and a priority that may be
+ * missing:
+ *
+ *     QString title;
+ *     int priority = 0;
+ *     const bool isTask = BwaJsonUtilities::stringValue(body, QStringLiteral("title"), title) &&
+ *         BwaJsonUtilities::integerValue(body, QStringLiteral("priority"), priority, 3);
  *
  * Each extractor has three forms: the first reads a value, the second the member @a key of an
  * object, the third a member that may be missing, in which case it stores the default. Each returns

@@ -12,6 +12,15 @@ class BwaWebSession;
 /**
  * A processor with a hook for each request method. A hook answers 405 until it is overridden.
  *
+ *     struct Greeting : BwaStandardFcgiRequestProcessor {
+ *         using BwaStandardFcgiRequestProcessor::BwaStandardFcgiRequestProcessor;
+ *         void processGetMethod(BwaFcgiRequest* request) override
+ *         {
+ *             request->out() << BwaHttpPlainTextHeader() << "Hello";
+ *             delete request;
+ *         }
+ *     };
+ *
  * A hook takes the request over and deletes it as its last act. A std::exception that leaves a hook
  * is logged and answered with 500, and the request is deleted. When the hook has deleted it
  * already, only Qt's debug channel tells the exception. A hook may also keep the request and have

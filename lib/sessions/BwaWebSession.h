@@ -43,13 +43,13 @@ public:
     /** Expires the token if it is valid, replaces it, and stops the removal timer. */
     QUuid generateNewToken();
 
-    /** Never changes. */
+    /** The id of the session, which never changes. */
     QUuid sessionId() const { return m_sessionId; }
     /** The current token, expired or not. */
     QUuid token() const { return m_token; }
     /** The user whose session it is, as given to the constructor. */
     QString username() const { return m_username; }
-    /** The token is no longer to be accepted; generateNewToken() renews it. */
+    /** Whether the token must no longer be accepted; generateNewToken() renews it. */
     bool isTokenExpired() const { return m_tokenExpired; }
 
 Q_SIGNALS:

@@ -17,6 +17,13 @@ class BwaWebSession;
 /**
  * Owns the web sessions of an application and finds them by their ids.
  *
+ *     BwaWebSessionManager manager;
+ *     BwaSessionTokenFcgiSessionIdentifier identifier(&manager, QStringLiteral("notes"));
+ *     NotesProcessor processor(&identifier); // its hooks call authenticateRequest()
+ *     // When a user has logged in, the reply has the id and the token of a new session. Here the
+ *     // token is valid for 10 minutes, and can be renewed for another hour.
+ *     const BwaWebSession* session = manager.createSession(user, 600000, 3600000);
+ *
  * A manager and its sessions live in the thread of the listener whose requests they authenticate.
  * Move a manager there before it has sessions, because the timers of a session run in the thread in
  * which it was created. The manager must outlive the session identifiers that use it. It deletes
