@@ -85,10 +85,11 @@ public:
     BwaTestReply sendThrough(const QMap<QString, BwaAbstractFcgiService*>& services) const;
 
     /**
-     * Sends the request to @a service, which is to outlive the stream, and gives the reply while it
-     * comes: for replies that have no end of their own. It goes over a connection, as those of web
-     * servers do. To be called in one thread only, that of @a service, with a QCoreApplication; a
-     * body beyond 100 KB only for services that take it in pieces, while the event loop runs.
+     * Sends the request to @a service, and returns a stream that gives the reply while it is sent:
+     * for replies without an end, such as events. The request goes over a connection, as those of
+     * web servers do. @a service must outlive the stream. Call this in one thread only, that of
+     * @a service, with a QCoreApplication. A body of more than 100 KB is only for services that
+     * take it in pieces, while the event loop runs.
      */
     BwaTestStream open(BwaAbstractFcgiService& service) const;
 

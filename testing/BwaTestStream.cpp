@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// All streams of a process share a listener for each script name, which is never destroyed: the end
-// of the last listener would be the end of libfcgi, and of all other tests.
+// All streams of a process share one listener for each script name. It is never destroyed, because
+// libfcgi cannot be used any more, by this test or the next, once the last listener is destroyed.
 
 #include "testing/BwaTestStream.h"
 
@@ -34,7 +34,7 @@
 
 namespace {
 
-const char serviceVariable[] = "BWA_TEST_SERVICE"; // the number of the one that answers
+const char serviceVariable[] = "BWA_TEST_SERVICE"; // the number of the service that answers
 const int largestContent = 65528;                  // bytes of a record
 const int headerSize = 8;                          // bytes
 const int sendTimeout = 10000;                     // milliseconds
@@ -75,7 +75,7 @@ public:
         const QString number = request->input()->getenv(QLatin1String(serviceVariable));
         const auto service = m_services.find(number.toLatin1());
         if (service == m_services.end()) {
-            delete request; // the stream has gone already
+            delete request; // its stream has been destroyed already
             return;
         }
         service->second->processRequest(request);
@@ -94,7 +94,7 @@ QByteArray record(RecordType type, const QByteArray& content)
     return QByteArray(reinterpret_cast<const char*>(header), sizeof header) + content;
 }
 
-// All records of a stream, with the empty one that ends it.
+// All records of a stream, the empty one at its end included.
 QByteArray records(RecordType type, const QByteArray& content)
 {
     QByteArray bytes;
@@ -121,7 +121,7 @@ QByteArray requestBytes(const QMap<QByteArray, QByteArray>& variables, const QBy
     return record(BeginRequest, responder) + records(Parameters, pairs) + records(Input, body);
 }
 
-// The listener opens its socket in a thread of its own, soon.
+// Waits for the listener, which opens its socket in a thread of its own.
 int connectedTo(const QByteArray& path)
 {
     sockaddr_un address = {};
@@ -135,7 +135,7 @@ int connectedTo(const QByteArray& path)
         if (errno != ENOENT && errno != ECONNREFUSED) {
             break;
         }
-        ::poll(nullptr, 0, 1); // until the next look, 1 ms
+        ::poll(nullptr, 0, 1); // waits 1 ms before it tries again
     }
     const std::string reason = std::strerror(errno);
     ::close(connection);
@@ -158,7 +158,7 @@ struct BwaTestStream::Connection {
     }
     Q_DISABLE_COPY(Connection)
 
-    // Receives whenever there is something; an override, as the signal differs between Qt 5 and 6.
+    // Receives what has arrived. Overridden, because the signal for it differs between Qt 5 and 6.
     struct Reader : public QSocketNotifier {
         explicit Reader(Connection& readConnection)
             : QSocketNotifier(readConnection.descriptor, QSocketNotifier::Read)
@@ -184,8 +184,8 @@ struct BwaTestStream::Connection {
     int descriptor; // owned; -1 once closed
     Reader reader;
     QByteArray number;
-    QByteArray received; // records, the last one maybe in part
-    QByteArray out;      // what came of the reply
+    QByteArray received; // records; the last one may be incomplete
+    QByteArray out;      // the reply as far as it has arrived
     bool hasEnded = false;
 };
 
@@ -213,7 +213,7 @@ void BwaTestStream::Connection::wait(int timeout, const std::function<bool()>& i
     }
 }
 
-// The body of a request may be larger than the connection takes at once.
+// Sends in pieces, because a body may be larger than the connection accepts at once.
 void BwaTestStream::Connection::send(const QByteArray& bytes)
 {
     QSocketNotifier writable(descriptor, QSocketNotifier::Write);
@@ -224,11 +224,11 @@ void BwaTestStream::Connection::send(const QByteArray& bytes)
                    static_cast<std::size_t>(bytes.size() - sent), MSG_DONTWAIT | MSG_NOSIGNAL);
         sent += static_cast<BwaSize>(std::max<ssize_t>(size, 0));
         const bool isRefused = size < 0 && errno != EAGAIN && errno != EINTR;
-        return isRefused || sent == bytes.size(); // of a refusal the reply tells
+        return isRefused || sent == bytes.size(); // the reply tells of a refusal
     });
 }
 
-// Takes what is there.
+// Receives what has arrived, without waiting.
 bool BwaTestStream::Connection::receive()
 {
     char piece[65536];

@@ -12,37 +12,40 @@
 class BwaAbstractFcgiService;
 
 /**
- * A reply for tests while it comes, such as a stream of events; from BwaTestRequest::open().
+ * A reply that a test reads while the service sends it, such as a stream of events. It comes from
+ * BwaTestRequest::open().
  *
  *     BwaTestStream stream = BwaTestRequest("GET", "/events").open(service);
  *     stream.waitFor("\n\n"); // the header block
  *     topic.send(7);
  *     // stream.waitFor("\n\n") ends with "data: 7\n\n"
  *
- * It takes what comes whenever the event loop runs, as the functions that wait have it do. The
- * client goes away with the stream.
+ * It receives whenever the event loop runs; the functions that wait run it. Its destruction means
+ * to the service that the client has gone.
  */
 class BwaTestStream
 {
 public:
     ~BwaTestStream();
+    /** Takes the reply over; @a other is then only to be destroyed. */
     BwaTestStream(BwaTestStream&& other) noexcept;
+    /** Takes the reply over; @a other is then only to be destroyed. */
     BwaTestStream& operator=(BwaTestStream&& other) noexcept;
 
     /**
-     * What has come of the reply, header block and body, up to @a text and with it; what is behind
-     * is for the next call. @a timeout in milliseconds.
-     * @throws std::runtime_error when the text does not come in time, or the reply ends before
+     * Waits for @a text, and returns the reply, header block and body, up to the end of it. The
+     * next call goes on behind it. @a timeout is in milliseconds.
+     * @throws std::runtime_error when the text does not arrive in time, or the reply ends first
      */
     QByteArray waitFor(const QByteArray& text, int timeout = 10000);
     /** The rest of the reply. @throws std::runtime_error when it does not end in time */
     QByteArray waitForEnd(int timeout = 10000);
     /**
-     * Takes nothing more, until the next call of waitFor() or waitForEnd(). Of some 50 KB from then
-     * on the service finds that it cannot write.
+     * Receives nothing more until the next call of waitFor() or waitForEnd(). Once the service has
+     * sent some 50 KB more, it finds that it cannot write.
      */
     void stopReading();
-    /** The client goes away. What has come by then is left for waitFor(). */
+    /** Ends the client's side. waitFor() still returns what has arrived by then. */
     void disconnect();
 
 private:
