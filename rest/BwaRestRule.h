@@ -17,8 +17,8 @@ class BWA_REST_EXPORT BwaRestRule
 public:
     /** Both ends are within. */
     struct Limits {
-        qint64 least;
-        qint64 most;
+        qint64 least; /**< The smallest that is well. */
+        qint64 most;  /**< The largest that is well. */
     };
 
     /** Whatever the type can hold. */
@@ -50,11 +50,11 @@ public:
     static QVariantMap limited(QVariantMap description, const std::optional<Limits>& limits,
                                const char* least, const char* most);
 
-    std::optional<Limits> numbers;
-    std::optional<Limits> lengths;
-    bool mayBeAbsent = false;
-    bool isReadOnly = false;
-    bool isText = false;
+    std::optional<Limits> numbers; /**< What range() has said; none: as its type. */
+    std::optional<Limits> lengths; /**< What length() has said; none: any. */
+    bool mayBeAbsent = false;      /**< orDefault() */
+    bool isReadOnly = false;       /**< readOnly() */
+    bool isText = false;           /**< asText() */
 };
 
 #endif

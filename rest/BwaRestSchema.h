@@ -37,7 +37,7 @@ public:
     static QVariantMap nullable(QVariantMap description);
 
 protected:
-    /** One field; the functions get the struct. */
+    /** @cond INTERNAL one field; the functions get the struct */
     struct Field {
         QString name;
         BwaRestRule rule;
@@ -46,6 +46,7 @@ protected:
         std::function<void(void* target)> reset; // for null; null: read() takes it
         std::function<QVariant(const void* value)> write;
     };
+    /** @endcond */
 
     BwaRestSchema() = default;
 
@@ -58,7 +59,9 @@ protected:
     /** The object of the struct at @a value. */
     QVariantMap writeObject(const void* value) const;
 
+    /** As BwaRestFields::check() got them. */
     std::vector<std::function<QString(const void*)>> m_checks;
+    /** As BwaRestFields::keepUnknown() has it. */
     bool m_keepsUnknown = false;
 
 private:
