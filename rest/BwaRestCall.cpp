@@ -157,6 +157,11 @@ void BwaRestCall::requireMatch(const QByteArray& tag) const
     }
 }
 
+const BwaRestSession* BwaRestCall::session() const
+{
+    return m_exchange.session.get();
+}
+
 BwaRestLater BwaRestCall::later(int deadline) const
 {
     return BwaRestLater(m_exchange.settings().calls->stateFor(m_exchange, deadline));

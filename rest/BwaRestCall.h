@@ -24,6 +24,7 @@
 
 class BwaRestExchange;
 class BwaRestUpload;
+struct BwaRestSession;
 
 /**
  * A request that has reached its handler; valid until that returns, in the listener's thread.
@@ -86,6 +87,9 @@ public:
      */
     void requireMatch(const QByteArray& tag) const;
 
+    /** Of the client; null unless the group needs one. Valid as long as this. */
+    const BwaRestSession* session() const;
+
     /**
      * Keeps the call open when its handler returns the handle, for @a deadline milliseconds from
      * then on. Further calls give the same handle.
@@ -130,6 +134,7 @@ public:
 
 private:
     friend class BwaRestEvents;
+    friend class BwaRestSessions;
     friend class BwaRestSchema;
 
     using Finisher = std::function<BwaRestReply()>;

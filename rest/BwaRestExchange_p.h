@@ -20,6 +20,7 @@
 
 class BwaFcgiRequest;
 class BwaRestLaterState;
+struct BwaRestSession;
 
 /** One request from its arrival at a service to its reply; lives in the listener's thread. */
 class BwaRestExchange
@@ -39,7 +40,7 @@ public:
     void find(const BwaRestRouter& router, const QString& mount);
 
     /** Owned by this. */
-    BwaFcgiRequest& request() { return *m_request; }
+    BwaFcgiRequest& request() const { return *m_request; }
     /** Those of the service. */
     const BwaRestSettings& settings() const { return m_settings; }
     /** A CGI variable; null when it is not set. */
@@ -78,6 +79,7 @@ public:
     const BwaRestRouter::Resource* resource = nullptr; // not owned; null: no such path
     const BwaRestRouter::Entry* entry = nullptr;       // not owned; null: no such method
     BwaRestRouter::Spans spans;                        // of entry's parameters, within path
+    std::shared_ptr<const BwaRestSession> session;     // null unless the group needs one
     std::shared_ptr<BwaRestLaterState> later;          // null unless the handler has asked for it
 
 private:

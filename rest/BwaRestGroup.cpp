@@ -4,6 +4,7 @@
 #include "rest/BwaRestGroup.h"
 
 #include "rest/BwaRestRouter_p.h"
+#include "rest/BwaRestSessions.h"
 
 namespace {
 
@@ -70,6 +71,12 @@ BwaRestGroup& BwaRestGroup::before(const Hook& hook)
     return *this;
 }
 
+BwaRestGroup& BwaRestGroup::needs(const BwaRestSessions& sessions, const QString& role)
+{
+    m_needs.push_back({&sessions, role});
+    return *this;
+}
+
 BwaRestGroup& BwaRestGroup::limit(qint64 bodySize)
 {
     m_limit = bodySize;
@@ -79,6 +86,16 @@ BwaRestGroup& BwaRestGroup::limit(qint64 bodySize)
 qint64 BwaRestGroup::bodyLimit() const
 {
     return m_limit < 0 ? m_parent->bodyLimit() : m_limit;
+}
+
+void BwaRestGroup::checkNeeds(BwaRestExchange* exchange) const
+{
+    if (m_parent) {
+        m_parent->checkNeeds(exchange);
+    }
+    for (const Need& need : m_needs) {
+        need.sessions->check(exchange, need.role);
+    }
 }
 
 std::optional<BwaRestReply> BwaRestGroup::askHooks(const BwaRestCall& call) const

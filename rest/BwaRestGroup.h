@@ -10,13 +10,16 @@
 #include "rest/BwaRestRoute.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
+class BwaRestExchange;
 class BwaRestRouter;
+class BwaRestSessions;
 template <class T>
 class BwaRestFields;
 
@@ -105,6 +108,13 @@ public:
     BwaRestGroup& group(const char* prefix);
     /** Has @a hook called for each call of the group and those below; the outer ones first. */
     BwaRestGroup& before(const Hook& hook);
+    /**
+     * Refuses each call of the group and those below without a session (401), whose session has not
+     * @a role, unless that is empty, and those that would write and come from a page of another
+     * origin, unless BwaRestService::allowOrigins() names it (403). A further need is checked, too.
+     * @a sessions is not owned.
+     */
+    BwaRestGroup& needs(const BwaRestSessions& sessions, const QString& role = QString());
     /** How many bytes a body may have, here and in the groups below; 1 MiB unless set. */
     BwaRestGroup& limit(qint64 bodySize);
 
@@ -120,8 +130,16 @@ protected:
     /** What the first hook with a reply says, from the outermost group on. */
     std::optional<BwaRestReply> askHooks(const BwaRestCall& call) const;
 
+    /** Checks what this and the groups above need. @throws BwaRestProblem 401, 403 */
+    void checkNeeds(BwaRestExchange* exchange) const;
+
 private:
     friend class BwaRestService;
+
+    struct Need {
+        const BwaRestSessions* sessions; // not owned
+        QString role;                    // empty: any
+    };
 
     BwaRestGroup(BwaRestGroup* parent, const QByteArray& prefix);
     template <class T, class F>
@@ -137,6 +155,7 @@ private:
     QByteArray m_prefix;                     // with those of the groups above
     std::shared_ptr<BwaRestRouter> m_router; // one for all groups
     std::vector<std::unique_ptr<BwaRestGroup>> m_groups;
+    std::vector<Need> m_needs;
     std::vector<Hook> m_hooks;
     qint64 m_limit; // bytes; -1: as the parent's
 };

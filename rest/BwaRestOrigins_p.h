@@ -21,6 +21,8 @@ public:
     BwaRestOrigins(const QStringList& origins, bool credentials);
 
     bool isEmpty() const { return m_origins.isEmpty(); }
+    /** Whether @a origin is one of these, by its name: "*" names nobody. */
+    bool names(const QByteArray& origin) const { return m_origins.contains(origin); }
     /**
      * The header lines of a reply to @a origin, which may be null, whose script is to see the
      * headers of these names.

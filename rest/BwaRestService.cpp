@@ -74,6 +74,7 @@ BwaRestReply BwaRestService::replyTo(BwaRestExchange& exchange) const
     }
     const BwaRestCall call(exchange);
     const BwaRestRoute& route = *exchange.entry->route;
+    route.group()->checkNeeds(&exchange);
     if (const std::optional<BwaRestReply> reply = route.group()->askHooks(call)) {
         return *reply;
     }
