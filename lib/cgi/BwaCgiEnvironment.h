@@ -47,53 +47,42 @@ public:
 
     /** The input that the variables were read from; not owned. */
     BwaAbstractCgiInput* input() const { return m_input; }
-    /** SERVER_SOFTWARE. */
+    /** The variable of the same name, as the web server sent it. @{ */
     QString serverSoftware() const { return m_serverSoftware; }
-    /** SERVER_NAME. */
     QString serverName() const { return m_serverName; }
-    /** GATEWAY_INTERFACE, for example "CGI/1.1". */
     QString gatewayInterface() const { return m_gatewayInterface; }
-    /** As sent, for example "HTTP/1.1". */
     QString serverProtocol() const { return m_serverProtocol; }
-    /** 0 when the variable is no number from 0 to 65535. */
-    unsigned short serverPort() const { return m_serverPort; }
-    /** REQUEST_METHOD, in the case in which it was sent. */
     QString requestMethod() const { return m_requestMethod; }
-    /** PATH_INFO: the path behind the script name, decoded by the web server. */
-    QString pathInfo() const { return m_pathInfo; }
-    /** PATH_TRANSLATED. */
     QString pathTranslated() const { return m_pathTranslated; }
+    QString remoteHost() const { return m_remoteHost; }
+    QString remoteIdent() const { return m_remoteIdent; }
+    QString contentType() const { return m_contentType; }
+    QString httpAccept() const { return m_httpAccept; }
+    QString httpAcceptLanguage() const { return m_httpAcceptLanguage; }
+    QString httpUserAgent() const { return m_httpUserAgent; }
+    QString httpCookie() const { return m_httpCookie; }
+    /** @} */
+    /** SERVER_PORT; 0 when the variable is no number from 0 to 65535. */
+    unsigned short serverPort() const { return m_serverPort; }
+    /** CONTENT_LENGTH in bytes; 0 when the variable is no number from 0 to 4294967295. */
+    unsigned int contentLength() const { return m_contentLength; }
     /** SCRIPT_NAME: the part of the path that chooses the root service. */
     QString scriptName() const { return m_scriptName; }
-    /** Still URL-encoded. */
+    /** PATH_INFO: the path behind the script name, decoded by the web server. */
+    QString pathInfo() const { return m_pathInfo; }
+    /** QUERY_STRING, still URL-encoded. */
     QString queryString() const { return m_queryString; }
-    /** REMOTE_HOST. */
-    QString remoteHost() const { return m_remoteHost; }
     /** REMOTE_ADDR: the address of the client, as the web server knows it. */
     QString remoteAddr() const { return m_remoteAddr; }
-    /** AUTH_TYPE, where the web server authenticates. */
+    /** AUTH_TYPE, if the web server authenticates. */
     QString authType() const { return m_authType; }
-    /** REMOTE_USER, where the web server authenticates. */
+    /** REMOTE_USER, if the web server authenticates. */
     QString remoteUser() const { return m_remoteUser; }
-    /** REMOTE_IDENT. */
-    QString remoteIdent() const { return m_remoteIdent; }
-    /** As sent, with its parameters. */
-    QString contentType() const { return m_contentType; }
-    /** In bytes; 0 when the variable is no number from 0 to 4294967295. */
-    unsigned int contentLength() const { return m_contentLength; }
-    /** The header Accept, as sent. */
-    QString httpAccept() const { return m_httpAccept; }
-    /** The header Accept-Language, as sent. */
-    QString httpAcceptLanguage() const { return m_httpAcceptLanguage; }
-    /** The header User-Agent, as sent. */
-    QString httpUserAgent() const { return m_httpUserAgent; }
-    /** The header Authorization, as sent; not every web server passes it on by itself. */
+    /** The header Authorization, as sent; some web servers pass it on only when told to. */
     QString httpAuthorization() const { return m_httpAuthorization; }
-    /** As sent. */
-    QString httpCookie() const { return m_httpCookie; }
     /** What parseCookies() makes of httpCookie(). */
     QList<BwaHttpCookie> cookies() const { return m_cookies; }
-    /** The variable is exactly "on". */
+    /** Whether the variable HTTPS is exactly "on". */
     bool https() const { return m_https; }
 
 private:

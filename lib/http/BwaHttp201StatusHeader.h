@@ -21,6 +21,7 @@ public:
     explicit BwaHttp201StatusHeader(const QString& contentType,
                                     const QString& location = QString());
 
+    // Settled: the destructor comes second, here and in the virtual table.
     void render(std::ostream& stream) const override;
     ~BwaHttp201StatusHeader() override;
 

@@ -27,6 +27,7 @@ public:
      */
     explicit BwaHttp401StatusHeader(const QMap<QString, QMap<QString, QString>>& challenges);
 
+    // Settled: the destructor comes second, here and in the virtual table.
     void render(std::ostream& stream) const override;
     ~BwaHttp401StatusHeader() override;
 

@@ -13,6 +13,7 @@ public:
     /** @a fileName is written as a quoted string, in Latin-1. */
     BwaHttpAttachedFileHeader(const QString& contentType, const QString& fileName);
 
+    // Settled: the destructor comes second, here and in the virtual table.
     void render(std::ostream& stream) const override;
     ~BwaHttpAttachedFileHeader() override;
 

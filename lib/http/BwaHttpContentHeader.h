@@ -15,6 +15,7 @@ public:
     /** @a contentType is the whole value, parameters included. */
     explicit BwaHttpContentHeader(const QString& contentType);
 
+    // Settled: the destructor comes second, here and in the virtual table.
     void render(std::ostream& stream) const override;
     ~BwaHttpContentHeader() override;
 

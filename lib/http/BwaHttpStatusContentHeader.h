@@ -17,6 +17,7 @@ public:
     BwaHttpStatusContentHeader(unsigned short statusCode, const QString& reasonPhrase,
                                const QString& contentType);
 
+    // Settled: the destructor comes second, here and in the virtual table.
     void render(std::ostream& stream) const override;
     ~BwaHttpStatusContentHeader() override;
 };

@@ -15,6 +15,7 @@ public:
     /** A header block of any status; neither code nor phrase is checked. */
     BwaHttpStatusHeader(unsigned short statusCode, const QString& reasonPhrase);
 
+    // Settled: the destructor comes second, here and in the virtual table.
     void render(std::ostream& stream) const override;
     ~BwaHttpStatusHeader() override;
 

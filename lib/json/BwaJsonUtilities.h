@@ -11,8 +11,9 @@
 #include <QVariant>
 
 /**
- * Reads typed, range-checked values from a JSON body, here a title and a priority that may be
- * missing:
+ * Reads typed, range-checked values from a JSON body.
+ *
+ * Here from one with a title, and a priority that may be missing:
  *
  *     QString title;
  *     int priority = 0;
