@@ -23,9 +23,9 @@ class BwaRestExchange;
 
 /** Who has logged in; what BwaRestCall::session() gives. */
 struct BwaRestSession {
-    QString user;
-    QStringList roles;
-    QVariantMap data; /**< The application's own. */
+    QString user;      /**< As given to BwaRestSessions::login(). */
+    QStringList roles; /**< What the user may do, in words of the application. */
+    QVariantMap data;  /**< The application's own. */
 };
 
 /**
