@@ -55,7 +55,8 @@ BwaRestSegment segmentOf(const QByteArray& text, const QByteArray& pattern)
     if (text.contains('{') || text.contains('}')) {
         refuse(pattern, "has a parameter that is only a part of what stands between two slashes");
     }
-    return {BwaRestKind::Literal, QString::fromUtf8(text), QByteArray()};
+    // Qt would take U+FEFF at the front for a byte order mark, and drop it.
+    return {BwaRestKind::Literal, QString::fromUtf8('/' + text).mid(1), QByteArray()};
 }
 
 void checkTogether(const std::vector<BwaRestSegment>& segments, const QByteArray& pattern)

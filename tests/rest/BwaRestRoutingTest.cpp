@@ -90,6 +90,8 @@ TEST(BwaRestRouting, ComparesLiteralsByteByByte)
     EXPECT_EQ(reached({"/a"}, "/ab"), "404");
     EXPECT_EQ(reached({"/a/b"}, "/a"), "404");
     EXPECT_EQ(reached({"/\xc3\xa4"}, "/%C3%A4"), "/\xc3\xa4");
+    EXPECT_EQ(reached({"/\xef\xbb\xbf-"}, "/%EF%BB%BF-"), "/\xef\xbb\xbf-");
+    EXPECT_EQ(reached({"/\xef\xbb\xbf-"}, "/-"), "404");
 }
 
 TEST(BwaRestRouting, GivenPathWithoutSlashIs404)
