@@ -40,7 +40,7 @@ std::optional<Pattern> patternOf(const QByteArray& bytes)
 {
     const QRegularExpression form(
         QStringLiteral("^\\{([A-Za-z0-9_]+)(:int|:uuid|\\.\\.\\.)?\\}\\z"));
-    const QString text = QString::fromUtf8(bytes);
+    const QString text = QString::fromUtf8(bytes); // a good one begins with a slash
     QStringList names;
     Pattern pattern;
     for (const QString& place : text.mid(1).split(QLatin1Char('/'))) {
@@ -59,8 +59,7 @@ std::optional<Pattern> patternOf(const QByteArray& bytes)
             return std::nullopt;
         }
     }
-    const bool isWell =
-        (text.isEmpty() || text.startsWith(QLatin1Char('/'))) && names.removeDuplicates() == 0;
+    const bool isWell = (bytes.isEmpty() || bytes.startsWith('/')) && names.removeDuplicates() == 0;
     return isWell ? std::optional<Pattern>(pattern) : std::nullopt;
 }
 
