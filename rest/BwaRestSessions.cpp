@@ -31,20 +31,18 @@ QString cookieOf(const BwaRestExchange& exchange, const char* name)
     return QString();
 }
 
-// Null where the client sends none, or none that are UUIDs.
+// Null where the client sends none, or none that are UUIDs. Another scheme may be for the web
+// server.
 Credentials credentialsOf(const BwaRestExchange& exchange)
 {
     const QString authorization = QString::fromLatin1(exchange.header("Authorization"));
-    if (authorization.isEmpty()) {
-        return {QUuid(cookieOf(exchange, idCookie)), QUuid(cookieOf(exchange, tokenCookie))};
-    }
-    const QString scheme = authorization.section(QLatin1Char(' '), 0, 0);
     const QString pair = authorization.section(QLatin1Char(' '), 1);
-    const bool isOurs =
-        scheme == BwaSessionTokenFcgiSessionIdentifier::S_AUTHENTICATION_SCHEME_NAME;
-    return isOurs ? Credentials{QUuid(pair.section(QLatin1Char(':'), 0, 0)),
-                                QUuid(pair.section(QLatin1Char(':'), 1))}
-                  : Credentials();
+    if (authorization.section(QLatin1Char(' '), 0, 0) ==
+        BwaSessionTokenFcgiSessionIdentifier::S_AUTHENTICATION_SCHEME_NAME) {
+        return {QUuid(pair.section(QLatin1Char(':'), 0, 0)),
+                QUuid(pair.section(QLatin1Char(':'), 1))};
+    }
+    return {QUuid(cookieOf(exchange, idCookie)), QUuid(cookieOf(exchange, tokenCookie))};
 }
 
 // In the same time wherever they differ.

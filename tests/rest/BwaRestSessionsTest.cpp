@@ -124,6 +124,16 @@ TEST_F(BwaRestSessionsTest, GivenHeaderOrCookiesFindsTheSession)
               "ann reader dark");
 }
 
+TEST_F(BwaRestSessionsTest, GivenAuthorizationForTheWebServerFindsTheSessionByCookies)
+{
+    const Grant grant = login();
+    BwaTestRequest request("GET", "/mine");
+    request.setHeader("Authorization", "Basic YTpi");
+    request.setHeader("Cookie", "SESSION-ID=" + grant.session + "; SESSION-TOKEN=" + grant.token);
+
+    EXPECT_EQ(request.sendTo(*api).statusCode, 200);
+}
+
 TEST_F(BwaRestSessionsTest, WhereNoneIsNeededTheCallHasNone)
 {
     EXPECT_EQ(send(login(), "GET", "/open").statusCode, 204);
