@@ -158,7 +158,7 @@ void BwaFcgiAcceptLoop::drain()
 // Whether there may be another one.
 bool BwaFcgiAcceptLoop::acceptConnection()
 {
-    const int connection = acceptFrom(m_listening, m_webServers);
+    const int connection = BwaFcgiSocket::accept(m_listening, m_webServers);
     if (connection < 0) {
         return handleAcceptError(-connection);
     }
@@ -253,7 +253,8 @@ void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size
                 send(connection,
                      answerToManagement(record, bytes + BwaFcgiRecords::headerSize,
                                         m_connections->mostWaiting())))) {
-        m_connections->watchInput(connection); // what follows, after the others
+        m_connections->watchInput(
+            connection); // epoll reports what follows, after other connections
     } else {
         m_connections->closeNow(connection);
     }
@@ -296,8 +297,9 @@ void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
     m_connections->deleteEnded();
     auto request = std::make_unique<FCGX_Request>();
     FCGX_InitRequest(request.get(), m_listening, 0);
-    // As if a request had been served on this connection before. With a socket to accept from, a
-    // refused header would make libfcgi wait for another connection.
+    // These fields tell libfcgi that it has served a request on this connection before, so that it
+    // reads from it. With a socket to accept from, it would wait for another connection after a
+    // header that it refuses.
     request->ipcFd = header ? fillHeaderFile(*header) : connection;
     request->keepConnection = 1;
     request->listen_sock = -1;

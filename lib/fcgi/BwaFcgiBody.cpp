@@ -57,7 +57,7 @@ bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t
     return true;
 }
 
-// Who has sent nothing for so long is not waited for once more.
+// After the timeout the body has failed, so that the next read does not wait once more.
 bool BwaFcgiBody::waitForInput()
 {
     pollfd input = {m_connection, POLLIN, 0};

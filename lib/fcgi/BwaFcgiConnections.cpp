@@ -201,7 +201,7 @@ void BwaFcgiConnections::discardInput(int connection)
         size = ::recv(connection, unread, sizeof unread, MSG_DONTWAIT);
     } while (size > 0 && ++reads < mostReads);
     if (size > 0) {
-        watchInput(connection); // the others first; epoll reports the rest again
+        watchInput(connection); // epoll reports the rest, after other connections
     } else if (size == 0 || errno != EAGAIN) {
         closeNow(connection);
     }
@@ -227,7 +227,7 @@ void BwaFcgiConnections::watchInput(int connection)
     const std::lock_guard<std::mutex> lock(m_mutex);
     Connection& waiting = m_connections[static_cast<std::size_t>(connection)];
     if (m_keeps) {
-        waiting.deadline = 0; // of a record that has been taken
+        waiting.deadline = 0; // the record that had to be whole by then has been read
     }
     if (!watchWithEpoll(connection, waiting)) {
         release(connection);
@@ -309,7 +309,8 @@ void BwaFcgiConnections::setMostWaiting(int requests)
 BwaFcgiConnections::Input BwaFcgiConnections::take(FCGX_Request* request)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = std::find(m_untaken.begin(), m_untaken.end(), request); // the first, mostly
+    // Requests are taken in their order, so the first one is found at once.
+    const auto found = std::find(m_untaken.begin(), m_untaken.end(), request);
     if (found == m_untaken.end()) {
         return Input::Unknown;
     }

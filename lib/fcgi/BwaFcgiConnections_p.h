@@ -178,10 +178,10 @@ private:
     int m_wakeUp = -1; // an eventfd in the epoll set
     int m_listening = -1;
     std::atomic<bool> m_keeps = false;
-    std::vector<Connection> m_connections;       // by descriptor
-    std::size_t m_counts[4] = {};                // of connections in each state
-    std::deque<FCGX_Request*> m_untaken;         // owned; in the order of acceptance
-    std::deque<int> m_gone;                      // whose request is to be told
+    std::vector<Connection> m_connections; // by descriptor
+    std::size_t m_counts[4] = {};          // of connections in each state
+    std::deque<FCGX_Request*> m_untaken;   // owned; in the order of acceptance
+    std::deque<int> m_gone;                // connections that have closed; their requests are told
     std::atomic<std::int64_t> m_nextDeadline{0}; // ms of the steady clock; 0: none
 
     std::atomic<FCGX_Request*> m_ended{nullptr}; // owned; to be deleted

@@ -23,10 +23,9 @@ unsigned int hashOf(const Character* name, BwaSize size)
 
 const unsigned int smallRead = 4096; // bytes
 
-// What small reads go into. The reader shares its memory; as long as that one keeps the bytes,
-// other reads allocate. A new array above 1 KiB makes malloc join all small pieces that are free,
-// and split them again for the strings of the request: of a form of 50 fields, a quarter of the
-// cost.
+// Small reads go into this buffer and return it; while a caller keeps what it got, other reads
+// allocate. Each new array above 1 KiB makes malloc join all small pieces that are free, and split
+// them again for the strings of the request. That was a quarter of the cost of a form of 50 fields.
 QByteArray& keptBuffer()
 {
     thread_local QByteArray buffer = [] {

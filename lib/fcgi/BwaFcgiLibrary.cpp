@@ -16,9 +16,11 @@ std::atomic<bool> isDown{false};
 
 volatile std::sig_atomic_t hasCome[NSIG] = {};
 
-extern "C" void recordSignal(int signal)
+extern "C" {
+static void recordSignal(int signal)
 {
     hasCome[signal] = 1;
+}
 }
 
 /** Records a signal as long as it lives, and then raises it. libfcgi leaves such a signal alone. */

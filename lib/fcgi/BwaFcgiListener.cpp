@@ -61,7 +61,7 @@ BwaFcgiListener::~BwaFcgiListener()
     Q_ASSERT(!m_worker.m_stopRequested);
     m_connections->listener = nullptr;
     m_connections->whenGone = nullptr;
-    // The signals that would bring them go with this object.
+    // Their signals are queued, and Qt drops those together with this object.
     while (FCGX_Request* const request = m_connections->takeNext()) {
         BwaFcgiExchange::drop(request, m_connections.data());
     }

@@ -100,8 +100,8 @@ bool BwaFcgiListenerThread::openSocket(const QString& address)
     } else if (QString::fromLatin1(address.toLatin1()) != address) {
         reason = QLatin1String("cannot listen: the address has characters that are no bytes");
     } else if (!address.isNull()) {
-        descriptor = openFcgiSocket(address.toLatin1(), m_backlog, &reason);
-    } else if (isListeningSocket(STDIN_FILENO)) {
+        descriptor = BwaFcgiSocket::open(address.toLatin1(), m_backlog, &reason);
+    } else if (BwaFcgiSocket::isListening(STDIN_FILENO)) {
         descriptor = STDIN_FILENO;
     } else {
         reason = QLatin1String("cannot listen: descriptor 0 is no listening socket");
@@ -110,7 +110,8 @@ bool BwaFcgiListenerThread::openSocket(const QString& address)
     if (descriptor < 0) {
         return false;
     }
-    // One that was handed over may be shared, and then another process may be the faster one.
+    // Another process may share a socket that was handed over. When it accepts the connection that
+    // this one was told of, accepting must fail, not wait.
     ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_descriptor = descriptor;

@@ -23,6 +23,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+namespace BwaFcgiSocket {
+
 namespace {
 
 const int longestAddress = 1023; // bytes; libfcgi ends the process beyond
@@ -109,7 +111,7 @@ bool mayConnect(const sockaddr_in& peer, const QByteArray& webServers)
 
 } // namespace
 
-int openFcgiSocket(const QByteArray& address, int backlog, QString* reason)
+int open(const QByteArray& address, int backlog, QString* reason)
 {
     // The address ends at a NUL for libfcgi, so it does here.
     const QByteArray text(address.constData());
@@ -127,7 +129,7 @@ int openFcgiSocket(const QByteArray& address, int backlog, QString* reason)
     return descriptor;
 }
 
-bool isListeningSocket(int descriptor)
+bool isListening(int descriptor)
 {
     int listening = 0;
     socklen_t size = sizeof listening;
@@ -135,7 +137,7 @@ bool isListeningSocket(int descriptor)
         listening != 0;
 }
 
-int acceptFrom(int listening, const QByteArray& webServers)
+int accept(int listening, const QByteArray& webServers)
 {
     sockaddr_storage peer = {};
     socklen_t size = sizeof peer;
@@ -156,3 +158,5 @@ int acceptFrom(int listening, const QByteArray& webServers)
     ::setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     return connection;
 }
+
+} // namespace BwaFcgiSocket

@@ -7,18 +7,21 @@
 #include <QByteArray>
 #include <QString>
 
-// Sockets that libfcgi listens on. Its own function ends the process when it cannot bind, so
-// everything that can go wrong is tried first.
+/**
+ * Sockets that libfcgi listens on. Its own function ends the process when it cannot bind, so
+ * everything that can go wrong is tried first.
+ */
+namespace BwaFcgiSocket {
 
 /**
  * Opens @a address as FCGX_OpenSocket() does: "host:port", ":port" or a path.
  *
  * @return -1 on failure; then @a reason says why
  */
-int openFcgiSocket(const QByteArray& address, int backlog, QString* reason);
+int open(const QByteArray& address, int backlog, QString* reason);
 
 /** Whether @a descriptor is open and a listening socket. */
-bool isListeningSocket(int descriptor);
+bool isListening(int descriptor);
 
 /**
  * Accepts a connection from @a listening and makes it non-blocking.
@@ -28,6 +31,8 @@ bool isListeningSocket(int descriptor);
  * @return the error number, negative, on failure; -EAGAIN when nobody has connected, -ECONNABORTED
  *         when somebody has who may not
  */
-int acceptFrom(int listening, const QByteArray& webServers);
+int accept(int listening, const QByteArray& webServers);
+
+} // namespace BwaFcgiSocket
 
 #endif
