@@ -5,6 +5,7 @@
 
 #include "rest/Application.h"
 #include "rest/BwaRestService.h"
+#include "rest/ResidentMemory.h"
 #include "testing/BwaTestRequest.h"
 
 #include <QElapsedTimer>
@@ -263,6 +264,26 @@ TEST_F(BwaRestEventsTest, WhenAReaderStopsServesTheOthersAtOnce)
     expectServing();
     EXPECT_LT(timer.elapsed(),
               9000); // the core waits 10,000 ms for a web server that takes nothing
+}
+
+TEST_F(BwaRestEventsTest, WhenReadersStopTakesNoMemoryForWhatIsSent)
+{
+    if (!BWA_MEMORY_TELLS) {
+        GTEST_SKIP() << "the memory is not that of the library alone";
+    }
+    std::vector<BwaTestStream> streams;
+    for (int client = 0; client < 10; ++client) {
+        streams.push_back(join());
+        streams.back().stopReading();
+    }
+    topic->send(large);
+    const qint64 before = residentBytes();
+
+    for (int event = 0; event < 500; ++event) { // 50 MB
+        topic->send(large);
+    }
+
+    EXPECT_LT(residentBytes() - before, 16 * 1024 * 1024);
 }
 
 TEST_F(BwaRestEventsTest, WhenAReaderGoesOnDropsWhatIsNotKept)
