@@ -29,8 +29,8 @@ struct BwaRestSettings;
  *
  * Each call is checked in this order: 400 for a path that is no UTF-8, 404, OPTIONS and preflights,
  * 405, 401 and 403 of needs(), the hooks of before(), then what the handler asks for: 411 and 413,
- * 415, 400. Every refusal is a BwaRestProblem. A std::exception that leaves a hook or a handler
- * becomes a 500 that says nothing of it, and is logged.
+ * 415, 400, and 422 for fields. Every refusal is a BwaRestProblem. A std::exception that leaves a
+ * hook or a handler becomes a 500 that says nothing of it, and is logged.
  *
  * It lives in the listener's thread. It has no children besides its routes: a service that is added
  * to it is never called.

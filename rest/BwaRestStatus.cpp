@@ -6,36 +6,25 @@
 
 namespace {
 
+struct KnownLine {
+    int status;
+    const char* line;
+};
+
 // Made whole: replies of these are the most frequent.
-const char* knownLine(int status)
-{
-    switch (status) {
-    case 200:
-        return "200 OK";
-    case 201:
-        return "201 Created";
-    case 202:
-        return "202 Accepted";
-    case 204:
-        return "204 No Content";
-    case 206:
-        return "206 Partial Content";
-    case 301:
-        return "301 Moved Permanently";
-    case 302:
-        return "302 Found";
-    case 303:
-        return "303 See Other";
-    case 304:
-        return "304 Not Modified";
-    case 307:
-        return "307 Temporary Redirect";
-    case 308:
-        return "308 Permanent Redirect";
-    default:
-        return nullptr;
-    }
-}
+const KnownLine knownLines[] = {
+    {200, "200 OK"},
+    {201, "201 Created"},
+    {202, "202 Accepted"},
+    {204, "204 No Content"},
+    {206, "206 Partial Content"},
+    {301, "301 Moved Permanently"},
+    {302, "302 Found"},
+    {303, "303 See Other"},
+    {304, "304 Not Modified"},
+    {307, "307 Temporary Redirect"},
+    {308, "308 Permanent Redirect"},
+};
 
 QByteArray phraseOf(int status)
 {
@@ -54,6 +43,10 @@ QByteArray phraseOf(int status)
 
 QByteArray BwaRestStatus::line(int status)
 {
-    const char* const known = knownLine(status);
-    return known ? QByteArray(known) : QByteArray::number(status) + ' ' + phraseOf(status);
+    for (const KnownLine& known : knownLines) {
+        if (known.status == status) {
+            return known.line;
+        }
+    }
+    return QByteArray::number(status) + ' ' + phraseOf(status);
 }
