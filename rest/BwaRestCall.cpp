@@ -190,7 +190,7 @@ BwaRestReply BwaRestCall::start(const std::function<Finisher(const BwaRestCancel
     const BwaRestLater handle = later(deadline);
     m_exchange.settings().pool->start([state = handle.m_state, work] {
         Finisher finisher;
-        const BwaRestReply failed = BwaRestOutcome::of([&] {
+        BwaRestReply failed = BwaRestOutcome::of([&] {
             finisher = work(state->cancel());
             return BwaRestReply::empty();
         });

@@ -119,7 +119,7 @@ public:
         return start(
             [work, finish](const BwaRestCancel& cancel) -> Finisher {
                 auto result = std::make_shared<std::decay_t<decltype(work(cancel))>>(work(cancel));
-                return [finish, result] { return BwaRestReply(finish(std::move(*result))); };
+                return [finish, result]() -> BwaRestReply { return finish(std::move(*result)); };
             },
             deadline);
     }
