@@ -192,7 +192,7 @@ struct Beginning {
     const char* text;
 };
 
-class BwaFcgiRequestOutlivingItsHook
+class BwaFcgiListenerRequestOutlivingItsHook
     : public ListenerFixture
     , public testing::WithParamInterface<Beginning>
 {
@@ -200,7 +200,7 @@ class BwaFcgiRequestOutlivingItsHook
 
 } // namespace
 
-TEST_P(BwaFcgiRequestOutlivingItsHook, SendsWhatHasBeenWritten)
+TEST_P(BwaFcgiListenerRequestOutlivingItsHook, SendsWhatHasBeenWritten)
 {
     BwaFcgiRequest* held = nullptr;
     serve("/api", [&](BwaFcgiRequest* request) {
@@ -223,7 +223,7 @@ TEST_P(BwaFcgiRequestOutlivingItsHook, SendsWhatHasBeenWritten)
     EXPECT_EQ(client.readReply().out, QByteArray("rest"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, BwaFcgiRequestOutlivingItsHook,
+INSTANTIATE_TEST_SUITE_P(Cases, BwaFcgiListenerRequestOutlivingItsHook,
                          testing::Values(Beginning{"HalfAHeader", "Content-Type: text/plain\n"},
                                          Beginning{"AHeader", "Content-Type: text/plain\n\n"},
                                          Beginning{"AHeaderAndPartOfABody",
