@@ -120,5 +120,6 @@ QByteArray BwaRestText::encodedPath(const QString& path)
 
 QByteArray BwaRestText::encodedUrl(const QString& url)
 {
-    return url.toUtf8().toPercentEncoding("/!$&'()*+,;=:@?#[]%");
+    // Qt 6 encodes each percent sign, even one to exclude; those of the URL stay as they are.
+    return url.toUtf8().toPercentEncoding("/!$&'()*+,;=:@?#[]").replace("%25", "%");
 }
