@@ -299,6 +299,7 @@ void BwaRestExchange::log(const QByteArray& message)
     QByteArray line = "Error in REST call " + method + " \"" + m_request->fullPath().toLatin1() +
         "\": " + message;
     std::replace_if(
-        line.begin(), line.end(), [](char character) { return quint8(character) < ' '; }, '?');
+        line.begin(), line.end(),
+        [](char character) { return static_cast<quint8>(character) < ' '; }, '?');
     m_request->err() << line.constData();
 }

@@ -20,7 +20,7 @@ bool isReserved(const QByteArray& name)
 bool isCookieText(const QByteArray& text)
 {
     for (const char byte : text) {
-        if (quint8(byte) < 0x20 || byte == 0x7f || byte == ';') {
+        if (static_cast<quint8>(byte) < 0x20 || byte == 0x7f || byte == ';') {
             return false;
         }
     }

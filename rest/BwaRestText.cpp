@@ -18,7 +18,7 @@ bool isAscii(const QString& text)
 
 bool isTagByte(char byte)
 {
-    return byte == '!' || (quint8(byte) > '"' && byte != '%' && byte != 0x7f);
+    return byte == '!' || (static_cast<quint8>(byte) > '"' && byte != '%' && byte != 0x7f);
 }
 
 // The position of the comma that ends the element at @a begin, or of the end of the list.
