@@ -29,7 +29,7 @@ public:
         QDir(folder).mkdir(QStringLiteral("incoming"));
         //! [folder]
         // Both folders are on one file system, so renaming copies nothing.
-        BwaRestUpload images(300 * 1024 * 1024); // bytes
+        BwaRestUpload images(qint64{300} * 1024 * 1024); // bytes
         images.toFolder(m_folder + QStringLiteral("/incoming"))
             .done([this](const BwaRestCall&, const QList<BwaRestPart>& parts) {
                 return keep(parts);
@@ -53,7 +53,7 @@ private:
             }
             const QString name = newName(); // never the client's
             if (!QFile::rename(part.path, m_folder + QLatin1Char('/') + name)) {
-                throw BwaRestProblem(503, QStringLiteral("The image cannot be kept"));
+                throw BwaRestProblem(503, QLatin1String("The image cannot be kept"));
             }
             names.append(name);
         }
@@ -74,7 +74,7 @@ private:
         //! [data]
         service.put("/digest", [](const BwaRestCall& call) {
             const auto hash = std::make_shared<QCryptographicHash>(QCryptographicHash::Sha256);
-            return call.upload(BwaRestUpload(300 * 1024 * 1024)
+            return call.upload(BwaRestUpload(qint64{300} * 1024 * 1024)
                                    .data([hash](const BwaRestPart&, const QByteArray& piece) {
                                        hash->addData(piece);
                                    })
