@@ -269,7 +269,7 @@ void BwaFcgiConnections::serve(int connection, FCGX_Request* request, bool input
     }
     Connection& served = m_connections[static_cast<std::size_t>(connection)];
     changeState(served, Connection::Served);
-    served.hasNews = false;
+    served.hasNews = !inputIsWhole; // the next request may be there, and was reported already
     served.inputIsWhole = inputIsWhole;
     served.deadline = 0;
     served.header.reset();
