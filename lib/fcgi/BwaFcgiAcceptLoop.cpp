@@ -253,8 +253,8 @@ void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size
                 send(connection,
                      answerToManagement(record, bytes + BwaFcgiRecords::headerSize,
                                         m_connections->mostWaiting())))) {
-        m_connections->watchInput(
-            connection); // epoll reports what follows, after other connections
+        // What follows is reported by epoll, after other connections.
+        m_connections->watchInput(connection);
     } else {
         m_connections->closeNow(connection);
     }
