@@ -18,11 +18,17 @@ BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
 }
 
 // ~QObject() destroys the children, when m_names is destroyed already. So none may ask this object
-// for its name any more, as servicePath() does.
+// for its name any more, as servicePath() does. A child that has lost its names is only in
+// children(); one whose QObject parent has been changed by the application is only in m_children.
 BwaDispatcherFcgiService::~BwaDispatcherFcgiService()
 {
     for (auto child = m_children.constBegin(); child != m_children.constEnd(); ++child) {
         child.value()->m_parentService = nullptr;
+    }
+    for (QObject* const child : children()) {
+        if (auto* const service = qobject_cast<BwaAbstractFcgiService*>(child)) {
+            service->m_parentService = nullptr;
+        }
     }
 }
 

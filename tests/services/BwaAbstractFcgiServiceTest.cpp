@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 TEST(BwaAbstractFcgiService, HasNoParents)
 {
     const LabelledService service("service");
@@ -133,6 +135,33 @@ TEST(ServicePath, WhenDestroyedWithTheParentIsEmpty)
     }
 
     EXPECT_EQ(lastPath, QString());
+}
+
+// A service that is added under a second name loses both names, and stays a child.
+TEST(ServicePath, WhenDestroyedWithTheParentThatLostItsNameIsEmpty)
+{
+    QString lastPath = QStringLiteral("unknown");
+    {
+        BwaDispatcherFcgiService root;
+        auto* const service = new LeavingService(&lastPath);
+        root.addService(QStringLiteral("first"), service);
+        root.addService(QStringLiteral("second"), service);
+    }
+
+    EXPECT_EQ(lastPath, QString());
+}
+
+TEST(ServicePath, WhenItOutlivesItsDispatcherIsEmpty)
+{
+    auto root = std::make_unique<BwaDispatcherFcgiService>();
+    QObject otherParent;
+    auto* const service = new LabelledService("service");
+    root->addService(QStringLiteral("name"), service);
+    service->setParent(&otherParent);
+
+    root.reset();
+
+    EXPECT_EQ(service->servicePath(), QString());
 }
 
 TEST(SetParentService, WhenAdoptedSetsBothParents)
