@@ -52,8 +52,8 @@ public:
      *
      * @return false when the body ends early or, being multipart, before its closing delimiter,
      * when it is beyond a limit, and when memory runs out; bodyFailure() tells which. The bytes
-     * read are then lost, and there are no variables, files or body. With Qt 5 a body other than
-     * multipart fails from 2^31 - 1024 bytes on, a form from half of that on.
+     * read are then lost, and there are no variables, files or body. A body other than multipart
+     * fails from 2^31 - 1024 bytes on; with Qt 5, so does a form with a value of 2^30 bytes.
      */
     bool processBodyContent();
     /**

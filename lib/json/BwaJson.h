@@ -42,11 +42,11 @@ public:
      * @a value as a JSON text in UTF-8, without blanks and line ends.
      *
      * A QVariantMap becomes an object with sorted keys, a QVariantList or QStringList an array, a
-     * QString a string, even when it is null. A number of a Qt or C++ integer type is written
-     * exactly. A float or double is written in the fewest digits that read back as the same number,
-     * with a fraction or an exponent, as in 3.0; NaN and infinity become null, as do invalid
-     * variants and null pointers. In strings quotes, backslashes and characters below U+0020 are
-     * escaped, and a surrogate without its pair becomes U+FFFD.
+     * QString a string, even when it is null. A number of a Qt or C++ integer type other than char
+     * is written exactly. A float or double is written in the fewest digits that read back as the
+     * same number, with a fraction or an exponent, as in 3.0; NaN and infinity become null, as do
+     * invalid variants and null pointers. In strings quotes, backslashes and characters below
+     * U+0020 are escaped, and a surrogate without its pair becomes U+FFFD.
      *
      * @a ok, which may be null, becomes false when a value is of another type, or when more than
      * 1024 containers are within each other. The result is then null.

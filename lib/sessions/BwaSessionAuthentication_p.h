@@ -13,8 +13,9 @@ namespace BwaSessionAuthentication {
 
 /**
  * The session with the id @a sessionId if @a token is its current token, else null. Both are texts
- * of UUIDs; with any other text the result is null. The comparison of the tokens takes the same
- * time wherever they differ, so that a client cannot guess a token piece by piece.
+ * that QUuid reads as UUIDs, which may lack braces and go on with other text; with any other text
+ * the result is null. The comparison of the tokens takes the same time wherever they differ, so
+ * that a client cannot guess a token piece by piece.
  */
 BwaWebSession* authenticatedSession(const BwaWebSessionManager* manager, const QString& sessionId,
                                     const QString& token);

@@ -195,6 +195,7 @@ INSTANTIATE_TEST_SUITE_P(
     WithoutText, BwaJsonWrite,
     testing::Values(
         WriteCase{"Bytes", QByteArray("x"), "refused"},
+        WriteCase{"Character", QVariant::fromValue('x'), "refused"},
         WriteCase{"Date", QDateTime::fromSecsSinceEpoch(0), "refused"},
         WriteCase{"DateInList", QVariantList{QDateTime::fromSecsSinceEpoch(0)}, "refused"},
         WriteCase{"DateInMap", QVariantMap{{QString(), QDateTime::fromSecsSinceEpoch(0)}},
