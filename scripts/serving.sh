@@ -14,6 +14,7 @@ port=
 program= # the application, if the front server is to start it
 application_port=
 showcase=
+deployment_edit= # for sed: what else deployed() changes
 
 # Builds the showcase and sets $showcase to its path. Without a release build, it uses a build of its
 # own that needs no test packages.
@@ -143,14 +144,14 @@ start_front()
     fail "$1 did not start on port $port: $(tail -n 1 "$work/front.log")"
 }
 
-# deployed FILE: prints examples/FILE with the paths and ports of this run
+# deployed FILE: prints examples/FILE with the paths and ports of this run, and as $deployment_edit says
 deployed()
 {
     sed -e "s|/run/[a-z-]*/|$work/|g" -e "s|/var/lib/app/|$work/|g" -e "s|/usr/local/bin/app |$program |g" \
         -e "s|/srv/app/files|${files:-$root/examples/showcase/files}|g" \
         -e "s|^    listen 80;|    listen 127.0.0.1:$port;|" -e "s|^    bind :80|    bind 127.0.0.1:$port|" \
         -e "s|^      port: 80|      host: 127.0.0.1\n      port: $port|" -e "s|^user: www-data|user: $(id -un)|" \
-        -e "s|^:80 {|:$port {\n\tbind 127.0.0.1|" "$root/examples/$1"
+        -e "s|^:80 {|:$port {\n\tbind 127.0.0.1|" -e "$deployment_edit" "$root/examples/$1"
 }
 
 # start_process PROGRAM [ARGUMENT...]: starts a program as the front server

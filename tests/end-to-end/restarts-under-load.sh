@@ -2,9 +2,9 @@
 # SPDX-FileCopyrightText: The Brindo Web API authors
 # SPDX-License-Identifier: MIT
 
-# restarts-under-load.sh SHOWCASE SERVER: with a socket that somebody else holds, as the socket unit
-# has it, the application is restarted twenty times while 16 clients send requests, and every request
-# is answered as it must be.
+# restarts-under-load.sh SHOWCASE SERVER, or GATEWAY SERVER gateway: with a socket that somebody else
+# holds, as the socket unit has it, the application is restarted twenty times while 16 clients send
+# requests, and every request is answered as it must be.
 
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -21,7 +21,7 @@ serving_process()
 next_process_serves()
 {
     [[ $(serving_process) =~ ^[0-9]+$ && $(serving_process) != "$served" ]] &&
-        [ "$(status_of "http://127.0.0.1:$port/api/echo")" = 200 ]
+        [ "$(status_of "$address")" = 200 ]
 }
 
 restart()
@@ -33,12 +33,20 @@ restart()
 }
 
 begin_serving
-start_application systemd-socket-activate --inetd --listen "$work/api.sock" \
-    bash -c "$holder" holder "$1" --database "$work/notes.db" --files "$work"
+if [ "${3-}" = gateway ]; then
+    : >"$work/accounts"
+    command=("$1" --accounts "$work/accounts" --folder "$work/firmware")
+    path=/api/openapi.json
+else
+    command=("$1" --database "$work/notes.db" --files "$work")
+    path=/api/echo
+fi
+start_application systemd-socket-activate --inetd --listen "$work/api.sock" bash -c "$holder" holder "${command[@]}"
 start_front "$2"
-expect_equal "status of the first process" 200 "$(status_of "http://127.0.0.1:$port/api/echo")"
+address=http://127.0.0.1:$port$path
+expect_equal "status of the first process" 200 "$(status_of "$address")"
 while [ $restarts -lt 20 ]; do
-    wrk -t1 -c16 -d4s --timeout 20s -s "${BASH_SOURCE[0]%/*}/load.lua" "http://127.0.0.1:$port" >"$work/wrk.log" &
+    wrk -t1 -c16 -d4s --timeout 20s -s "${BASH_SOURCE[0]%/*}/load.lua" "http://127.0.0.1:$port" -- "${@:3}" >"$work/wrk.log" &
     clients=$!
     while [ $restarts -lt 20 ] && kill -0 $clients 2>/dev/null; do
         restart
