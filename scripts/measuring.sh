@@ -203,8 +203,8 @@ memory()
     done | awk -v field="$2:" '$1 == field { sum += $2 } END { print sum }'
 }
 
-# Prints two numbers of requests. The costs of two such runs are subtracted, so that start and end of
-# the application do not count.
+# run_lengths CASE: prints the numbers of requests of a short and of a long run. Their costs are
+# subtracted, so that start and end of the application do not count.
 run_lengths()
 {
     case $1 in

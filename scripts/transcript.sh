@@ -36,7 +36,7 @@ check_transcript()
         ?*) printf '%s\n' "$line" >>"$work/expected" ;;
         esac
     done < <(cat "$1" && echo)
-    [ $checked -gt 0 ] || fail "$1 holds no command for $server"
+    [ $checked -gt 0 ] || fail "$1 contains no command for $server"
     say "$checked commands behind $server gave the expected answers"
 }
 

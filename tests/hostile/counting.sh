@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 
-# What the checks share. Sourced, never run. Instructions do not depend on what else the machine
-# does, and the same work takes the same number of them every time.
+# What the checks share. Sourced, never run. They count instructions, because the same work takes the
+# same number of them in every run, also on a busy machine.
 
-# instructions PROGRAM FORM SIZE: prints how many the library takes for it. Of copies that the
-# processor makes in one instruction, as glibc has it do from some size on, each byte would count.
+# instructions PROGRAM FORM SIZE: prints how many the library takes for it. The tunables turn off
+# "rep movsb" and "rep stosb", with which glibc copies large blocks: callgrind counts one instruction
+# for each byte of these.
 instructions()
 {
     local file tunables=glibc.cpu.x86_rep_movsb_threshold=1073741824:glibc.cpu.x86_rep_stosb_threshold=1073741824
@@ -17,8 +18,8 @@ instructions()
     rm "$file"
 }
 
-# Of each form, whose name and sizes stand in a line: that line, and the instructions of each size.
-# All processors count.
+# count_all PROGRAM: reads lines with the name of a form and its sizes, and prints each line with the
+# instructions for each size added. Uses all processors.
 count_all()
 {
     local program=$1

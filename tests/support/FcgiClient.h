@@ -45,7 +45,7 @@ public:
 
     /** Sends a whole request with the role RESPONDER. */
     void sendRequest(const FcgiParameters& parameters, const QByteArray& body = QByteArray());
-    /** Sends bytes as they stand. */
+    /** Sends bytes unchanged. */
     void send(const QByteArray& bytes);
     /** Tells the application that nothing more will be sent. */
     void shutDownSending();

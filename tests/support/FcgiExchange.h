@@ -14,7 +14,7 @@ class BwaFcgiRequest;
 
 /**
  * One FastCGI request accepted from a real socket, without a second thread: for tests of what goes
- * over the connection. Others need none; see TestReplies.h.
+ * over the connection. Other tests need no connection; see TestReplies.h.
  *
  * The client's end has sent everything before the request is accepted, so parameters, body and
  * reply must fit into the socket's buffers (about 100 KB each way).
@@ -25,7 +25,7 @@ public:
     explicit FcgiExchange(const FcgiParameters& parameters = FcgiParameters(),
                           const QByteArray& body = QByteArray());
     ~FcgiExchange();
-    /** Sends @a bytes as they stand; they must hold a request that can be accepted. */
+    /** Sends @a bytes unchanged; they must contain a request that can be accepted. */
     static FcgiExchange ofBytes(const QByteArray& bytes);
 
     /** The accepted raw request, made by plain new; the caller owns it. Only one of the two, once.

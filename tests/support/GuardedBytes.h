@@ -12,7 +12,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/** Up to a page of bytes behind which no memory is: who reads one more is ended by the system. */
+/** Up to a page of bytes at the end of readable memory: reading one more ends the process. */
 class GuardedBytes
 {
 public:
@@ -30,7 +30,7 @@ public:
     GuardedBytes& operator=(const GuardedBytes&) = delete;
     ~GuardedBytes() { ::munmap(m_memory, 2 * m_page); }
 
-    /** The bytes where they are: no NUL is behind them, as is in arrays of Qt's own. */
+    /** The bytes, not copied: no NUL follows them, as it does in Qt's own arrays. */
     QByteArray bytes() const { return QByteArray::fromRawData(begin(), static_cast<int>(m_size)); }
 
 private:

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// libfcgi loses 48 bytes for every management record of a type that it does not know. Its functions
-// that do have no names, so all that it allocates is left out: only for programs that send such
-// records. A request that we lose is still reported: it is allocated by the listener.
+// libfcgi leaks 48 bytes for every management record of an unknown type. The functions that do so
+// have no names, so all allocations of libfcgi are left out, only in programs that send such
+// records. A request that we leak is still reported, because the listener allocates it.
 
 #include <QtGlobal>
 

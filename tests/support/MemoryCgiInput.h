@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-/** A request whose variables and body stand in memory, and that remembers what was asked of it. */
+/** A request whose variables and body are in memory. It records what is read. */
 class MemoryCgiInput : public BwaAbstractCgiInput
 {
 public:

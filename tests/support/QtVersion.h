@@ -4,7 +4,7 @@
 #ifndef QTVERSION_H
 #define QTVERSION_H
 
-// What tests need of Qt that differs between its versions 5 and 6.
+// What tests use of Qt that differs between its versions 5 and 6.
 
 #include <QAbstractEventDispatcher>
 #include <QMetaType>

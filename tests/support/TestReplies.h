@@ -40,7 +40,7 @@ void expectNoThrow(const Action& action, BwaFcgiRequest* request)
     EXPECT_NO_THROW(action(request));
 }
 
-/** What a service or a processor answers to it; it must delete the request and throw nothing. */
+/** The reply of a service or a processor, which must delete the request and throw nothing. */
 template <typename Receiver>
 BwaTestReply replyOf(Receiver& receiver, const CgiVariables& variables)
 {
@@ -49,7 +49,7 @@ BwaTestReply replyOf(Receiver& receiver, const CgiVariables& variables)
         [&process](BwaFcgiRequest* request) { expectNoThrow(process, request); });
 }
 
-/** What is replied while @a use has a request in its hand, which it must not delete. */
+/** The reply to a request that is passed to @a use, which must not delete it. */
 template <typename Use>
 BwaTestReply replyWhile(const Use& use, const CgiVariables& variables = CgiVariables(),
                         const QByteArray& body = QByteArray())
