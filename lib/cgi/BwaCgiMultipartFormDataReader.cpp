@@ -90,9 +90,9 @@ BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* requ
     , m_delimiter(m_delimiterStart + "\r\n")
     , m_closeDelimiter(m_delimiterStart + "--\r\n")
     , m_borders(bordersOf(m_delimiterStart))
-    , m_failed(false)
     // A delimiter begins with a line break, which the first one in a body need not have.
     , m_lookahead(std::make_unique<BwaLookahead>("\r\n"))
+    , m_failed(false)
     , m_scanned(0)
     , m_matched(0)
     , m_refusedDisposition(-1)

@@ -110,11 +110,11 @@ private:
     QByteArray m_delimiterStart; // what both delimiters begin with
     QByteArray m_delimiter;
     QByteArray m_closeDelimiter;
-    QVector<int> m_borders; // of the first bytes of m_delimiterStart
-    bool m_failed;
+    QVector<int> m_borders;                    // of the first bytes of m_delimiterStart
     std::unique_ptr<BwaLookahead> m_lookahead; // all positions below are positions in it
-    qint64 m_scanned;                          // delimiters have been searched for up to here
-    int m_matched; // how many bytes before m_scanned are the first ones of m_delimiterStart
+    bool m_failed;
+    qint64 m_scanned; // delimiters have been searched for up to here
+    int m_matched;    // how many bytes before m_scanned are the first ones of m_delimiterStart
     Search m_emptyLineSearch;
     Search m_dispositionSearch;
     qint64 m_refusedDisposition; // the position of the one that was refused last, or -1
