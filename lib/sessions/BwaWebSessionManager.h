@@ -19,7 +19,8 @@ class BwaWebSession;
  *
  *     BwaWebSessionManager manager;
  *     BwaSessionTokenFcgiSessionIdentifier identifier(&manager, QStringLiteral("notes"));
- *     NotesProcessor processor(&identifier); // its hooks call authenticateRequest()
+ *     // The service owns the processor, whose hooks call authenticateRequest().
+ *     BwaStandardFcgiService service(new NotesProcessor(&identifier));
  *     // When a user has logged in, the reply has the id and the token of a new session. Here the
  *     // token is valid for 10 minutes, and can be renewed for another hour.
  *     const BwaWebSession* session = manager.createSession(user, 600000, 3600000);

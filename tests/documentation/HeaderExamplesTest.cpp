@@ -10,6 +10,7 @@
 #include "json/BwaJson.h"
 #include "json/BwaJsonUtilities.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
+#include "services/BwaStandardFcgiService.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
@@ -65,14 +66,14 @@ TEST(WebSessionManagerExample, AuthenticatesTheUserWhoHasLoggedIn)
     const QString user = QStringLiteral("ann");
 #include "in-headers/BwaWebSessionManager.inc"
     BwaTestRequest request("GET", "/");
-    const int refused = request.sendTo(processor).statusCode;
+    const int refused = request.sendTo(service).statusCode;
 
     request.setHeader("Authorization",
                       "SESSION-TOKEN " + session->sessionId().toByteArray() + ':' +
                           session->token().toByteArray());
 
     EXPECT_EQ(refused, 401);
-    EXPECT_EQ(request.sendTo(processor).body, "your notes");
+    EXPECT_EQ(request.sendTo(service).body, "your notes");
 }
 
 TEST(JsonUtilitiesExample, TakesTheDefaultForAMissingPriority)
