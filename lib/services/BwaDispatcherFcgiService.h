@@ -40,11 +40,19 @@ public:
     /**
      * Adopts @a service, which leaves the dispatcher that has it. A child that has the name already
      * is deleted later, by the event loop; so is @a service if it is that child itself.
+     *
+     * Settled: a service that this dispatcher has already under another name loses both names. No
+     * request reaches it then. To serve two names, add two services.
      */
     void addService(const QString& name, BwaAbstractFcgiService* service);
     /** Adds a new dispatcher, owned by this one. */
     BwaDispatcherFcgiService* addDispatcherService(const QString& name);
-    /** Releases a child to the caller, who then owns it; null when there is none. */
+    /**
+     * Releases a child to the caller, who then owns it; null when there is none.
+     *
+     * Settled: a child with an empty name is released whenever another child is, and nobody owns it
+     * then.
+     */
     BwaAbstractFcgiService* removeService(const QString& name);
     /** The first name of @a service here; null when it is no child. */
     QString childServiceName(const BwaAbstractFcgiService* service) const;
