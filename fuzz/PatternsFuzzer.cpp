@@ -91,7 +91,7 @@ bool fits(const Place& place, const QString& text)
     if (place.kind == QLatin1String(":int")) {
         bool ok = false;
         text.toLongLong(&ok);
-        return ok && matches("^-?[0-9]+\\z");
+        return ok && matches("^(0|-?[1-9][0-9]*)\\z");
     }
     if (place.kind == QLatin1String(":uuid")) {
         return matches("^[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}\\z");

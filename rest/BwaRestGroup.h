@@ -33,10 +33,11 @@ class BwaRestFields;
  *     });
  *
  * A pattern is a path whose places between slashes are texts or parameters: {name} takes one that
- * is not empty, {name:int} a decimal number of 64 bits, {name:uuid} 8-4-4-4-12 hexadecimal digits,
- * {name...} at the end all that follows. A path that fits no pattern is answered with 404. A text
- * wins over a parameter, in whatever order they were added. Paths and patterns are compared byte by
- * byte: "/devices/" is not "/devices". An empty path of the service is "/".
+ * is not empty, {name:int} a decimal number of 64 bits without leading zeros, {name:uuid}
+ * 8-4-4-4-12 hexadecimal digits, {name...} at the end all that follows. A path that fits no pattern
+ * is answered with 404. A text wins over a parameter, in whatever order they were added. Paths and
+ * patterns are compared byte by byte: "/devices/" is not "/devices". An empty path of the service
+ * is "/".
  *
  * Patterns that are none, equal ones, and two kinds of parameters at one place, throw a
  * std::logic_error that names them. All routes are to be added before the first request.

@@ -129,7 +129,8 @@ std::optional<qint64> BwaRestPattern::number(QStringView text)
         }
         number = 10 * number + digit;
     }
-    if (begin == text.size()) {
+    const bool hasOtherForm = text.mid(begin).startsWith(QLatin1Char('0')) && text.size() > 1;
+    if (begin == text.size() || hasOtherForm) {
         return std::nullopt;
     }
     return static_cast<qint64>(isNegative ? 0 - number : number);
