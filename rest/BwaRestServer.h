@@ -18,7 +18,7 @@ class BwaAbstractFcgiService;
  *     {
  *         QCoreApplication application(argc, argv);
  *         BwaRestService api;
- *         return BwaRestServer({{"/api", &api}}).accessLog().run(QString::fromLocal8Bit(argv[1]));
+ *         return BwaRestServer({{"/api", &api}}).accessLog().run(QString::fromLatin1(argv[1]));
  *     }
  */
 class BWA_REST_EXPORT BwaRestServer

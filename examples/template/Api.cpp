@@ -3,10 +3,25 @@
 
 #include "Api.h"
 
-#include "GreetingProcessor.h"
-#include "services/BwaStandardFcgiService.h"
+namespace {
+
+struct Guest {
+    QString name;
+};
+
+const auto guestFields =
+    BwaRestFields<Guest>().add("name", &Guest::name, BwaRestRule::length(1, 64));
+
+BwaRestReply greeted(const BwaRestCall& /*call*/, const Guest& guest)
+{
+    return QVariantMap{{"greeting", "Hello, " + guest.name}};
+}
+
+} // namespace
 
 Api::Api()
 {
-    addService(QStringLiteral("greeting"), new BwaStandardFcgiService(new GreetingProcessor));
+    limit(64 * 1024); // bytes, as in lighttpd.conf
+    get("/greeting", guestFields, greeted).says("Greets by name");
+    post("/greeting", guestFields, greeted).says("Greets by name");
 }

@@ -4,10 +4,10 @@
 #ifndef API_H
 #define API_H
 
-#include "services/BwaDispatcherFcgiService.h"
+#include <bwebapi/rest.h>
 
-/** All services of this API, each under its path. */
-class Api : public BwaDispatcherFcgiService
+/** All routes of this API. */
+class Api : public BwaRestService
 {
 public:
     Api();

@@ -2,9 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "Api.h"
-#include "fcgi/BwaFcgiListener.h"
-
-#include <QCoreApplication>
 
 #include <cstdio>
 
@@ -16,14 +13,5 @@ int main(int argc, char** argv)
     }
     QCoreApplication application(argc, argv);
     Api api;
-    BwaFcgiListener listener({{QStringLiteral("/api"), &api}});
-    BwaRequestLimits limits;
-    limits.maxBodySize = 64 * 1024; // bytes, as in lighttpd.conf
-    listener.setRequestLimits(limits);
-    QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
-        std::fputs("greeter: cannot listen\n", stderr);
-        QCoreApplication::exit(1);
-    });
-    listener.listen(QString::fromLatin1(argv[1]));
-    return application.exec();
+    return BwaRestServer({{"/api", &api}}).accessLog().run(QString::fromLatin1(argv[1]));
 }

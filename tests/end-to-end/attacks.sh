@@ -18,11 +18,16 @@ start_lighttpd()
     front_pid=$!
 }
 
-# expect_objects_only CURL-ARGUMENT...: the hook there takes JSON objects, and nothing else
+wrong_type_status=422 # of JSON that is none of the kind that is wanted
+
+# expect_objects_only CURL-ARGUMENT...: what is there takes JSON objects, and nothing else
 expect_objects_only()
 {
     local text
-    for text in '[1]' '[{"title": "a"}]' 5 null true '"x"' '' '{' '{}{}'; do
+    for text in '[1]' '[{"title": "a"}]' 5 null true '"x"'; do
+        expect_equal "JSON '$text'" $wrong_type_status "$(status_of --json "$text" "$@")"
+    done
+    for text in '' '{' '{}{}'; do
         expect_equal "JSON '$text'" 400 "$(status_of --json "$text" "$@")"
     done
 }

@@ -66,6 +66,12 @@ authorization()
     grep -o 'SESSION-TOKEN [^"]*'
 }
 
+# Prints the header line of a session, from the reply to a login that BwaRestSessions made.
+session_header()
+{
+    sed -E 's/.*"session":"([^"]*)","token":"([^"]*)".*/Authorization: SESSION-TOKEN \1:\2/'
+}
+
 # status_of [CURL-ARGUMENT...]
 status_of()
 {

@@ -16,8 +16,7 @@ streams=20
 # The token of a new session.
 log_in()
 {
-    curl -s --json '{"user": "olga", "password": "tea and biscuits"}' "$api/session" |
-        sed -E 's/.*"session":"([^"]*)","token":"([^"]*)".*/Authorization: SESSION-TOKEN \1:\2/'
+    curl -s --json '{"user": "olga", "password": "tea and biscuits"}' "$api/session" | session_header
 }
 
 # operate [CURL-ARGUMENT...]: as a user who may do everything

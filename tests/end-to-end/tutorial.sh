@@ -12,7 +12,7 @@ expect_a_full_list()
 {
     local title
     title=$(head -c 201 /dev/zero | tr '\0' t)
-    expect_equal "title of 201 characters" 400 "$(status_of "$@" --json "{\"title\": \"$title\"}" "$api/tasks")"
+    expect_equal "title of 201 characters" 422 "$(status_of "$@" --json "{\"title\": \"$title\"}" "$api/tasks")"
     curl -s -o /dev/null -w '%{http_code}\n' "$@" --json "{\"title\": \"${title%t}\"}" "$api/tasks?[1-1001]" >"$work/statuses"
     expect_equal "statuses of 1001 more tasks" "201 507" "$(sort -u "$work/statuses" | xargs)"
     expect_equal "the list then" 200 "$(status_of "$@" "$api/tasks")"
@@ -41,7 +41,7 @@ step[34])
 step[56])
     expect_objects_only "$api/session"
     expect_small_bodies_only "$api/session"
-    authorization="Authorization: $(curl -s --json '{"user": "ann", "password": "tea and biscuits"}' "$api/session" | authorization)"
+    authorization="$(curl -s --json '{"user": "ann", "password": "tea and biscuits"}' "$api/session" | session_header)"
     expect_objects_only -H "$authorization" "$api/tasks"
     expect_a_full_list -H "$authorization"
     expect_one_path_only 5 "$api/tasks" -H "$authorization"

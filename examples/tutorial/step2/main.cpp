@@ -1,91 +1,37 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "fcgi/BwaFcgiListener.h"
-#include "fcgi/BwaFcgiRequest.h"
-#include "http/BwaHttpJsonHeader.h"
-#include "json/BwaJson.h"
-#include "services/BwaDispatcherFcgiService.h"
-#include "services/BwaStandardFcgiRequestProcessor.h"
-#include "services/BwaStandardFcgiService.h"
+#include <QMap>
 
-#include <QCoreApplication>
-#include <QList>
-#include <QVariant>
-
-#include <cstdio>
-
-namespace {
+#include <bwebapi/rest.h>
 
 //! [task]
 struct Task {
-    int id = 0;
+    qint64 id = 0;
     QString title;
-    bool isDone = false;
+    bool done = false;
 };
 
-QVariantMap toJson(const Task& task)
-{
-    return {{QStringLiteral("id"), task.id},
-            {QStringLiteral("title"), task.title},
-            {QStringLiteral("done"), task.isDone}};
-}
+const auto taskFields =
+    BwaRestFields<Task>().add("id", &Task::id).add("title", &Task::title).add("done", &Task::done);
 //! [task]
 
-//! [send]
-void sendJson(BwaFcgiRequest* request, const QVariant& json)
-{
-    request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8")) << BwaJson::write(json).constData()
-                   << '\n';
-}
-//! [send]
-
-} // namespace
-
-//! [processor]
-class TasksProcessor : public BwaStandardFcgiRequestProcessor
-{
-public:
-    TasksProcessor()
-        : BwaStandardFcgiRequestProcessor(nullptr)
-        , m_tasks({{1, QStringLiteral("Buy tea"), false}, {2, QStringLiteral("Boil water"), true}})
-    {
-    }
-
-protected:
-    void processGetMethod(BwaFcgiRequest* request) override
-    {
-        QVariantList tasks;
-        for (const Task& task : m_tasks) {
-            tasks.append(toJson(task));
-        }
-        sendJson(request, tasks);
-        delete request;
-    }
-
-private:
-    const QList<Task> m_tasks;
-};
-//! [processor]
-
-//! [main]
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fputs("usage: tasks SOCKET\n", stderr);
-        return 2;
-    }
     QCoreApplication application(argc, argv);
 
-    BwaDispatcherFcgiService root;
-    root.addService(QStringLiteral("tasks"), new BwaStandardFcgiService(new TasksProcessor));
+    //! [list]
+    const QMap<qint64, Task> tasks = {{1, {1, "Buy tea", false}}, {2, {2, "Boil water", true}}};
 
-    BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
-    QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
-        std::fputs("tasks: cannot listen\n", stderr);
-        QCoreApplication::exit(1);
+    BwaRestService api;
+    api.get("/tasks", [&tasks](const BwaRestCall&) {
+        QVariantList list;
+        for (const Task& task : tasks) {
+            list.append(taskFields.json(task));
+        }
+        return BwaRestReply(list);
     });
-    listener.listen(QString::fromLatin1(argv[1]));
-    return application.exec();
+    //! [list]
+
+    return BwaRestServer({{"/api", &api}}).accessLog().run(QString::fromLatin1(argv[1]));
 }
-//! [main]

@@ -1,334 +1,125 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "cgi/BwaCgiRequest.h"
-#include "fcgi/BwaFcgiListener.h"
-#include "fcgi/BwaFcgiRequest.h"
-#include "http/BwaHttp201StatusJsonHeader.h"
-#include "http/BwaHttp204StatusHeader.h"
-#include "http/BwaHttpJsonHeader.h"
-#include "json/BwaJson.h"
-#include "json/BwaJsonUtilities.h"
-#include "services/BwaDispatcherFcgiService.h"
-#include "services/BwaStandardFcgiRequestProcessor.h"
-#include "services/BwaStandardFcgiService.h"
-#include "services/BwaStandardProcessableDispatcherFcgiService.h"
-#include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
-#include "sessions/BwaWebSession.h"
-#include "sessions/BwaWebSessionManager.h"
-
-#include <QCoreApplication>
 #include <QMap>
-#include <QVariant>
 
-#include <cstdio>
+#include <bwebapi/rest.h>
 
-namespace {
-
-constexpr int longestTitle = 200; // characters
 constexpr int mostTasks = 1000;
 
 struct Task {
-    int id = 0;
+    qint64 id = 0;
     QString title;
-    bool isDone = false;
+    bool done = false;
 };
 
-QVariantMap toJson(const Task& task)
+const auto taskFields = BwaRestFields<Task>()
+                            .add("id", &Task::id, BwaRestRule::any().readOnly())
+                            .add("title", &Task::title, BwaRestRule::length(1, 200))
+                            .add("done", &Task::done, BwaRestRule::any().orDefault());
+
+class Tasks
 {
-    return {{QStringLiteral("id"), task.id},
-            {QStringLiteral("title"), task.title},
-            {QStringLiteral("done"), task.isDone}};
+public:
+    void addTo(BwaRestGroup& group);
+
+private:
+    Task& at(const BwaRestCall& call);
+    BwaRestReply list() const;
+    BwaRestReply add(Task task);
+
+    QMap<qint64, Task> m_tasks;
+    qint64 m_lastId = 0;
+};
+
+void Tasks::addTo(BwaRestGroup& group)
+{
+    group.get("/tasks", [this](const BwaRestCall&) { return list(); });
+    group.post("/tasks", taskFields,
+               [this](const BwaRestCall&, const Task& task) { return add(task); });
+    group.get("/tasks/{id:int}",
+              [this](const BwaRestCall& call) { return BwaRestReply(taskFields.json(at(call))); });
+    group.patch("/tasks/{id:int}", taskFields, [this](const BwaRestCall& call, auto change) {
+        Task& task = at(call);
+        change(task);
+        return BwaRestReply(taskFields.json(task));
+    });
+    group.remove("/tasks/{id:int}", [this](const BwaRestCall& call) {
+        m_tasks.remove(at(call).id);
+        return BwaRestReply::empty();
+    });
 }
 
-void writeJson(BwaFcgiRequest* request, const QVariant& json)
+Task& Tasks::at(const BwaRestCall& call)
 {
-    request->out() << BwaJson::write(json).constData() << '\n';
-}
-
-void sendJson(BwaFcgiRequest* request, const QVariant& json)
-{
-    request->out() << BwaHttpJsonHeader(QStringLiteral("utf-8"));
-    writeJson(request, json);
-}
-
-// Reads a JSON object from the body; when there is none, answers and returns false.
-bool readObject(BwaFcgiRequest* request, QVariantMap& object)
-{
-    const BwaCgiRequest* asked = request->cgiRequest();
-    if (asked->environment().contentLength() == 0) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest);
-        return false;
+    const auto task = m_tasks.find(call.number("id"));
+    if (task == m_tasks.end()) {
+        throw BwaRestProblem(404, "There is no such task");
     }
-    const QVariant json = BwaStandardFcgiRequestProcessor::parseJsonContent(request);
-    if (BwaJsonUtilities::objectValue(json, object)) {
-        return true;
-    }
-    if (!asked->body().isEmpty()) {
-        request->sendHttpError(BwaFcgiRequest::BadRequest); // what was read is no JSON object
-    } // another media type, or a body that ended early, has been answered
-    return false;
+    return *task;
 }
+
+BwaRestReply Tasks::list() const
+{
+    QVariantList list;
+    for (const Task& task : m_tasks) {
+        list.append(taskFields.json(task));
+    }
+    return list;
+}
+
+BwaRestReply Tasks::add(Task task)
+{
+    if (m_tasks.size() >= mostTasks) {
+        throw BwaRestProblem(507, "There are too many tasks");
+    }
+    task.id = ++m_lastId;
+    m_tasks.insert(task.id, task);
+    return BwaRestReply::created(QString("/tasks/%1").arg(task.id), taskFields.json(task));
+}
+
+//! [login]
+struct Login {
+    QString user;
+    QString password;
+};
+
+const auto loginFields =
+    BwaRestFields<Login>().add("user", &Login::user).add("password", &Login::password);
 
 // For the tutorial only: a real application keeps salted hashes.
-bool isPasswordRight(const QString& user, const QString& password)
+bool isRight(const Login& login)
 {
-    return user == QLatin1String("ann") && password == QLatin1String("tea and biscuits");
+    return login.user == "ann" && login.password == "tea and biscuits";
 }
 
-} // namespace
-
-//! [service]
-// The list, and below it a service for each task, named by its id.
-class TasksService : public BwaStandardProcessableDispatcherFcgiService
+void addLogin(BwaRestGroup& group, BwaRestSessions& sessions)
 {
-public:
-    explicit TasksService(BwaAbstractFcgiSessionIdentifier* identifier);
-
-    const QMap<int, Task>& tasks() const { return m_tasks; }
-    Task& task(int id) { return m_tasks[id]; }
-    const Task& add(const QString& title);
-    void remove(int id);
-
-private:
-    BwaAbstractFcgiSessionIdentifier* m_identifier; // not owned
-    QMap<int, Task> m_tasks;
-    int m_lastId;
-};
-//! [service]
-
-// Answers for the list.
-class TasksProcessor : public BwaStandardFcgiRequestProcessor
-{
-public:
-    TasksProcessor(BwaAbstractFcgiSessionIdentifier* identifier, TasksService* service)
-        : BwaStandardFcgiRequestProcessor(identifier)
-        , m_service(service)
-    {
-    }
-
-protected:
-    //! [hooks]
-    void processGetMethod(BwaFcgiRequest* request) override
-    {
-        if (authenticateRequest(request)) {
-            list(request);
-        }
-        delete request;
-    }
-
-    void processPostMethod(BwaFcgiRequest* request) override
-    {
-        if (authenticateRequest(request)) {
-            add(request);
-        }
-        delete request;
-    }
-    //! [hooks]
-
-private:
-    void list(BwaFcgiRequest* request) const
-    {
-        QVariantList tasks;
-        for (const Task& task : m_service->tasks()) {
-            tasks.append(toJson(task));
-        }
-        sendJson(request, tasks);
-    }
-
-    void add(BwaFcgiRequest* request)
-    {
-        QVariantMap object;
-        if (!readObject(request, object)) {
-            return;
-        }
-        QString title;
-        if (!BwaJsonUtilities::stringValue(object, QStringLiteral("title"), title) ||
-            title.isEmpty() || title.size() > longestTitle) {
-            request->sendHttpError(BwaFcgiRequest::BadRequest);
-            return;
-        }
-        if (m_service->tasks().size() >= mostTasks) {
-            request->sendHttpError(BwaFcgiRequest::InsufficientStorage);
-            return;
-        }
-        const Task& task = m_service->add(title);
-        request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
-        writeJson(request, toJson(task));
-    }
-
-    TasksService* m_service; // not owned
-};
-
-//! [task-processor]
-// Answers for one task.
-class TaskProcessor : public BwaStandardFcgiRequestProcessor
-{
-public:
-    TaskProcessor(BwaAbstractFcgiSessionIdentifier* identifier, TasksService* service, int id)
-        : BwaStandardFcgiRequestProcessor(identifier)
-        , m_service(service)
-        , m_id(id)
-    {
-    }
-
-protected:
-    void processGetMethod(BwaFcgiRequest* request) override
-    {
-        if (authenticateRequest(request)) {
-            sendJson(request, toJson(m_service->task(m_id)));
-        }
-        delete request;
-    }
-
-    void processPutMethod(BwaFcgiRequest* request) override
-    {
-        if (authenticateRequest(request)) {
-            change(request);
-        }
-        delete request;
-    }
-
-    void processDeleteMethod(BwaFcgiRequest* request) override
-    {
-        if (authenticateRequest(request)) {
-            remove(request);
-        }
-        delete request;
-    }
-
-private:
-    void change(BwaFcgiRequest* request)
-    {
-        QVariantMap object;
-        if (!readObject(request, object)) {
-            return;
-        }
-        Task& task = m_service->task(m_id);
-        if (!BwaJsonUtilities::booleanValue(object, QStringLiteral("done"), task.isDone)) {
-            request->sendHttpError(BwaFcgiRequest::BadRequest); // and task is as it was
-            return;
-        }
-        sendJson(request, toJson(task));
-    }
-
-    void remove(BwaFcgiRequest* request)
-    {
-        m_service->remove(m_id);
-        request->out() << BwaHttp204StatusHeader();
-    }
-
-    TasksService* m_service; // not owned
-    int m_id;
-};
-//! [task-processor]
-
-//! [tasks]
-TasksService::TasksService(BwaAbstractFcgiSessionIdentifier* identifier)
-    : BwaStandardProcessableDispatcherFcgiService(new TasksProcessor(identifier, this))
-    , m_identifier(identifier)
-    , m_lastId(0)
-{
+    group.post("/session", loginFields,
+               [&sessions](const BwaRestCall&, const Login& login) -> BwaRestReply {
+                   if (!isRight(login)) {
+                       return BwaRestProblem(403, "Name or password is wrong");
+                   }
+                   return sessions.login(login.user, {"editor"});
+               });
+    group.put("/session", [&sessions](const BwaRestCall& call) { return sessions.renew(call); });
+    group.remove("/session",
+                 [&sessions](const BwaRestCall& call) { return sessions.logout(call); });
 }
+//! [login]
 
-const Task& TasksService::add(const QString& title)
-{
-    const int id = ++m_lastId;
-    addService(QString::number(id),
-               new BwaStandardFcgiService(new TaskProcessor(m_identifier, this, id)));
-    return *m_tasks.insert(id, {id, title, false});
-}
-
-void TasksService::remove(int id)
-{
-    m_tasks.remove(id);
-    removeService(QString::number(id))->deleteLater(); // it is still answering
-}
-//! [tasks]
-
-//! [session]
-// Logs in with POST, and out with DELETE.
-class SessionProcessor : public BwaStandardFcgiRequestProcessor
-{
-public:
-    SessionProcessor(BwaAbstractFcgiSessionIdentifier* identifier, BwaWebSessionManager* sessions)
-        : BwaStandardFcgiRequestProcessor(identifier)
-        , m_sessions(sessions)
-    {
-    }
-
-protected:
-    void processPostMethod(BwaFcgiRequest* request) override
-    {
-        QVariantMap object;
-        if (readObject(request, object)) {
-            logIn(request, object);
-        }
-        delete request;
-    }
-
-    void processDeleteMethod(BwaFcgiRequest* request) override
-    {
-        if (BwaWebSession* session = authenticateRequest(request)) {
-            session->remove();
-            request->out() << BwaHttp204StatusHeader();
-        }
-        delete request;
-    }
-
-private:
-    void logIn(BwaFcgiRequest* request, const QVariantMap& object)
-    {
-        QString user;
-        QString password;
-        BwaJsonUtilities::stringValue(object, QStringLiteral("user"), user);
-        BwaJsonUtilities::stringValue(object, QStringLiteral("password"), password);
-        if (!isPasswordRight(user, password)) {
-            request->sendHttpError(BwaFcgiRequest::Forbidden);
-            return;
-        }
-        const int tokenLifetime = 15 * 60 * 1000; // milliseconds
-        const int removalDelay = 60 * 60 * 1000;  // milliseconds
-        const BwaWebSession* session = m_sessions->createSession(user, tokenLifetime, removalDelay);
-        const QString authorization =
-            QStringLiteral("SESSION-TOKEN %1:%2")
-                .arg(session->sessionId().toString(), session->token().toString());
-        request->out() << BwaHttp201StatusJsonHeader(QStringLiteral("utf-8"));
-        writeJson(request, QVariantMap{{QStringLiteral("authorization"), authorization}});
-    }
-
-    BwaWebSessionManager* m_sessions; // not owned
-};
-//! [session]
-
-//! [main]
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fputs("usage: tasks SOCKET\n", stderr);
-        return 2;
-    }
     QCoreApplication application(argc, argv);
 
-    //! [tree]
-    // Each outlives what stands below it.
-    BwaWebSessionManager sessions;
-    BwaSessionTokenFcgiSessionIdentifier identifier(&sessions, QStringLiteral("tasks"));
-    BwaDispatcherFcgiService root;
-    root.addService(QStringLiteral("tasks"), new TasksService(&identifier));
-    root.addService(QStringLiteral("session"),
-                    new BwaStandardFcgiService(new SessionProcessor(&identifier, &sessions)));
-    //! [tree]
+    //! [main]
+    BwaRestSessions sessions("tasks");
+    Tasks tasks; // both outlive the service, whose handlers use them
+    BwaRestService api;
+    api.limit(64 * 1024); // bytes of a body
+    addLogin(api, sessions);
+    tasks.addTo(api.group("").needs(sessions, "editor"));
+    //! [main]
 
-    BwaFcgiListener listener({{QStringLiteral("/api"), &root}});
-    BwaRequestLimits limits;
-    limits.maxBodySize = 64 * 1024; // bytes
-    listener.setRequestLimits(limits);
-    QObject::connect(&listener, &BwaFcgiListener::listeningError, [] {
-        std::fputs("tasks: cannot listen\n", stderr);
-        QCoreApplication::exit(1);
-    });
-    listener.listen(QString::fromLatin1(argv[1]));
-    return application.exec();
+    return BwaRestServer({{"/api", &api}}).accessLog().run(QString::fromLatin1(argv[1]));
 }
-//! [main]

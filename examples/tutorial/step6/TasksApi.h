@@ -4,26 +4,24 @@
 #ifndef TASKSAPI_H
 #define TASKSAPI_H
 
-#include "services/BwaDispatcherFcgiService.h"
-#include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
-#include "sessions/BwaWebSessionManager.h"
+#include "Tasks.h"
 
 //! [api]
-/** The whole API without its listener, so that the tests can have it, too. */
+/** The whole API without its server, so that the tests can have it, too. */
 class TasksApi
 {
-    Q_DISABLE_COPY(TasksApi)
-
 public:
     TasksApi();
 
-    BwaDispatcherFcgiService& root() { return m_root; }
+    BwaRestService& service() { return m_service; }
 
 private:
+    void addLogin();
+
     // Each outlives what stands below it.
-    BwaWebSessionManager m_sessions;
-    BwaSessionTokenFcgiSessionIdentifier m_identifier;
-    BwaDispatcherFcgiService m_root;
+    BwaRestSessions m_sessions{"tasks"};
+    Tasks m_tasks;
+    BwaRestService m_service;
 };
 //! [api]
 

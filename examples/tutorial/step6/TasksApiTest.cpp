@@ -3,13 +3,11 @@
 
 #include "TasksApi.h"
 
-#include "json/BwaJson.h"
 #include "testing/BwaTestRequest.h"
 
-#include <QCoreApplication>
-#include <QVariant>
-
 #include <gtest/gtest.h>
+
+#include <bwebapi/bwebapi.h>
 
 //! [fixture]
 class TasksApiTest : public testing::Test
@@ -20,8 +18,17 @@ protected:
     {
         BwaTestRequest request("POST", "/session");
         request.setBody("application/json", R"({"user": "ann", "password": "tea and biscuits"})");
-        const QVariantMap reply = BwaJson::parse(request.sendTo(api.root()).body).toMap();
-        return reply.value(QStringLiteral("authorization")).toString().toLatin1();
+        const QVariantMap reply = BwaJson::parse(request.sendTo(api.service()).body).toMap();
+        return "SESSION-TOKEN " + reply["session"].toByteArray() + ':' +
+            reply["token"].toByteArray();
+    }
+
+    BwaTestReply add(const QByteArray& json)
+    {
+        BwaTestRequest request("POST", "/tasks");
+        request.setHeader("Authorization", logIn());
+        request.setBody("application/json", json);
+        return request.sendTo(api.service());
     }
 
     int argumentCount = 0;
@@ -33,30 +40,34 @@ protected:
 //! [tests]
 TEST_F(TasksApiTest, GivenNoSessionAsksForOne)
 {
-    const BwaTestReply reply = BwaTestRequest("GET", "/tasks").sendTo(api.root());
+    const BwaTestReply reply = BwaTestRequest("GET", "/tasks").sendTo(api.service());
 
     EXPECT_EQ(reply.statusCode, 401);
-    EXPECT_EQ(reply.header("WWW-Authenticate"), "SESSION-TOKEN, realm=\"tasks\"");
+    EXPECT_EQ(reply.header("WWW-Authenticate"), "SESSION-TOKEN realm=\"tasks\"");
 }
 
 TEST_F(TasksApiTest, GivenATitleAddsATask)
 {
-    BwaTestRequest request("POST", "/tasks");
-    request.setHeader("Authorization", logIn());
-    request.setBody("application/json", R"({"title": "Buy tea"})");
-
-    const BwaTestReply reply = request.sendTo(api.root());
+    const BwaTestReply reply = add(R"({"title": "Buy tea"})");
 
     EXPECT_EQ(reply.statusCode, 201);
-    EXPECT_EQ(reply.body, "{\"done\":false,\"id\":1,\"title\":\"Buy tea\"}\n");
+    EXPECT_EQ(reply.header("Location"), "/tasks/1");
+    EXPECT_EQ(reply.body, R"({"done":false,"id":1,"title":"Buy tea"})");
 }
 //! [tests]
 
-TEST_F(TasksApiTest, GivenNoTitleIsABadRequest)
+TEST_F(TasksApiTest, GivenNoTitleSaysSo)
 {
-    BwaTestRequest request("POST", "/tasks");
-    request.setHeader("Authorization", logIn());
-    request.setBody("application/json", "{}");
+    const BwaTestReply reply = add("{}");
 
-    EXPECT_EQ(request.sendTo(api.root()).statusCode, 400);
+    EXPECT_EQ(reply.statusCode, 422);
+    EXPECT_TRUE(reply.body.contains(R"({"detail":"is missing","pointer":"#/title"})"));
+}
+
+TEST_F(TasksApiTest, GivenAWrongPasswordRefusesIt)
+{
+    BwaTestRequest request("POST", "/session");
+    request.setBody("application/json", R"({"user": "ann", "password": "coffee"})");
+
+    EXPECT_EQ(request.sendTo(api.service()).statusCode, 403);
 }
