@@ -64,6 +64,7 @@ void Accounts::addTo(BwaRestGroup& group)
         .says("Logs out");
 }
 
+//! [login]
 // In a thread of the pool, since a hash takes long. For a user who is unknown it takes as long.
 BwaRestReply Accounts::logIn(const BwaRestCall& call, const QString& user, const QString& password)
 {
@@ -78,3 +79,4 @@ BwaRestReply Accounts::logIn(const BwaRestCall& call, const QString& user, const
                            : BwaRestReply(BwaRestProblem(403, "Name or password is wrong"));
         });
 }
+//! [login]

@@ -28,6 +28,7 @@ const auto queryFields =
         .add("label", &DeviceQuery::label, BwaRestRule::any().orDefault())
         .add("search", &DeviceQuery::search, BwaRestRule::length(0, 64).orDefault());
 
+//! [tag]
 // Of the content, so that the same tag never stands for two of them, also after a restart.
 QByteArray tagOf(const Device& device)
 {
@@ -40,6 +41,7 @@ BwaRestReply shown(const Device& device)
 {
     return BwaRestReply(deviceFields.json(device)).etag(tagOf(device));
 }
+//! [tag]
 
 bool isWanted(const Device& device, const DeviceQuery& query)
 {
@@ -56,6 +58,7 @@ Devices::Devices(BwaRestEvents& events)
 {
 }
 
+//! [routes]
 void Devices::addTo(BwaRestGroup& readers, BwaRestGroup& operators)
 {
     readers
@@ -89,7 +92,9 @@ void Devices::addTo(BwaRestGroup& readers, BwaRestGroup& operators)
         return BwaRestReply::empty();
     });
 }
+//! [routes]
 
+//! [at]
 Device& Devices::at(const BwaRestCall& call)
 {
     const auto device = m_devices.find(call.number("id"));
@@ -98,6 +103,7 @@ Device& Devices::at(const BwaRestCall& call)
     }
     return *device;
 }
+//! [at]
 
 BwaRestReply Devices::list(const DeviceQuery& query) const
 {

@@ -14,6 +14,7 @@ constexpr int buses = 8;
 
 } // namespace
 
+//! [work]
 QVariantList scanBus(qint64 bus, const BwaRestCancel& cancel)
 {
     QVariantList found;
@@ -25,23 +26,28 @@ QVariantList scanBus(qint64 bus, const BwaRestCancel& cancel)
     }
     return found;
 }
+//! [work]
 
 Gateway::Gateway(const GatewaySettings& settings)
     : m_accounts(settings.accounts)
     , m_firmware(settings.folder, m_events)
 {
+    //! [service]
     m_pool.setMaxThreadCount(poolThreads);
     m_service.setPool(&m_pool, mostWaiting);
     m_service.allowOrigins(settings.origins, true);
     m_service.limit(mostBodyBytes);
+    //! [service]
     if (settings.allowsHttp) {
         m_accounts.sessions().allowHttp();
     }
 
     m_accounts.addTo(m_service);
+    //! [groups]
     BwaRestGroup& readers = m_service.group("").needs(m_accounts.sessions());
     BwaRestGroup& operators = m_service.group("").needs(m_accounts.sessions(), "operator");
     m_devices.addTo(readers.group("/devices"), operators.group("/devices"));
+    //! [groups]
     m_firmware.addTo(readers, operators);
     readers.get("/events", [this](const BwaRestCall& call) { return m_events.join(call); })
         .says("What happens to devices and images, as server-sent events");
@@ -49,6 +55,7 @@ Gateway::Gateway(const GatewaySettings& settings)
     addDescription();
 }
 
+//! [scan]
 void Gateway::addScan(BwaRestGroup& operators, const BusScan& scan, int scanTime)
 {
     operators.post("/buses/{bus:int}/scan", [this, scan, scanTime](const BwaRestCall& call) {
@@ -64,6 +71,7 @@ void Gateway::addScan(BwaRestGroup& operators, const BusScan& scan, int scanTime
             scanTime);
     });
 }
+//! [scan]
 
 void Gateway::addDescription()
 {

@@ -4,12 +4,14 @@
 #include "Gateway.h"
 
 #include <QCommandLineParser>
+#include <QFile>
 
 #include <cstdio>
 #include <iostream>
 
 namespace {
 
+//! [serve]
 int serve(const QString& socket, const GatewaySettings& settings)
 {
     try {
@@ -20,6 +22,7 @@ int serve(const QString& socket, const GatewaySettings& settings)
         return 1;
     }
 }
+//! [serve]
 
 } // namespace
 
@@ -46,5 +49,7 @@ int main(int argc, char** argv)
     settings.folder = options.value("folder");
     settings.origins = options.values("origin");
     settings.allowsHttp = options.isSet("allow-http");
-    return serve(options.isSet("socket") ? options.value("socket") : QString(), settings);
+    const QByteArray path =
+        QFile::encodeName(options.value("socket")); // its bytes are Latin-1 here
+    return serve(options.isSet("socket") ? QString::fromLatin1(path) : QString(), settings);
 }
