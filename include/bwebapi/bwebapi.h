@@ -60,6 +60,7 @@
 #include "services/BwaStandardProcessableDispatcherFcgiService.h"
 #include "sessions/BwaAbstractFcgiSessionIdentifier.h"
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
+#include "sessions/BwaSessionCredentials.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"

@@ -20,6 +20,11 @@ BwaCookiesFcgiSessionIdentifier::~BwaCookiesFcgiSessionIdentifier() = default;
 
 BwaWebSession* BwaCookiesFcgiSessionIdentifier::session(BwaFcgiRequest* request)
 {
+    return BwaSessionAuthentication::authenticatedSession(m_sessionManager, credentials(request));
+}
+
+BwaSessionCredentials BwaCookiesFcgiSessionIdentifier::credentials(BwaFcgiRequest* request) const
+{
     const QList<BwaHttpCookie> cookies = request->cgiRequest()->environment().cookies();
     const BwaHttpCookie* sessionId = nullptr;
     const BwaHttpCookie* token = nullptr;
@@ -30,9 +35,8 @@ BwaWebSession* BwaCookiesFcgiSessionIdentifier::session(BwaFcgiRequest* request)
             token = &cookie;
         }
         if (sessionId && token) {
-            return BwaSessionAuthentication::authenticatedSession(m_sessionManager,
-                                                                  sessionId->value, token->value);
+            return {QUuid(sessionId->value), QUuid(token->value)};
         }
     }
-    return nullptr;
+    return {};
 }

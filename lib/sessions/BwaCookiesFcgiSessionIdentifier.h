@@ -5,6 +5,7 @@
 #define BWACOOKIESFCGISESSIONIDENTIFIER_H
 
 #include "sessions/BwaAbstractFcgiSessionIdentifier.h"
+#include "sessions/BwaSessionCredentials.h"
 
 #include <QString>
 
@@ -29,6 +30,8 @@ public:
      */
     BwaWebSession* session(BwaFcgiRequest* request) override;
 
+    /** What @a request presents, as session() reads it; nothing is looked up. */
+    BwaSessionCredentials credentials(BwaFcgiRequest* request) const;
     /** The manager that has the sessions; not owned. */
     const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
     /** The name of the cookie with the session's id. */

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "sessions/BwaSessionAuthentication_p.h"
+#include "sessions/BwaSessionCredentials.h"
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 
-#include <QString>
 #include <QUuid>
 
 namespace {
@@ -25,15 +25,13 @@ bool areEqual(const QUuid& first, const QUuid& second)
 
 } // namespace
 
-BwaWebSession* BwaSessionAuthentication::authenticatedSession(const BwaWebSessionManager* manager,
-                                                              const QString& sessionId,
-                                                              const QString& token)
+BwaWebSession*
+BwaSessionAuthentication::authenticatedSession(const BwaWebSessionManager* manager,
+                                               const BwaSessionCredentials& credentials)
 {
-    const QUuid id(sessionId);
-    const QUuid presentedToken(token);
-    if (id.isNull() || presentedToken.isNull()) {
+    if (credentials.sessionId.isNull() || credentials.token.isNull()) {
         return nullptr;
     }
-    BwaWebSession* const session = manager->findSession(id);
-    return session && areEqual(session->token(), presentedToken) ? session : nullptr;
+    BwaWebSession* const session = manager->findSession(credentials.sessionId);
+    return session && areEqual(session->token(), credentials.token) ? session : nullptr;
 }

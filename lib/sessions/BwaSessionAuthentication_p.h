@@ -6,19 +6,18 @@
 
 class BwaWebSession;
 class BwaWebSessionManager;
-class QString;
+struct BwaSessionCredentials;
 
 /** What the session identifiers have in common. */
 namespace BwaSessionAuthentication {
 
 /**
- * The session with the id @a sessionId if @a token is its current token, else null. Both are texts
- * that QUuid reads as UUIDs, which may lack braces and go on with other text; with any other text
- * the result is null. The comparison of the tokens takes the same time wherever they differ, so
+ * The session of that id if its current token is the presented one, else null; also null when the
+ * id or the token is. The comparison of the tokens takes the same time wherever they differ, so
  * that a client cannot guess a token piece by piece.
  */
-BwaWebSession* authenticatedSession(const BwaWebSessionManager* manager, const QString& sessionId,
-                                    const QString& token);
+BwaWebSession* authenticatedSession(const BwaWebSessionManager* manager,
+                                    const BwaSessionCredentials& credentials);
 
 } // namespace BwaSessionAuthentication
 

@@ -24,18 +24,23 @@ BwaSessionTokenFcgiSessionIdentifier::~BwaSessionTokenFcgiSessionIdentifier() = 
 
 BwaWebSession* BwaSessionTokenFcgiSessionIdentifier::session(BwaFcgiRequest* request)
 {
+    return BwaSessionAuthentication::authenticatedSession(m_sessionManager, credentials(request));
+}
+
+BwaSessionCredentials
+BwaSessionTokenFcgiSessionIdentifier::credentials(BwaFcgiRequest* request) const
+{
     const QString authorization = request->cgiRequest()->environment().httpAuthorization();
     const QStringList schemeAndCredentials = authorization.split(QLatin1Char(' '));
     if (schemeAndCredentials.size() != 2 ||
         schemeAndCredentials.first() != S_AUTHENTICATION_SCHEME_NAME) {
-        return nullptr;
+        return {};
     }
     const QStringList credentials = schemeAndCredentials.last().split(QLatin1Char(':'));
     if (credentials.size() != 2) {
-        return nullptr;
+        return {};
     }
-    return BwaSessionAuthentication::authenticatedSession(m_sessionManager, credentials.first(),
-                                                          credentials.last());
+    return {QUuid(credentials.first()), QUuid(credentials.last())};
 }
 
 void BwaSessionTokenFcgiSessionIdentifier::sendUnauthorizedReply(BwaFcgiRequest* request)

@@ -5,6 +5,7 @@
 #define BWASESSIONTOKENFCGISESSIONIDENTIFIER_H
 
 #include "sessions/BwaAbstractFcgiSessionIdentifier.h"
+#include "sessions/BwaSessionCredentials.h"
 
 #include <QString>
 
@@ -27,6 +28,8 @@ public:
     BwaWebSession* session(BwaFcgiRequest* request) override;
     void sendUnauthorizedReply(BwaFcgiRequest* request) override;
 
+    /** What @a request presents, as session() reads it; nothing is looked up. */
+    BwaSessionCredentials credentials(BwaFcgiRequest* request) const;
     /** The manager that has the sessions; not owned. */
     const BwaWebSessionManager* sessionManager() const { return m_sessionManager; }
     /** The realm of the challenge. */

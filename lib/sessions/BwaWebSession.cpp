@@ -49,6 +49,19 @@ BwaWebSession::BwaWebSession(const QString& username, const QUuid& sessionId, co
              username.toLocal8Bit().constData());
 }
 
+BwaWebSession::BwaWebSession(const QString& username, const QUuid& sessionId, const QUuid& token,
+                             TokenState state, QObject* parent)
+    : QObject(parent)
+    , m_sessionId(sessionId)
+    , m_token(token)
+    , m_tokenExpired(state == ExpiredToken)
+    , m_removalStarted(false)
+    , m_username(username)
+    , m_tokenLifetime(-1)
+    , m_removalDelay(-1)
+{
+}
+
 BwaWebSession::~BwaWebSession()
 {
     BwaSessionTimers::stop(&m_tokenTimer);

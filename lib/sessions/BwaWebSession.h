@@ -62,6 +62,17 @@ public Q_SLOTS:
     /** Emits aboutToRemove(), and lets the event loop delete the session. */
     void remove();
 
+protected:
+    /** Whether a token is still accepted. */
+    enum TokenState { ValidToken, ExpiredToken };
+
+    /**
+     * A session that is kept elsewhere, such as in a database: for classes that show one. Nothing
+     * expires or removes it here, and nothing warns of that.
+     */
+    BwaWebSession(const QString& username, const QUuid& sessionId, const QUuid& token,
+                  TokenState state, QObject* parent);
+
 private Q_SLOTS:
     void expireToken();
 
