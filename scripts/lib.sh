@@ -8,11 +8,12 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
-test_packages=("${demo_packages[@]}" libgtest-dev libgmock-dev nginx-light
+redis_packages=(libhiredis-dev libssl-dev)
+test_packages=("${demo_packages[@]}" "${redis_packages[@]}" redis-server redis-sentinel openssl libgtest-dev libgmock-dev nginx-light
     apache2-bin libapache2-mod-fcgid haproxy caddy h2o make systemd wrk)
 fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libclang-rt-14-dev llvm-14)
 browser_packages=("${demo_packages[@]}" chromium)
-package_packages=(debhelper dpkg-dev lintian)
+package_packages=("${redis_packages[@]}" debhelper dpkg-dev lintian)
 docs_packages=(doxygen doxygen-awesome-css graphviz perl-base)
 musl_packages=("${test_packages[@]}" g++-arm-linux-gnueabihf qemu-user autoconf automake libtool
     dpkg-dev tcl xz-utils)
@@ -83,7 +84,7 @@ keep_idle()
         case $package in
         lighttpd | nginx-light) disable_service "${package%-light}" ;;
         apache2*) disable_service apache2 ;;
-        haproxy | caddy | h2o) disable_service "$package" ;;
+        haproxy | caddy | h2o | redis-server | redis-sentinel) disable_service "$package" ;;
         php-fpm) disable_service "$(basename -a /lib/systemd/system/php*-fpm.service)" ;;
         esac
     done

@@ -26,7 +26,7 @@ by_pkg_config()
 # use_installed FOLDER PREFIX LIBRARIES: builds the programs below FOLDER in each way, and runs them
 use_installed()
 {
-    diff <(cd "$root" && find lib rest testing include -name '*.h' ! -name '*_p.h' |
+    diff <(cd "$root" && find lib rest redis testing include -name '*.h' ! -name '*_p.h' |
         sed 's#^lib/\|^include/bwebapi/##' | sort) \
         <(cd "$2/include/bwebapi" && find . -name '*.h' | sed 's|^\./||' | sort) ||
         fail "the installed headers are not the public ones"
@@ -38,8 +38,10 @@ use_installed()
     expect_greeting "$1/by-cmake/consumer" "$3"
     expect_greeting "$1/by-cmake/consumer_testing" "$3"
     expect_greeting "$1/by-cmake/consumer_rest" "$3"
+    expect_greeting "$1/by-cmake/consumer_redis" "$3"
 
     by_pkg_config "$1" "$3" bwebapi main.cpp
     by_pkg_config "$1" "$3" bwebapi-testing testing.cpp
     by_pkg_config "$1" "$3" "bwebapi-rest bwebapi-testing" rest.cpp
+    by_pkg_config "$1" "$3" bwebapi-redis redis.cpp
 }

@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: The Brindo Web API authors
+// SPDX-License-Identifier: MIT
+
+#ifndef REDISTEST_H
+#define REDISTEST_H
+
+#include "redis/BwaRedisSession.h"
+#include "redis/BwaRedisSessions.h"
+#include "redis/RedisServer.h"
+#include "sessions/MessageRecorder.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+/** Settings for tests: a busy machine may be slow, and after a failure nothing pauses. */
+inline BwaRedisSettings settingsFor(const QStringList& addresses)
+{
+    BwaRedisSettings settings;
+    settings.addresses = addresses;
+    settings.timeout = 5000;
+    settings.replicaTimeout = 5000;
+    settings.pause = 0;
+    return settings;
+}
+
+inline BwaRedisSettings settingsFor(const RedisServer& server)
+{
+    return settingsFor(QStringList{server.path()});
+}
+
+/** What a client keeps of its session. */
+struct Credentials {
+    Credentials() = default;
+    explicit Credentials(const BwaWebSession* session)
+        : id(session ? session->sessionId() : QUuid())
+        , token(session ? session->token() : QUuid())
+    {
+    }
+
+    QUuid id;
+    QUuid token;
+};
+
+inline BwaRedisSession* find(BwaRedisSessions& sessions, const Credentials& credentials)
+{
+    return sessions.find(credentials.id, credentials.token);
+}
+
+/** An application, for processes and for sessions that the event loop deletes. */
+class RedisTest : public testing::Test
+{
+protected:
+    static QStringList warnings(const MessageRecorder& recorder)
+    {
+        QStringList texts;
+        for (const auto& message : recorder.messages()) {
+            texts.append(message.second);
+        }
+        return texts;
+    }
+
+    const QString ann = QStringLiteral("ann");
+    const QString bob = QStringLiteral("bob");
+
+private:
+    char m_name[10] = "test";
+    char* m_arguments[2] = {m_name, nullptr};
+    int m_argumentCount = 1;
+    QCoreApplication m_application{m_argumentCount, m_arguments};
+};
+
+#endif
