@@ -30,6 +30,8 @@ function(bwa_target_defaults target)
     target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic
+        # Without it, ccache would not notice a change of a precompiled header (its manual).
+        $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
         $<$<CXX_COMPILER_ID:Clang>:-Wshadow>
         $<$<BOOL:${BWA_WERROR}>:-Werror>)
     bwa_harden(${target})

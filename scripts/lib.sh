@@ -19,7 +19,14 @@ musl_packages=("${test_packages[@]}" g++-arm-linux-gnueabihf qemu-user autoconf 
     dpkg-dev tcl xz-utils)
 qt6_packages=(qt6-base-dev libqt6core5compat6-dev)
 ci_packages=("${test_packages[@]}" "${package_packages[@]}" clang-14 clang-format-14 clang-tidy-14 shellcheck
-    abigail-tools locales musl libclang-rt-14-dev llvm-14 valgrind)
+    abigail-tools ccache locales musl libclang-rt-14-dev llvm-14 valgrind)
+
+# With ccache, what one build has compiled is not compiled again by the next one. The settings are
+# those that its manual asks for when there are precompiled headers, and several folders of builds.
+if command -v ccache >/dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+    export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+fi
 
 say()
 {
