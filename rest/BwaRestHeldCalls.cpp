@@ -15,6 +15,15 @@
 
 #include <utility>
 
+namespace {
+
+BwaRestReply stopped()
+{
+    return BwaRestProblem(503, QString::fromLatin1("The service stops"));
+}
+
+} // namespace
+
 BwaRestHeldCalls::BwaRestHeldCalls()
     : m_mailbox(std::make_shared<BwaRestMailbox>(this))
 {
@@ -57,6 +66,10 @@ void BwaRestHeldCalls::conclude(std::unique_ptr<BwaRestExchange> exchange,
 void BwaRestHeldCalls::hold(std::unique_ptr<BwaRestExchange> exchange,
                             const BwaRestLaterState& state, const BwaRestReply& reply)
 {
+    if (m_calls.count(state.id()) == 0) { // all calls were ended while the handler ran
+        exchange->write(stopped());
+        return;
+    }
     Call& call = m_calls[state.id()];
     call.exchange = std::move(exchange);
     if (state.deadline() >= 0) {
@@ -157,7 +170,7 @@ void BwaRestHeldCalls::endAll()
         }
         if (call.exchange) {
             stopTimer(call);
-            call.exchange->write(BwaRestProblem(503, QString::fromLatin1("The service stops")));
+            call.exchange->write(stopped());
         }
     }
 }
