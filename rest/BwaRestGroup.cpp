@@ -6,6 +6,8 @@
 #include "rest/BwaRestRouter_p.h"
 #include "rest/BwaRestSessions.h"
 
+#include <stdexcept>
+
 namespace {
 
 const qint64 defaultLimit = 1048576; // bytes
@@ -79,6 +81,9 @@ BwaRestGroup& BwaRestGroup::needs(const BwaRestSessions& sessions, const QString
 
 BwaRestGroup& BwaRestGroup::limit(qint64 bodySize)
 {
+    if (bodySize < 0) {
+        throw std::logic_error("The limit of a body is negative");
+    }
     m_limit = bodySize;
     return *this;
 }

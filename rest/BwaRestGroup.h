@@ -116,7 +116,10 @@ public:
      * @a sessions is not owned.
      */
     BwaRestGroup& needs(const BwaRestSessions& sessions, const QString& role = QString());
-    /** How many bytes a body may have, here and in the groups below; 1 MiB unless set. */
+    /**
+     * How many bytes a body may have, here and in the groups below; 1 MiB unless set.
+     * @throws std::logic_error when it is negative
+     */
     BwaRestGroup& limit(qint64 bodySize);
 
     /** What limit() has set, here or above, in bytes. */

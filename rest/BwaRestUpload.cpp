@@ -3,10 +3,15 @@
 
 #include "rest/BwaRestUpload.h"
 
+#include <stdexcept>
+
 BwaRestUpload::BwaRestUpload(qint64 mostBytes, int mostParts)
     : m_mostBytes(mostBytes)
     , m_mostParts(mostParts)
 {
+    if (mostBytes < 0) {
+        throw std::logic_error("The limit of an upload is negative");
+    }
 }
 
 BwaRestUpload::~BwaRestUpload() = default;

@@ -53,6 +53,7 @@ public:
     /**
      * A body of more than @a mostBytes, or with more than @a mostParts parts, is refused with 413;
      * limits of groups do not count. So is a field that is no file and has more than 64 KiB.
+     * @throws std::logic_error when @a mostBytes is negative
      */
     explicit BwaRestUpload(qint64 mostBytes, int mostParts = 16);
     ~BwaRestUpload();
