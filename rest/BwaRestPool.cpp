@@ -41,7 +41,7 @@ BwaRestPool::BwaRestPool(QThreadPool* pool, int mostWaiting)
 
 void BwaRestPool::start(std::function<void()> work)
 {
-    if (*m_unfinished >= m_pool->maxThreadCount() + m_mostWaiting) {
+    if (*m_unfinished - m_pool->maxThreadCount() >= m_mostWaiting) {
         throw BwaRestProblem(BwaRestProblem(503).header("Retry-After", "1"));
     }
     m_pool->start(new Work(std::move(work), m_unfinished));
