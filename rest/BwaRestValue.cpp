@@ -178,11 +178,10 @@ QVariant BwaRestValue::read(const QVariant& json) const
 QString BwaRestValue::reason() const
 {
     const QString must = QStringLiteral("must be ") + QLatin1String(words[m_kind].name);
-    if (m_takesLarge) {
-        return must + QStringLiteral(" from 0 to 18446744073709551615");
-    }
+    const QString range =
+        m_takesLarge ? QStringLiteral(" from 0 to 18446744073709551615") : m_rule.shownRange();
     const QString inText = m_rule.isText ? QStringLiteral(", as a text") : QString();
-    return must + m_rule.shownRange() + m_rule.shownLength(words[m_kind].unit) + inText;
+    return must + range + m_rule.shownLength(words[m_kind].unit) + inText;
 }
 
 QVariant BwaRestValue::json(const QVariant& value) const
