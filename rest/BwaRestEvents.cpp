@@ -16,6 +16,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QObject>
+#include <QPointer>
 #include <QRandomGenerator>
 #include <QThread>
 
@@ -226,8 +227,13 @@ void BwaRestEvents::Topic::writeTo(Client& client)
         client.written += piece.size();
     }
     client.isBlocked = true;
-    client.exchange->whenReady(QSocketNotifier::Write,
-                               [this, id = client.state->id()] { goOn(id); });
+    // The exchange outlives the topic until the event loop has ended the stream.
+    const QPointer<Topic> topic(this);
+    client.exchange->whenReady(QSocketNotifier::Write, [topic, id = client.state->id()] {
+        if (topic) {
+            topic->goOn(id);
+        }
+    });
 }
 
 void BwaRestEvents::Topic::goOn(quint64 id)
