@@ -28,7 +28,9 @@ BwaRestLaterState::BwaRestLaterState(const std::shared_ptr<BwaRestMailbox>& mail
 
 BwaRestLaterState::~BwaRestLaterState()
 {
-    reply(BwaRestOutcome::failure("Nobody is left to answer the call"));
+    if (isOpen()) { // making the reply costs more than asking
+        reply(BwaRestOutcome::failure("Nobody is left to answer the call"));
+    }
 }
 
 // The functions go outside of the lock: with them may go other handles.
