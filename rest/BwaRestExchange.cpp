@@ -237,7 +237,7 @@ QByteArray BwaRestExchange::headerBlock(const BwaRestReply& reply, bool isKnown)
     const int status = isKnown ? 304 : reply.m_status;
     if (status != 200 || !reply.m_headerNames.isEmpty() || reply.m_contentType.isNull()) {
         addLine(&block, "Status", BwaRestStatus::line(status));
-    } // otherwise a Content-Type comes first, and the web server takes it for 200 (RFC 3875, 6.3.3)
+    } // otherwise there is a Content-Type and no Location, which means 200 (RFC 3875, 6.3.3)
     block += reply.m_lines;
     if (!reply.m_etag.isNull()) {
         addLine(&block, "ETag", reply.m_etag);

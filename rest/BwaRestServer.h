@@ -49,6 +49,7 @@ public:
      *
      * @return 0 when all that was accepted has been answered; 1 when it could not listen, which it
      *         says on the standard error, or when a request has stayed open
+     * @throws std::runtime_error when no descriptor is left for the signals
      */
     int run(const QString& address = QString());
 
