@@ -4,6 +4,7 @@
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
+#include "http/BwaHttp204StatusHeader.h"
 #include "http/BwaHttpStatusContentHeader.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "testing/BwaTestRequest.h"
@@ -46,6 +47,7 @@ protected:
     void processPutMethod(BwaFcgiRequest* request) override
     {
         store(request->cgiRequest()->queryVariables()); // before anything is written on out()
+        request->out() << BwaHttp204StatusHeader();
         delete request;
     }
 
