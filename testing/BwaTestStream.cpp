@@ -22,6 +22,7 @@
 #include <cerrno>
 #include <cstring>
 #include <functional>
+#include <list>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -49,8 +50,9 @@ std::runtime_error failure(const std::string& what)
 class StreamServer : public BwaAbstractFcgiService
 {
 public:
-    explicit StreamServer(const QString& scriptName)
-        : m_listener({{scriptName, this}})
+    StreamServer(const QString& scriptName, const QTemporaryDir& folder)
+        : m_folder(folder)
+        , m_listener({{scriptName, this}})
     {
         m_listener.listen(QString::fromLocal8Bit(path()));
     }
@@ -58,8 +60,11 @@ public:
     static StreamServer& of(const QByteArray& scriptName)
     {
         static auto& servers = *new std::map<QByteArray, StreamServer*>;
+        static std::list<QTemporaryDir> folders; // which are removed when the process exits
         StreamServer*& server = servers[scriptName];
-        server = server ? server : new StreamServer(QString::fromLatin1(scriptName));
+        if (!server) {
+            server = new StreamServer(QString::fromLatin1(scriptName), folders.emplace_back());
+        }
         return *server;
     }
 
@@ -82,7 +87,7 @@ public:
     }
 
 private:
-    QTemporaryDir m_folder;
+    const QTemporaryDir& m_folder;                            // not owned
     std::map<QByteArray, BwaAbstractFcgiService*> m_services; // not owned
     BwaFcgiListener m_listener;
 };
