@@ -4,8 +4,9 @@
 // Most requests come in one piece: a look at the connection finds the header, and one read of
 // libfcgi, which takes up to 8192 bytes, has the header and the whole input.
 //
-// Of any other request the header is taken from the connection here, as it comes, and libfcgi reads
-// it from a file in memory. It would wait for the rest of the header, or read into the body.
+// The header of any other request is taken from the connection here, as it comes, and libfcgi reads
+// it from a file in memory. From the connection, libfcgi would wait for the rest of the header, or
+// read into the body.
 
 #include "BwaGlobal.h"
 #include "fcgi/BwaFcgiAcceptLoop_p.h"
@@ -47,7 +48,7 @@ bool isShortage(int error)
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-// The connection, not the socket, has failed, or another process was faster.
+// Only the new connection has failed, not the listening socket, or another process has accepted it.
 bool isPassing(int error)
 {
     return error == EAGAIN || error == EINTR || error == ECONNABORTED || error == EPROTO ||
@@ -128,7 +129,8 @@ void BwaFcgiAcceptLoop::work()
     }
 }
 
-// An exception ends here, as epoll will not report the descriptors that come next again.
+// Catches exceptions, so that the caller goes on with the other descriptors: epoll will not report
+// those again.
 void BwaFcgiAcceptLoop::handle(int descriptor)
 {
     try {
@@ -144,8 +146,8 @@ void BwaFcgiAcceptLoop::handle(int descriptor)
     }
 }
 
-// Who has connected already is served. With a socket that was handed over, those who connect from
-// now on wait for the next process that is handed it.
+// Whoever has connected already is served. With a socket that was handed over, those who connect
+// from now on wait for the next process that is handed it.
 void BwaFcgiAcceptLoop::drain()
 {
     while (!m_orders.stop && acceptConnection()) { }
@@ -155,7 +157,7 @@ void BwaFcgiAcceptLoop::drain()
     whenDraining();
 }
 
-// Whether there may be another one.
+// Accepts one connection. Returns whether another one may be waiting.
 bool BwaFcgiAcceptLoop::acceptConnection()
 {
     const int connection = BwaFcgiSocket::accept(m_listening, m_webServers);
@@ -173,7 +175,7 @@ bool BwaFcgiAcceptLoop::acceptConnection()
     return true;
 }
 
-// Whether the next connection can be accepted all the same.
+// Returns whether to try the next connection in spite of the error.
 bool BwaFcgiAcceptLoop::handleAcceptError(int error)
 {
     if (isShortage(error)) {
@@ -260,7 +262,7 @@ void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size
     }
 }
 
-// Takes what there is of a header, and nothing behind it.
+// Takes the bytes of a header that have come, and nothing behind the header.
 void BwaFcgiAcceptLoop::takeHeader(int connection)
 {
     auto& header = m_connections->header(connection);
@@ -290,8 +292,8 @@ void BwaFcgiAcceptLoop::takeHeader(int connection)
     }
 }
 
-// Has libfcgi read the header, which is whole: from the connection, with all the input of the
-// request, or from @a header, which has been taken from it.
+// Makes libfcgi read the header, which is complete. It reads from @a header, or, when that is null,
+// from the connection, which then has all the input of the request as well.
 void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
 {
     m_connections->deleteEnded();
@@ -324,8 +326,9 @@ void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
     }
 }
 
-// The file, of which libfcgi will read @a header; -1, and no file any more, when that fails. It is
-// there before it is needed, as a request must not fail because descriptors have run out.
+// Writes @a header to the file from which libfcgi will read it, and returns the file; when that
+// fails, closes the file and returns -1. The file is made before it is needed, because a request
+// must not fail when descriptors have run out.
 int BwaFcgiAcceptLoop::fillHeaderFile(const QByteArray& header)
 {
     if (m_headerFile < 0) {

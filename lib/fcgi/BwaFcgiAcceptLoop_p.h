@@ -68,7 +68,7 @@ private:
     Orders m_orders;
     std::function<void(FCGX_Request*)> m_handOver;
     const QByteArray m_webServers; // the only IPv4 addresses that may connect; empty: all may
-    int m_headerFile;              // in memory; holds a header that libfcgi is to read; -1: none
+    int m_headerFile;              // in memory; for a header that libfcgi is to read; -1: none
     bool m_isDraining = false;
     qint64 m_shortSince = 0; // ms of the steady clock; 0: no shortage of descriptors
     QString m_failure;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Each call of recvmsg() takes two things: the content that is wanted, and, when that is all of the
-// record, the tail behind it: the padding and the header of the next record.
+// Each call of recvmsg() takes two things: the content that is wanted, and, when that is all that
+// is left of the record's content, the tail behind it: padding and the header of the next record.
 
 #include "fcgi/BwaFcgiBody_p.h"
 #include "fcgi/BwaFcgiRecords_p.h"
@@ -31,7 +31,8 @@ std::size_t BwaFcgiBody::read(char* buffer, std::size_t size, Wait wait)
     return taken;
 }
 
-// Takes what comes next and adds to @a taken what of it is content; false when nothing is there.
+// Takes what comes next, and adds the number of its bytes of content to @a taken. Returns false
+// when nothing has come and when the body has failed.
 bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t* taken)
 {
     char tail[256 + sizeof m_header];

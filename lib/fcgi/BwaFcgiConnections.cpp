@@ -18,11 +18,11 @@ namespace {
 
 const std::int64_t headerTime = 10000; // ms from the first byte of a header to its last
 const std::int64_t lingerTime = 1000;  // ms that an ended connection waits for its close
-const std::int64_t drainTime = 1000;   // ms that a new connection has for its request at the end
-const std::int64_t lastUseTime = 200;  // ms that a kept connection has for it
-const std::int64_t silentTime = 1000;  // ms after which a connection may go for a new one
+const std::int64_t drainTime = 1000;  // ms that a new connection has for its request while draining
+const std::int64_t lastUseTime = 200; // ms that a kept connection has for one while draining
+const std::int64_t silentTime = 1000; // ms of silence, after which closeOldest() may close one
 const int mostEvents = 64;
-const int mostReads = 16; // of an ended connection, at a time
+const int mostReads = 16; // of an ended connection, before others have their turn
 
 std::int64_t now()
 {
@@ -30,7 +30,8 @@ std::int64_t now()
     return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
 }
 
-// Only where the next byte begins a record: behind the whole input of a request.
+// Whether an ABORT_REQUEST comes next. To be called only when the whole input of the request has
+// been read, so that the next byte begins a record.
 bool isAborted(int connection)
 {
     char bytes[BwaFcgiRecords::headerSize];
@@ -97,7 +98,8 @@ void BwaFcgiConnections::close()
     }
 }
 
-// A web server may have picked a connection just now, for a request that is on its way.
+// Connections that wait are not closed at once: a web server may have picked one just now, for a
+// request that is on its way.
 void BwaFcgiConnections::stopKeeping(int listening)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -182,7 +184,7 @@ void BwaFcgiConnections::tellGone(int descriptor)
         m_gone.push_back(descriptor);
         whenGone();
     } catch (const std::exception&) {
-        // Without memory nobody is told, but isGone() knows.
+        // When memory is short, nobody is told, but isGone() still answers.
     }
 }
 
@@ -214,7 +216,9 @@ void BwaFcgiConnections::add(int connection)
     if (index >= m_connections.size()) {
         m_connections.resize(index + 1);
     }
-    changeState(m_connections[index], Connection::Closed); // by another owner, if it was served
+    // The entry of an earlier connection with this descriptor may still be Served, when the owner
+    // of its request has closed it.
+    changeState(m_connections[index], Connection::Closed);
     m_connections[index] = Connection();
     beginWaiting(m_connections[index]);
     if (!m_keeps) {
@@ -227,7 +231,7 @@ void BwaFcgiConnections::watchInput(int connection)
     const std::lock_guard<std::mutex> lock(m_mutex);
     Connection& waiting = m_connections[static_cast<std::size_t>(connection)];
     if (m_keeps) {
-        waiting.deadline = 0; // the record that had to be whole by then has been read
+        waiting.deadline = 0; // for a record, which has been read in time
     }
     if (!watchWithEpoll(connection, waiting)) {
         release(connection);
@@ -263,13 +267,15 @@ void BwaFcgiConnections::serve(int connection, FCGX_Request* request, bool input
     if (isForListener) {
         m_untaken.push_back(request);
     } else {
-        // Whoever takes it leaves the reading to libfcgi, and gives no connection back.
+        // Whoever receives the request has libfcgi read its input, from a connection that must
+        // block for that, and does not give the connection back.
         ::fcntl(connection, F_SETFL, 0);
         request->keepConnection = 0;
     }
     Connection& served = m_connections[static_cast<std::size_t>(connection)];
     changeState(served, Connection::Served);
-    served.hasNews = !inputIsWhole; // the next request may be there, and was reported already
+    // Behind unread input there may be the next request, which epoll has reported already.
+    served.hasNews = !inputIsWhole;
     served.inputIsWhole = inputIsWhole;
     served.deadline = 0;
     served.header.reset();
@@ -425,7 +431,7 @@ void BwaFcgiConnections::signalWakeUp()
 {
     const std::uint64_t one = 1;
     if (m_wakeUp >= 0 && ::write(m_wakeUp, &one, sizeof one) < 0) {
-        // It has been signalled 2^64 times already, so the waiter is awake.
+        // It fails only when the counter is full, after almost 2^64 signals.
     }
 }
 
@@ -467,7 +473,7 @@ void BwaFcgiConnections::closeOverdue()
     }
 }
 
-// To watch a connection again makes epoll report what is there already.
+// Watching a connection once more makes epoll report input that is there already.
 bool BwaFcgiConnections::watchWithEpoll(int descriptor, Connection& connection)
 {
     epoll_event event = {};
@@ -493,7 +499,7 @@ void BwaFcgiConnections::release(int descriptor)
     }
 }
 
-// False when it has been closed already.
+// Returns false when the connection has been closed already.
 bool BwaFcgiConnections::markClosed(int descriptor)
 {
     Connection& connection = m_connections[static_cast<std::size_t>(descriptor)];

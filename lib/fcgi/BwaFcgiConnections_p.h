@@ -108,7 +108,10 @@ public:
     /** Makes the next request that nobody has taken the caller's; null when there is none. */
     FCGX_Request* takeNext();
 
-    /** nextGone() is to return @a request once when its client has gone; null: none any more. */
+    /**
+     * Makes nextGone() return @a request, once, when its client has gone. With null, it returns no
+     * request of this connection any more.
+     */
     void watch(int connection, BwaFcgiRequest* request);
     /** All input of the request has been read: an ABORT_REQUEST may come next. */
     void noteEndOfInput(int connection);
@@ -118,11 +121,12 @@ public:
     BwaFcgiRequest* nextGone();
 
     /**
-     * Deletes @a request, of which nothing is left but its parameters, in the accepting thread,
-     * soon: memory is cheapest where the thread that allocated it also frees it.
+     * Deletes @a request, of which nothing is left but its parameters. The accepting thread does so
+     * soon, because the thread that allocated memory frees it fastest; but one request at most
+     * waits for that, and a further call deletes it at once.
      */
     void deleteLater(FCGX_Request* request) { deleteParameters(m_ended.exchange(request)); }
-    /** Does so now; for the accepting thread. */
+    /** Deletes the request that waits for it. For the accepting thread. */
     void deleteEnded() { deleteParameters(m_ended.exchange(nullptr)); }
 
     /** Waits for the next request on a connection whose input has been read. */
@@ -137,9 +141,11 @@ public:
     /** Ends wait() and waitForRoom(). */
     void wake();
 
-    bool isForListener = false;              // requests are taken with take(); set before open()
-    BwaFcgiListener* listener = nullptr;     // not owned; for its own thread; null once it has gone
-    std::function<void()> whenGone;          // called by wait() when nextGone() has a request
+    bool isForListener = false;          // requests are taken with take(); set before open()
+    BwaFcgiListener* listener = nullptr; // not owned; for its own thread; null once it has gone
+    // Called when nextGone() has a request: by wait() and watch(), so in either thread. It must not
+    // call this object, which is locked.
+    std::function<void()> whenGone;
     std::atomic<int> transferTimeout{10000}; // ms, of a served connection; 0: none
 
 private:
@@ -181,7 +187,7 @@ private:
     std::vector<Connection> m_connections; // by descriptor
     std::size_t m_counts[4] = {};          // of connections in each state
     std::deque<FCGX_Request*> m_untaken;   // owned; in the order of acceptance
-    std::deque<int> m_gone;                // connections that have closed; their requests are told
+    std::deque<int> m_gone;                // connections whose requests nextGone() is to return
     std::atomic<std::int64_t> m_nextDeadline{0}; // ms of the steady clock; 0: none
 
     std::atomic<FCGX_Request*> m_ended{nullptr}; // owned; to be deleted

@@ -68,7 +68,8 @@ int BwaFcgiExchange::readWith(BwaFcgiBody::Wait wait, char* buffer, int size)
                   : FCGX_GetStr(buffer, size, m_request->in);
 }
 
-// Without m_body, libfcgi has all of the input, or the connection is one that waits.
+// Without m_body, libfcgi reads. It has all of the input already, unless the connection is not a
+// listener's: then it waits.
 QByteArray BwaFcgiExchange::readAvailable(unsigned int most)
 {
     QByteArray bytes(static_cast<BwaSize>(std::min(most, BwaReadInPieces::mostBytes)),

@@ -25,8 +25,8 @@ class BwaFcgiExchange
 {
 public:
     /**
-     * Takes over @a request, which must come from plain new. Without @a connections its connection
-     * is not a listener's: it is closed at the end.
+     * Takes over @a request, which must come from plain new. Unless join() is called, the
+     * connection is not a listener's, and is closed at the end.
      */
     explicit BwaFcgiExchange(FCGX_Request* request);
     /**
@@ -43,7 +43,10 @@ public:
      * end and when the web server fails.
      */
     int read(char* buffer, int size);
-    /** What of the body has come, @a most bytes of it at most; never waits. */
+    /**
+     * Up to @a most bytes of the body that have come and have not been read. Never waits when the
+     * connection is a listener's.
+     */
     QByteArray readAvailable(unsigned int most);
     /** Whether readAvailable() will return nothing more. */
     bool bodyIsOver() const;
@@ -57,7 +60,10 @@ public:
     /** Tells @a request through the listener, once, when isGone() becomes true. */
     void watch(BwaFcgiRequest* request);
 
-    /** Ends the reply. The connection is kept, or closed, if need be when its input has ended. */
+    /**
+     * Ends the reply. The connection is kept or closed; when the request's input has not ended yet,
+     * it is closed a little later.
+     */
     void complete();
     /** Ends a request that nobody answers: its connection is closed at once. */
     static void drop(FCGX_Request* request, BwaFcgiConnections* connections);
@@ -68,7 +74,7 @@ private:
     void leaveConnection(bool isReplySent);
 
     FCGX_Request* m_request;                          // owned
-    QSharedPointer<BwaFcgiConnections> m_connections; // null: the connection is the request's
+    QSharedPointer<BwaFcgiConnections> m_connections; // null: not a listener's connection
     std::optional<BwaFcgiBody> m_body;                // unless libfcgi reads the input
     bool m_isBlocking = true;
 };

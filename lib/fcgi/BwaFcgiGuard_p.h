@@ -7,8 +7,8 @@
 #include "fcgi/BwaFcgiRequest.h"
 
 /**
- * Knows, as long as it lives, whether a request has been deleted. Guards of one request nest: a
- * processor's lives within its dispatcher's, that one within the listener's.
+ * Knows, as long as it lives, whether a request has been deleted. Guards of one request nest: that
+ * of a processor lives within that of its dispatcher, and this one within that of the listener.
  */
 class BwaFcgiRequest::Guard
 {

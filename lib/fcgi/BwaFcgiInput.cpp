@@ -23,9 +23,10 @@ unsigned int hashOf(const Character* name, BwaSize size)
 
 const unsigned int smallRead = 4096; // bytes
 
-// Small reads go into this buffer and return it; while a caller keeps what it got, other reads
-// allocate. Each new array above 1 KiB makes malloc join all small pieces that are free, and split
-// them again for the strings of the request. That was a quarter of the cost of a form of 50 fields.
+// Small reads return this buffer, so that they allocate nothing; while a caller keeps what it got,
+// other reads allocate. An allocation above 1 KiB makes malloc join all small free pieces, and then
+// split them again for the strings of the request. That was a quarter of the cost of a form of 50
+// fields.
 QByteArray& keptBuffer()
 {
     thread_local QByteArray buffer = [] {
@@ -38,8 +39,8 @@ QByteArray& keptBuffer()
 
 } // namespace
 
-// Few of the variables are ever asked for: the bytes are copied in one go, and turned into text
-// when they are.
+// Few of the variables are ever asked for. So their bytes are copied in one go, and getenv() makes
+// text of those that it is asked for.
 BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
     : m_request(request)
     , m_exchange(nullptr)

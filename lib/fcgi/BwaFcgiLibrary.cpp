@@ -23,7 +23,10 @@ static void recordSignal(int signal)
 }
 }
 
-/** Records a signal as long as it lives, and then raises it. libfcgi leaves such a signal alone. */
+/**
+ * Records a signal while this object lives, and raises it afterwards. libfcgi installs no handler
+ * for a signal that has one already.
+ */
 class SignalRecorder
 {
 public:

@@ -57,7 +57,8 @@ BwaFcgiListener::~BwaFcgiListener()
     do {
         m_worker.stopListening();
     } while (!m_thread.wait(stopInterval));
-    // ThreadSanitizer does not see the wait. Here it sees that the thread has let go of the worker.
+    // The thread resets this flag last. ThreadSanitizer does not see the wait above, but learns
+    // from reading the flag that the thread no longer uses the worker.
     Q_ASSERT(!m_worker.m_stopRequested);
     m_connections->listener = nullptr;
     m_connections->whenGone = nullptr;
@@ -123,7 +124,7 @@ bool BwaFcgiListener::startThread()
         }
         m_thread.quit();
         m_thread.wait();
-        // The quit() that the end has posted is not for the thread that starts now.
+        // The end has posted another quit(), which must not reach the thread that starts now.
         QCoreApplication::removePostedEvents(&m_thread, QEvent::MetaCall);
     }
     m_worker.m_hasEnded = false;
@@ -183,8 +184,8 @@ void BwaFcgiListener::tellGone()
     }
 }
 
-// Called twice when the thread ends while stopAccepting() runs. When it has ended by itself before,
-// requests may still be open.
+// When the thread has ended by itself, requests may still be open, so this waits for them. It is
+// called twice when the thread ends while stopAccepting() runs, but emits drained() once.
 void BwaFcgiListener::endDrained()
 {
     if (!m_connections->isIdle()) {

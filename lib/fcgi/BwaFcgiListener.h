@@ -68,11 +68,11 @@ public:
     void setTransferTimeout(int milliseconds);
 
     /**
-     * What the bodies of the requests that are handed out from now on may hold; without, there are
-     * no limits. A body beyond them fails, and BwaCgiRequest::bodyFailure() tells why.
+     * Limits the bodies of the requests that are handed out from now on; unless this is called,
+     * there are no limits. A body beyond them fails, and BwaCgiRequest::bodyFailure() tells why.
      */
     void setRequestLimits(const BwaRequestLimits& limits) { m_requestLimits = limits; }
-    /** As set. */
+    /** What setRequestLimits() has set. */
     const BwaRequestLimits& requestLimits() const { return m_requestLimits; }
 
 Q_SIGNALS:

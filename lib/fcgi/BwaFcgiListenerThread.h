@@ -67,14 +67,14 @@ private:
 
     std::atomic<bool> m_stopRequested;
     std::atomic<int> m_descriptor;      // -1: not listening
-    std::atomic<bool> m_drainRequested; // of a listen() that runs
-    std::atomic<bool> m_hasEnded;       // a listen() has, and it may be called again
+    std::atomic<bool> m_drainRequested; // by stopAccepting()
+    std::atomic<bool> m_hasEnded;       // listen() has ended and may be called again
     std::atomic<int> m_backlog;         // connections
     std::mutex m_mutex;                 // the descriptor is not closed while it is held
-    bool m_isRunning;                   // a listen() that has opened its socket; under m_mutex
+    bool m_isRunning;                   // listen() has opened its socket; under m_mutex
     QString m_errorString;              // null: no error; under m_mutex
     QSharedPointer<BwaFcgiConnections> m_connections; // shared with the listener
-    std::function<void()> m_whenDrained; // called when a listen() has ended that was to drain
+    std::function<void()> m_whenDrained; // called when listen() has ended after stopAccepting()
 };
 
 #endif

@@ -15,7 +15,7 @@ std::size_t byteAt(const char* bytes, std::size_t index)
     return static_cast<unsigned char>(bytes[index]);
 }
 
-// Of a length in front of a name or a value.
+// How many bytes the length in front of a name or a value takes.
 std::size_t sizeOfLength(const char* bytes)
 {
     return byteAt(bytes, 0) > 127 ? 4 : 1;
@@ -34,8 +34,9 @@ QByteArray recordOf(char type, const QByteArray& content)
     return QByteArray(header, sizeof header) + content;
 }
 
-// The names and values of a record: each pair is two lengths and two texts. A length above 127
-// bytes has four bytes; no name that is known here is as long, so such a pair ends the reading.
+// Whether @a name is among the names and values in the content of a record. Each pair is two
+// lengths and two texts. A length above 127 takes four bytes; nothing that is looked for is as
+// long, so the search ends at such a pair.
 bool hasName(const char* content, std::size_t size, const char* name)
 {
     std::size_t position = 0;
@@ -90,7 +91,7 @@ bool LengthScan::scan(const char* bytes, std::size_t size)
     return longest <= mostHeaderSize;
 }
 
-// Each of the two has one byte, or four with the highest bit set.
+// Each of the two lengths has one byte, or four, of which the first has its highest bit set.
 bool LengthScan::areLengthsWhole() const
 {
     const std::size_t nameEnd = sizeOfLength(m_lengths);
@@ -129,8 +130,8 @@ std::size_t HeaderScan::take(const char* bytes, std::size_t size)
     return header;
 }
 
-// Records that concern the connection, with the id 0, are for the gaps between requests: to one in
-// a request libfcgi writes its answer beyond the end of a buffer.
+// A record with the id 0 concerns the connection, and may come only between requests. Within a
+// request it is refused, because libfcgi would write the answer beyond the end of a buffer.
 void HeaderScan::takeHeader()
 {
     const Record record(m_header);
@@ -162,7 +163,7 @@ bool isWholeInput(const char* bytes, std::size_t size, int requestId)
 
 QByteArray answerToManagement(const Record& record, const char* content, int mostRequests)
 {
-    if (record.type != GetValues) {
+    if (record.type != GetValues) { // answered with the type UNKNOWN_TYPE
         return recordOf(11, QByteArray(1, static_cast<char>(record.type)) + QByteArray(7, '\0'));
     }
     QByteArray values;
@@ -174,7 +175,7 @@ QByteArray answerToManagement(const Record& record, const char* content, int mos
     if (hasName(content, record.contentSize, "FCGI_MPXS_CONNS")) {
         values += pairOf("FCGI_MPXS_CONNS", "0"); // one request at a time on each connection
     }
-    return recordOf(10, values);
+    return recordOf(10, values); // GET_VALUES_RESULT
 }
 
 } // namespace BwaFcgiRecords

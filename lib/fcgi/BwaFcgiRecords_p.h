@@ -39,7 +39,7 @@ struct Record {
 class LengthScan
 {
 public:
-    /** Goes on with the next bytes; false when one announces more than mostHeaderSize. */
+    /** Goes on with the next bytes; false when a length is above mostHeaderSize. */
     bool scan(const char* bytes, std::size_t size);
 
 private:
@@ -54,8 +54,8 @@ private:
 enum class Verdict { Incomplete, Complete, Broken };
 
 /**
- * Looks for the end of a request's header: of the empty PARAMS record. It is fed piece by piece and
- * starts at the record BEGIN_REQUEST.
+ * Looks for the end of a request's header, which ends with an empty PARAMS record. It is fed piece
+ * by piece, from the record BEGIN_REQUEST on.
  */
 class HeaderScan
 {

@@ -38,7 +38,8 @@ void BwaFcgiReplyBuffer::sendAll()
     }
 }
 
-// A single character, such as that of std::endl, which flushes next.
+// Called for a single character. std::endl writes its line feed this way and then flushes, so the
+// flush that follows the end of the header block is recognised here.
 int BwaFcgiReplyBuffer::overflow(int character)
 {
     if (character == traits_type::eof()) {
@@ -80,7 +81,8 @@ std::streamsize BwaFcgiReplyBuffer::xsputn(const char* text, std::streamsize siz
     return written;
 }
 
-// A small reply always finds room in the connection. A larger one may have to wait for it.
+// A small reply always fits into the connection's buffer. A larger one may have to wait until the
+// web server has taken some of it.
 void BwaFcgiReplyBuffer::count(std::streamsize size)
 {
     m_size += size;
@@ -89,7 +91,8 @@ void BwaFcgiReplyBuffer::count(std::streamsize size)
     }
 }
 
-// The body begins behind the first empty line; a carriage return does not make a line less empty.
+// The body begins behind the first empty line. Carriage returns are ignored, so a line that has
+// nothing else is empty, too.
 void BwaFcgiReplyBuffer::follow(const char* text, std::streamsize size)
 {
     if (m_progress == Progress::AtEndOfHeader && size > 0) {

@@ -50,7 +50,7 @@ public:
     void sendAll();
     /** The bytes that have been written: header block and body. */
     qint64 size() const { return m_size; }
-    /** The status code of the header block; 200 when it names none, 302 for a mere redirect. */
+    /** The status code of the header block; without one, 302 for a Location line, else 200. */
     int status() const { return m_status; }
 
 protected:

@@ -114,10 +114,10 @@ public:
     QString fullPath() const;
 
     /**
-     * What of the body has come and has not been read, @a most bytes of it at most: for bodies that
-     * are taken piece by piece while other requests are served. Empty when nothing has come yet and
-     * when bodyIsOver(). Unlike BwaCgiRequest::readFromBody() it does not wait, and counts against
-     * no limit. Not to be mixed with processBodyContent().
+     * Up to @a most bytes of the body that have come and have not been read: for bodies that are
+     * taken piece by piece while other requests are served. Empty when nothing has come yet and
+     * when bodyIsOver(). Unlike BwaCgiRequest::readFromBody() it does not wait when the request
+     * comes from a BwaFcgiListener. No limit applies. Not to be mixed with processBodyContent().
      */
     QByteArray readAvailable(unsigned int most);
     /** Whether readAvailable() will return nothing more: the body has ended or has been cut off. */
@@ -126,14 +126,14 @@ public:
     /**
      * Calls @a function once, in the thread of the request, when the web server has closed the
      * connection or aborted the request: nobody waits for the reply any more. It may delete the
-     * request. For a request that is answered after its hook has returned; of any other nobody
-     * looks. A function set before is replaced.
+     * request. It is only called for a request that is still to be answered when its hook has
+     * returned. A function set before is replaced.
      *
      * nginx, Apache and HAProxy close the connection when their client goes away; lighttpd does
      * not. What @a function throws ends the process.
      */
     void onGone(const std::function<void()>& function);
-    /** Whether that has happened. */
+    /** Whether the web server has closed the connection or aborted the request. */
     bool isGone() const;
     /**
      * Whether the web server takes more of the reply at once. It does not while its client is slow
@@ -148,8 +148,8 @@ public:
     int connection() const;
 
     /**
-     * The request of libfcgi; owned by this, null once finished. From the call on, its streams wait
-     * for the web server.
+     * The request of libfcgi; owned by this, null once finished. From this call on, reads and
+     * writes wait for the web server.
      */
     FCGX_Request* fcgxRequest();
     /** Where variables and body come from; owned by this. */
@@ -191,7 +191,7 @@ private:
     std::unique_ptr<BwaFcgiExchange> m_exchange;
     std::unique_ptr<BwaFcgiInput> m_input;
     std::unique_ptr<BwaCgiRequest> m_cgiRequest; // reads from m_input
-    // Unbuffered, so that they touch nothing when they are destroyed after the finish.
+    // Both streams are unbuffered: their destructors, which run after finish(), write nothing.
     std::unique_ptr<BwaFcgiReplyBuffer> m_outBuffer;
     std::ostream m_out;               // writes to m_outBuffer
     std::optional<ErrorStream> m_err; // made when it is first asked for

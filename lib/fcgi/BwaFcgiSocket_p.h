@@ -27,7 +27,8 @@ bool isListening(int descriptor);
  * Accepts a connection from @a listening and makes it non-blocking.
  *
  * @param webServers the only IPv4 addresses that may connect, separated by commas without blanks;
- *        all may when it is empty, and so may Unix sockets. As FCGI_WEB_SERVER_ADDRS of libfcgi.
+ *        everybody may when it is empty. As with FCGI_WEB_SERVER_ADDRS of libfcgi, connections that
+ *        are not IPv4 are not checked: neither those of Unix sockets nor those of IPv6 ones.
  * @return the error number, negative, on failure; -EAGAIN when nobody has connected, -ECONNABORTED
  *         when somebody has who may not
  */
