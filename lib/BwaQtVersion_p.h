@@ -8,7 +8,7 @@
 
 #include <QtGlobal>
 
-/** The signal with which a QSignalMapper tells the text of a mapping. */
+/** The signal of a QSignalMapper that carries the text of a mapping. */
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #define BWA_SIGNAL_MAPPED_TEXT SIGNAL(mappedString(QString))
 #else

@@ -23,8 +23,9 @@ class BWA_EXPORT BwaCgiEnvironment
 public:
     /** A protocol such as "HTTP/1.1". */
     struct ServerProtocol {
-        QString protocol;              /**< The text before the first "/", or the whole text. */
-        unsigned int majorVersion = 0; /**< 0 unless digits, a dot and digits follow the "/". */
+        QString protocol; /**< The text before the first "/", or the whole text. */
+        unsigned int majorVersion =
+            0; /**< 0 unless digits, a dot and digits follow the "/"; also when too large. */
         unsigned int minorVersion = 0; /**< As majorVersion. */
     };
 
@@ -42,7 +43,7 @@ public:
     static QList<BwaHttpCookie> parseCookies(const QString& text);
     /** Splits at the first "="; in a text that has none, the name is empty and all is the value. */
     static BwaHttpCookie parseCookie(const QString& text);
-    /** The media type and its parameters, in the case in which they are written. */
+    /** The media type and its parameters; upper and lower case stay as they were sent. */
     static QPair<QString, QHash<QString, QString>> parseContentType(const QString& text);
 
     /** The input that the variables were read from; not owned. */

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// How the reader stays linear: each text is searched with a memory of where it was found last, or
-// up to where it is known to be absent. As the reader only moves forward, a match that is still
-// ahead is still the first one, and a search that found nothing goes on where bytes have been
-// appended.
+// The reader takes linear time because it remembers, for each text that it searches for, the last
+// match, or up to which position there is none. As it only moves forward, a match that is still
+// ahead is still the first one. After a search that found nothing, the next one looks only at the
+// bytes that have been appended since.
 //
 // The boundary is the client's choice, and may be long and repeat its own beginning. So its search
 // looks at each byte once (Knuth, Morris and Pratt). An example is the search for "abac" in
 // "ababac": it matches "aba" and then meets "b" instead of "c". The "a" at the end of "aba" may
-// still begin a match, so the search goes on as if it had matched just that "a". Such a text, which
-// the bytes matched both begin and end with, is a border of them.
+// still begin a match, so the search goes on as if it had matched just that "a". A text that others
+// both begin and end with, as "aba" does with "a", is called a border of them.
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 
@@ -40,7 +40,7 @@ const QByteArray& dispositionName()
     return text;
 }
 
-// For each size, the size of the longest border of the first bytes of @a pattern.
+// At each index n, the size of the longest border of the first n bytes of @a pattern.
 QVector<int> bordersOf(const QByteArray& pattern)
 {
     QVector<int> borders = {0, 0};
@@ -54,7 +54,7 @@ QVector<int> bordersOf(const QByteArray& pattern)
     return borders;
 }
 
-// The smaller of two positions, of which -1 is none.
+// The smaller of two positions, each of which may be -1 for none.
 qint64 firstOf(qint64 first, qint64 second)
 {
     return first < 0 || second < 0 ? std::max(first, second) : std::min(first, second);
@@ -90,7 +90,8 @@ BwaCgiMultipartFormDataReader::BwaCgiMultipartFormDataReader(BwaCgiRequest* requ
     , m_delimiter(m_delimiterStart + "\r\n")
     , m_closeDelimiter(m_delimiterStart + "--\r\n")
     , m_borders(bordersOf(m_delimiterStart))
-    // A delimiter begins with a line break, which the first one in a body need not have.
+    // A delimiter begins with a line break. The first one in a body need not have it, so a line
+    // break is put in front of the body.
     , m_lookahead(std::make_unique<BwaLookahead>("\r\n"))
     , m_failed(false)
     , m_scanned(0)
@@ -248,8 +249,9 @@ bool BwaCgiMultipartFormDataReader::findDelimiterStart()
     return m_matched == m_delimiterStart.size();
 }
 
-// The position of the next delimiter of either kind, or -1. What begins as both kinds do may turn
-// out to be neither, which is certain once as many bytes have been read as the longer kind has.
+// The position of the next delimiter of either kind, or -1. A match of m_delimiterStart may turn
+// out to begin neither kind. That is certain once as many bytes have been read as the longer kind
+// has.
 qint64 BwaCgiMultipartFormDataReader::findDelimiter()
 {
     if (m_scanned - m_matched < m_lookahead->begin()) { // what matches so far has been consumed
@@ -315,10 +317,10 @@ bool BwaCgiMultipartFormDataReader::completePartHeader()
     return true;
 }
 
-// Consumes the header at the front of the lookahead if it is one of form data. When a part has no
-// empty line, its header ends at that of a later part, and each delimiter between them leads to a
-// call of this function. To stay linear, it reads such a header only once: it returns early when
-// there is no disposition in the header, or only one that has been refused already.
+// Consumes the header at the front of the lookahead if it is one of form data. A part without an
+// empty line has a header that goes on to the empty line of a later part, and each delimiter
+// between the two leads to a call of this function. To read such a header only once, this returns
+// early when it has no disposition, or when the first one in it has been refused already.
 bool BwaCgiMultipartFormDataReader::takePartHeader(QString& name, QString& filename,
                                                    QString& contentType)
 {

@@ -43,8 +43,8 @@ public:
     ~BwaCgiMultipartFormDataReader();
 
     /**
-     * Moves to the next part and skips what is unread of this one. Parts that are not form data or
-     * have no name are skipped as well.
+     * Skips what is unread of the current part and moves to the next one. Parts that are not form
+     * data or have no name are skipped as well.
      *
      * @param name the field's name
      * @param filename the client's file name, null for a plain form field
@@ -84,7 +84,7 @@ public:
     QByteArray delimiter() const { return m_delimiter; }
     /** What ends the last part. */
     QByteArray closeDelimiter() const { return m_closeDelimiter; }
-    /** The bytes taken from the body and not yet consumed. */
+    /** The bytes taken from the body and not yet consumed; at first a line break before it. */
     QByteArray lookahead() const;
     /** The body ended before its closing delimiter; nothing more can be read. */
     bool failed() const { return m_failed; }
@@ -92,7 +92,7 @@ public:
 private:
     // Where a text was searched for last.
     struct Search {
-        qint64 position = 0; // of the match; when there is none, no match begins before it
+        qint64 position = 0; // of the match; without one, where the next search begins
         bool found = false;
     };
 

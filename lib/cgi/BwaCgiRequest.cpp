@@ -34,7 +34,8 @@ QString latin1UpToNul(const QByteArray& bytes)
     return QString::fromLatin1(bytes.constData());
 }
 
-// Whether part of the body has been read: a second call would take its middle for its beginning.
+// Whether reading stopped within the body. A second call of processBodyContent() would then take
+// the middle of the body for its beginning.
 bool wasGivenUpMidway(BwaCgiRequest::BodyFailure failure)
 {
     return failure == BwaCgiRequest::BodyFailure::TooManyFormFields ||

@@ -65,7 +65,7 @@ public:
     /**
      * Decodes "+" and "%XX" (application/x-www-form-urlencoded). Each escape becomes the Latin-1
      * character of that code, so a UTF-8 sequence becomes several characters; a "%" without two
-     * digits behind it stays as it is. The result of an empty text is null.
+     * hexadecimal digits behind it stays as it is. The result of an empty text is null.
      */
     static QString urlDecode(const QString& text);
     /**
@@ -91,13 +91,14 @@ public:
     QMultiHash<QString, QString> formVariables() const { return m_formVariables; }
     /** The files of a form by the names of their fields; of two in one field the last counts. */
     QHash<QString, BwaCgiFile> files() const { return m_files; }
-    /** The raw body; empty when its media type is one of the two of forms. */
+    /** The raw body; empty when its media type is one of the two that forms have. */
     QByteArray body() const { return m_body; }
     /** The body has been read and decoded completely; true from the start when there is none. */
     bool bodyProcessed() const { return m_bodyProcessed; }
     /** How many bytes of the body have been read from the input so far. */
     unsigned int bodyBytesRead() const { return m_bodyBytesRead; }
-    /** Of the last processBodyContent(). Answer a body beyond a limit with 413, others with 400. */
+    /** Why the last processBodyContent() failed. Answer a body beyond a limit with 413, others with
+     * 400. */
     BodyFailure bodyFailure() const { return m_bodyFailure; }
 
 private:

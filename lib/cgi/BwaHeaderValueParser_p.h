@@ -12,9 +12,12 @@
 #include <QString>
 
 /**
- * Parses a header value such as "text/html; charset="utf\-8"; q=1, text/plain" into its elements.
+ * Parses a header value into its elements. The example has two:
  *
- * One scan from left to right: m_position is behind the separator that was met last, and
+ *     text/html; charset="utf\-8"; q=1, text/plain
+ *
+ *
+ * It scans once, from left to right: m_position is behind the separator that was met last, and
  * m_separator says which one that was.
  */
 class BwaHeaderValueParser
@@ -44,7 +47,7 @@ private:
     QString takeQuotedString();
 
     const QString& m_text; // not owned
-    NameFilter m_isWanted; // null: all names are
+    NameFilter m_isWanted; // null: all names are wanted
     BwaSize m_position;
     QChar m_separator; // null at the end of the text
 };

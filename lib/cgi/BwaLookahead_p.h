@@ -12,7 +12,8 @@
  * The bytes of a long text that have been read and are not consumed yet. Every position counts from
  * the start of the text, so it stays the same while bytes are appended and consumed.
  *
- * Consumed bytes stay in memory until they are half of all, so that consuming moves no bytes.
+ * Consuming moves no bytes: consumed ones are removed by the next append() that finds more than
+ * half of all bytes consumed.
  */
 class BwaLookahead
 {

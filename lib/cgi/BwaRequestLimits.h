@@ -7,8 +7,8 @@
 /**
  * How much of a body BwaCgiRequest::processBodyContent() accepts; 0 means no limit.
  *
- * A body beyond a limit costs no more than the reading of its bytes, and nothing when its
- * CONTENT_LENGTH alone is too large.
+ * A body beyond a limit costs no more than reading its bytes. One whose CONTENT_LENGTH is beyond
+ * maxBodySize is not even read.
  */
 struct BwaRequestLimits {
     unsigned int maxBodySize = 0;   /**< The largest CONTENT_LENGTH, in bytes. */

@@ -8,7 +8,7 @@
 #include <QHash>
 #include <QString>
 
-/** The format application/x-www-form-urlencoded, whose rules BwaCgiRequest tells. */
+/** The format application/x-www-form-urlencoded; BwaCgiRequest documents its rules. */
 namespace BwaUrlEncoding {
 
 /** @a text with each "+" and each escape decoded; null when it is empty. */

@@ -21,7 +21,7 @@ public:
     BwaHtmlAttributeList(const BwaHtmlAttributeList&) = default;
     BwaHtmlAttributeList& operator=(const BwaHtmlAttributeList&) = default;
 
-    /** Writes the attributes with one blank between two of them. */
+    /** Writes the attributes, separated by single blanks. */
     void render(std::ostream& stream) const override;
 
     /** Appends a boolean attribute. Settled: an older one of the same name stays in the list. */

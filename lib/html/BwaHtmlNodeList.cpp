@@ -14,8 +14,7 @@ BwaHtmlNodeList::BwaHtmlNodeList(const BwaAbstractHtmlNode& node)
 }
 
 BwaHtmlNodeList::BwaHtmlNodeList(const BwaHtmlNodeList& other)
-    : BwaHtmlNodeList() // completes the object: when a clone fails, the destructor deletes the
-                        // others
+    : BwaHtmlNodeList() // from here on the destructor runs when a clone fails
 {
     for (const BwaAbstractHtmlNode* node : other.m_nodes) {
         append(*node);

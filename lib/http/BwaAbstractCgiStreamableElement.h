@@ -14,8 +14,7 @@ class BWA_EXPORT BwaAbstractCgiStreamableElement
 public:
     virtual ~BwaAbstractCgiStreamableElement();
 
-    /** Writes the element, the same bytes at each call. The caller looks whether @a stream fails.
-     */
+    /** Writes the element, the same bytes at each call. The caller checks @a stream for failure. */
     virtual void render(std::ostream& stream) const = 0;
 };
 

@@ -11,8 +11,8 @@
 /**
  * A complete header block: its own lines, the cookies, and the empty line before the body.
  *
- * Lines end in a single line feed and a flush. Texts are written unchanged; the caller must see to
- * it that one from outside has no CR or LF.
+ * Lines end in a single line feed and a flush. Texts are written unchanged: the caller must make
+ * sure that a text from outside has no CR or LF.
  */
 class BWA_EXPORT BwaAbstractHttpHeader : public BwaAbstractCgiStreamableElement
 {

@@ -17,7 +17,7 @@
 class BWA_EXPORT BwaHttp201StatusHeader : public BwaHttpStatusContentHeader
 {
 public:
-    /** A null @a location writes no location, an empty one writes an empty one. */
+    /** With a null @a location there is no location line; an empty one gives an empty value. */
     explicit BwaHttp201StatusHeader(const QString& contentType,
                                     const QString& location = QString());
 

@@ -14,7 +14,7 @@
 class BWA_EXPORT BwaHttp201StatusXmlHeader : public BwaHttp201StatusHeader
 {
 public:
-    /** Null texts write no charset and no location, empty ones write empty ones. */
+    /** A null text leaves charset or location out; an empty one gives an empty value. */
     explicit BwaHttp201StatusXmlHeader(const QString& charset = QString(),
                                        const QString& location = QString());
     ~BwaHttp201StatusXmlHeader() override;

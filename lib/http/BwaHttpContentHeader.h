@@ -25,7 +25,7 @@ public:
 protected:
     /** Writes the content type line only. */
     void renderContentType(std::ostream& stream) const;
-    /** @a mediaType with @a charset as its parameter; null writes none, empty an empty one. */
+    /** @a mediaType with @a charset as its parameter; null leaves it out, empty stays empty. */
     static QString withCharset(const char* mediaType, const QString& charset);
 
 private:

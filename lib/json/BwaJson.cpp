@@ -68,7 +68,7 @@ public:
     QVariant variantOf(simdjson::dom::element element);
     /** How deep the text is nested: 2 for an array within an array. */
     std::size_t depth() const { return m_deepest; }
-    /** The path to the first key that an object has twice, as BwaJson::parse() tells it. */
+    /** The path to the first key that an object has twice, as BwaJson::parse() returns it. */
     QStringList repeated() const { return m_repeated; }
 
 private:
@@ -343,7 +343,7 @@ QVariant BwaJson::parse(const QByteArray& text, bool* ok)
 
 QVariant BwaJson::parse(const QByteArray& text, bool* ok, QStringList* repeated)
 {
-    // One parser a thread, whose buffers are used again. After a large text it is made anew, so
+    // Each thread has one parser and uses its buffers again. After a large text it is made anew, so
     // that its large buffers are freed.
     thread_local simdjson::dom::parser parser;
 

@@ -21,8 +21,8 @@ public:
      * The value of @a text, which is UTF-8 without a byte order mark.
      *
      * An object becomes a QVariantMap (of a repeated key the last value counts), an array a
-     * QVariantList, a string a QString that is never null, an integer a qulonglong from 0 on and a
-     * qlonglong below, any other number a double, null an invalid variant.
+     * QVariantList, a string a QString that is never null, an integer a qulonglong, or a
+     * qlonglong when it is negative, any other number a double, null an invalid variant.
      *
      * A text that is no JSON is refused. So is a JSON text with an integer of more than 64 bits, a
      * number beyond what a double can hold such as 1e400, an escaped surrogate without its pair, or
@@ -32,9 +32,9 @@ public:
      */
     static QVariant parse(const QByteArray& text, bool* ok = nullptr);
     /**
-     * The same, and tells where an object has a key twice: @a repeated becomes the path to one such
-     * member, which consists of keys and of numbers of elements. It becomes empty when there is
-     * none.
+     * The same, and tells where an object has a key twice: @a repeated, which may be null, becomes
+     * the path to one such member, made of keys and, for array elements, of indexes from 0 on. It
+     * becomes empty when there is no such member and when the text is refused.
      */
     static QVariant parse(const QByteArray& text, bool* ok, QStringList* repeated);
 

@@ -126,7 +126,7 @@ bool isHex(const QString& text)
     return text.size() % 2 == 0 && std::all_of(text.begin(), text.end(), isHexDigit);
 }
 
-// Groups of four, of which the last may end in one or two padding signs.
+// Whether @a text consists of groups of four, of which the last may end in one or two "=".
 bool isBase64(const QString& text)
 {
     BwaSize size = text.size();

@@ -13,7 +13,7 @@
 /**
  * Reads typed, range-checked values from a JSON body.
  *
- * Here from one with a title, and a priority that may be missing:
+ * For example, a body has a title, and a priority that may be missing:
  *
  *     QString title;
  *     int priority = 0;
