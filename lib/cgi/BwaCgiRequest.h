@@ -97,8 +97,10 @@ public:
     bool bodyProcessed() const { return m_bodyProcessed; }
     /** How many bytes of the body have been read from the input so far. */
     unsigned int bodyBytesRead() const { return m_bodyBytesRead; }
-    /** Why the last processBodyContent() failed. Answer a body beyond a limit with 413, others with
-     * 400. */
+    /**
+     * Why the last processBodyContent() failed. Answer a body beyond a limit with 413, others with
+     * 400.
+     */
     BodyFailure bodyFailure() const { return m_bodyFailure; }
 
 private:

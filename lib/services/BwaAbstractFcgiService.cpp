@@ -27,7 +27,8 @@ QString BwaAbstractFcgiService::servicePath() const
 void BwaAbstractFcgiService::setParentService(BwaDispatcherFcgiService* parent)
 {
     if (m_parentService) {
-        // Releasing calls this again with null, which finds no name any more.
+        // removeService() calls this function again, with null. That call asks for the name once
+        // more, gets none, and so does not release this service twice.
         m_parentService->removeService(m_parentService->childServiceName(this));
     }
     m_parentService = parent;

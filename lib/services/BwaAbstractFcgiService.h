@@ -26,15 +26,16 @@ public:
     virtual void processRequest(BwaFcgiRequest* request) = 0;
 
     /**
-     * The names of the services above this one and its own, each behind a "/", as in "/api/users".
+     * The names of the services above this one and its own, each after a "/", as in "/api/users".
      * The script name is no part of it. Empty, not null, for a root service.
      */
     QString servicePath() const;
     /** The dispatcher that holds this service, or null. */
     BwaDispatcherFcgiService* parentService() const { return m_parentService; }
     /**
-     * Called by dispatchers when they adopt or release this service, and by nobody else. It leaves
-     * its dispatcher and becomes a child of @a parent, which may be null; also as a QObject.
+     * For dispatchers only, which call it when they adopt or release this service. The service
+     * leaves its dispatcher; @a parent, which may be null, becomes its parent service and QObject
+     * parent.
      */
     void setParentService(BwaDispatcherFcgiService* parent);
 

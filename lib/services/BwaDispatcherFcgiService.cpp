@@ -17,9 +17,10 @@ BwaDispatcherFcgiService::BwaDispatcherFcgiService(QObject* parent)
     connect(&m_destroyedMapper, BWA_SIGNAL_MAPPED_TEXT, this, SLOT(serviceDestroyed(QString)));
 }
 
-// ~QObject() destroys the children, when m_names is destroyed already. So none may ask this object
-// for its name any more, as servicePath() does. A child that has lost its names is only in
-// children(); one whose QObject parent has been changed by the application is only in m_children.
+// ~QObject() destroys the children when m_names no longer exists. So no child may ask this object
+// for its name any more, as servicePath() does. Both lists are needed: a child that has lost its
+// names is only in children(), and one to which the application has given another QObject parent is
+// only in m_children.
 BwaDispatcherFcgiService::~BwaDispatcherFcgiService()
 {
     for (auto child = m_children.constBegin(); child != m_children.constEnd(); ++child) {
@@ -105,8 +106,8 @@ void BwaDispatcherFcgiService::addService(const QString& name, BwaAbstractFcgiSe
     }
     m_children.insert(name, service);
     m_names.insert(service, name);
-    // Connected before setMapping(), which connects destroyed() to a slot of the mapper that
-    // forgets the name: map() has to come first.
+    // This comes before setMapping(), which connects destroyed() to a slot that removes the
+    // mapping: slots are called in the order of their connection, and map() needs the mapping.
     connect(service, SIGNAL(destroyed()), &m_destroyedMapper, SLOT(map()));
     m_destroyedMapper.setMapping(service, name);
     service->setParentService(this);
@@ -127,8 +128,8 @@ BwaAbstractFcgiService* BwaDispatcherFcgiService::removeService(const QString& n
     }
     forgetName(name);
     service->setParentService(nullptr);
-    // Also disconnects the slot that setMapping() has connected, which otherwise would come first
-    // when the service is added again.
+    // This also disconnects the slot that setMapping() has connected. Otherwise it would be called
+    // before map() when the service has been added again.
     disconnect(service, SIGNAL(destroyed()), &m_destroyedMapper, nullptr);
     m_destroyedMapper.removeMappings(service);
     return service;

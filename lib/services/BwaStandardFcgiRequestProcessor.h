@@ -53,8 +53,8 @@ protected:
 
     /**
      * The session of the request. When there is none, or when its token has expired and
-     * @a acceptExpiredToken is false, this logs and sends the refusal and returns null. The caller
-     * deletes the request in either case.
+     * @a acceptExpiredToken is false, this logs that, sends the identifier's refusal and returns
+     * null. The caller deletes the request in either case. Needs a session identifier.
      */
     BwaWebSession* authenticateRequest(BwaFcgiRequest* request, bool acceptExpiredToken = false);
     /** Answers 405 and deletes the request. */

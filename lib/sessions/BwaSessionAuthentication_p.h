@@ -12,9 +12,9 @@ struct BwaSessionCredentials;
 namespace BwaSessionAuthentication {
 
 /**
- * The session of that id if its current token is the presented one, else null; also null when the
- * id or the token is. The comparison of the tokens takes the same time wherever they differ, so
- * that a client cannot guess a token piece by piece.
+ * The session that has the presented id and whose current token is the presented one; null when
+ * there is none, and when the id or the token is null. The comparison of the tokens takes the same
+ * time wherever they differ, so that a client cannot guess a token piece by piece.
  */
 BwaWebSession* authenticatedSession(const BwaWebSessionManager* manager,
                                     const BwaSessionCredentials& credentials);

@@ -7,8 +7,9 @@
 #include <QUuid>
 
 /**
- * What a client presents to prove its session, null where it presents none. A text that QUuid reads
- * as a UUID may lack braces and go on with other text; any other one is null.
+ * What a client presents to prove its session. A part is null when the client sends none, or a text
+ * that is no UUID. As QUuid reads them, UUIDs may lack their braces, and other text may follow
+ * them.
  */
 struct BwaSessionCredentials {
     QUuid sessionId; /**< The id of the session. */

@@ -12,9 +12,10 @@ class BwaWebSession;
  * Tells a manager which session has sent the signal that it receives. Qt's sender() would tell the
  * same, but searches all sessions of the manager for it.
  *
- * A session makes one of these right before it emits a signal. The first slot of the thread that
- * calls take() gets the session, each later one gets null: it may run because of another signal, to
- * which an application has connected this one, and has to ask sender().
+ * A session makes one of these right before it emits a signal. The first slot that calls take()
+ * gets the session. Each later one gets null and must ask sender(), because it may have been called
+ * by a different signal, one that an application emits in answer to this one. Each thread has its
+ * own.
  */
 class BwaSessionSignalSender
 {

@@ -10,9 +10,9 @@
 // 10:00. It then finds nothing due, and is set to the timer that is first by then. So starting a
 // timer again, which nearly every request does, leaves Qt's timer alone.
 //
-// Qt's timer counts whole milliseconds. It wakes the queue up within the last millisecond before a
-// timer is due, and then each time around the event loop until it is. So a timer of Qt that was
-// started later never fires first.
+// Qt's timer counts whole milliseconds, so it wakes the queue up within the last millisecond before
+// a timer is due. Until the timer is due, the queue is then woken up each time around the event
+// loop. If it were woken up later instead, a timer of Qt that was started later could fire first.
 
 #include "sessions/BwaSessionTimers_p.h"
 
@@ -70,7 +70,7 @@ TimerQueue::TimerQueue()
     setTimerType(Qt::PreciseTimer); // others may fire 5 % early
 }
 
-// What may fail for want of memory comes before anything changes.
+// Everything that can fail when memory is short is done before the queue changes.
 void TimerQueue::insert(QTimer* timer)
 {
     const Turn turn = {Clock::now() + std::chrono::milliseconds(timer->interval()), ++m_starts};
@@ -96,7 +96,7 @@ void TimerQueue::remove(QTimer* timer)
     m_queue.erase(running->second);
     m_turns.erase(running);
     if (m_queue.empty()) {
-        stop(); // otherwise it may wake up for nothing, once
+        stop(); // otherwise Qt's timer would wake up the empty queue once
     }
 }
 
@@ -123,7 +123,7 @@ bool TimerQueue::fireDue()
     return hasFired;
 }
 
-// The next timer that is to fire, no longer running; null if none is due.
+// Takes the next timer that is due off the queue; null when none is.
 QTimer* TimerQueue::takeDue(Clock::time_point now)
 {
     if (m_queue.empty() || m_queue.begin()->first.due > now) {
@@ -142,8 +142,8 @@ void TimerQueue::wakeUpForFirst()
     }
 }
 
-// Sees to it that the wake-up is not later than @a due. Without a QCoreApplication, Qt's timer does
-// not run, so it is started again at the next call.
+// Makes sure that the wake-up is not later than @a due. Without a QCoreApplication Qt's timer
+// cannot run: it gets no id, and the next call tries to start it again.
 void TimerQueue::wakeUpBy(Clock::time_point due)
 {
     if (timerId() > 0 && m_wakeUp <= due) {

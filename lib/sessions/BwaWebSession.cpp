@@ -70,7 +70,7 @@ BwaWebSession::~BwaWebSession()
 
 QUuid BwaWebSession::generateNewToken()
 {
-    endToken(); // not expireToken(), which starts the removal timer that is stopped next
+    endToken(); // not expireToken(), which would start the removal timer
     stopRemoval();
     m_token = QUuid::createUuid();
     m_tokenExpired = false;
@@ -95,8 +95,8 @@ void BwaWebSession::expireToken()
     }
 }
 
-// Most renewals come while the token is valid. The flag saves them the search for a timer that does
-// not run.
+// Most renewals come while the token is valid, when no removal timer runs. The flag saves them the
+// search for it.
 void BwaWebSession::stopRemoval()
 {
     if (m_removalStarted) {

@@ -67,8 +67,8 @@ protected:
     enum TokenState { ValidToken, ExpiredToken };
 
     /**
-     * A session that is kept elsewhere, such as in a database: for classes that show one. Nothing
-     * expires or removes it here, and nothing warns of that.
+     * For derived classes whose sessions are kept elsewhere, such as in a database. This object
+     * only shows such a session: it neither expires nor removes it, and there is no warning.
      */
     BwaWebSession(const QString& username, const QUuid& sessionId, const QUuid& token,
                   TokenState state, QObject* parent);
@@ -84,7 +84,7 @@ private:
     QUuid m_sessionId;
     QUuid m_token;
     bool m_tokenExpired;
-    bool m_removalStarted; // lies in padding, so the layout is that without it
+    bool m_removalStarted; // where padding was, so that the layout stayed the same
     QTimer m_removalTimer;
     QTimer m_tokenTimer;
     QString m_username;

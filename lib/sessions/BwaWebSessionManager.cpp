@@ -93,9 +93,10 @@ BwaWebSession* BwaWebSessionManager::adopt(BwaWebSession* session)
     return session;
 }
 
-// The session whose signal called this slot. The manager connects a session before the application
-// can, so its slot is the first to take the sender. A session that is not in the map has lost its
-// id to another one or belongs to another manager; Qt's sender(), which is slower, tells it then.
+// The session whose signal called this slot. The manager connects itself to a session before the
+// application can, so its slot is the first to take the sender. When the sender that was taken is
+// not in the map, another session has got its id, or it belongs to another manager. Then this asks
+// Qt's sender(), which is slower.
 BwaWebSession* BwaWebSessionManager::senderSession() const
 {
     BwaWebSession* const session = BwaSessionSignalSender::take();

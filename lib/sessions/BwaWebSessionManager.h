@@ -42,8 +42,9 @@ public:
     /** A new session, owned by the manager. Lifetimes in milliseconds; negative: never. */
     BwaWebSession* createSession(const QString& username, int tokenLifetime, int removalDelay);
     /**
-     * A new session that never expires, owned by the manager. A session that has the id already
-     * lives on but is no longer found; when it is removed, the new one is no longer found either.
+     * A new session that never expires, owned by the manager. Use an id once only: an older session
+     * with the same id lives on but is no longer found, and when the older one is removed, the new
+     * one is no longer found either.
      */
     BwaWebSession* createSession(const QString& username, const QUuid& sessionId,
                                  const QUuid& token);
