@@ -67,7 +67,7 @@ public:
      */
     BwaRedisSession* find(const QUuid& sessionId, const QUuid& token);
     /**
-     * The same session with a new token; the one of @a session is taken for the grace time yet.
+     * The same session with a new token; the one of @a session is still taken for the grace time.
      * When another request has renewed it within that time, the result has the token of that one.
      * Null when the session has ended, and when Redis has not answered.
      */

@@ -24,7 +24,7 @@ namespace {
                            "\" has no " + what + " \"" + name + '"');
 }
 
-// Those of the pattern are few.
+// A loop, because patterns have few parameters.
 std::size_t indexOf(const BwaRestExchange& exchange, const char* name)
 {
     const std::vector<BwaRestSegment>& parameters = exchange.entry->parameters;

@@ -48,10 +48,10 @@ public:
 
     /** As sent: "HEAD" for a HEAD that GET's handler answers. */
     QByteArray method() const;
-    /** Below the service, from its "/" on; percent-decoded by the web server. */
+    /** Without the script name and the path of the service; percent-decoded by the web server. */
     QString path() const;
     /**
-     * What the parameter {name} or {name...} of the pattern holds; of other kinds their text.
+     * What the parameter @a name of the pattern holds, whatever its kind, as text.
      * @throws std::logic_error when the pattern has no such parameter; so do the next two
      */
     QString text(const char* name) const;

@@ -7,7 +7,7 @@
 
 namespace {
 
-const int mostErrors = 100; // a client gets no longer a reply by more of them
+const int mostErrors = 100; // so that no request makes a reply long
 
 QString step(QString name)
 {

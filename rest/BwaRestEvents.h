@@ -19,8 +19,7 @@ class BwaRestCall;
  *
  *     BwaRestEvents temperatures(BwaRestEvents::LatestWins);
  *     api.get("/temperatures", [&](const BwaRestCall& call) { return temperatures.join(call); });
- *     sensor.onValue([&](double celsius) { temperatures.send(QVariantMap{{"celsius", celsius}});
- * });
+ *     sensor.onValue([&](double value) { temperatures.send(QVariantMap{{"celsius", value}}); });
  *
  * An event is written as text once, for all clients. Its data is one line of JSON, its id a text
  * that no other event has. The last events are kept, once for all clients: a client that takes

@@ -34,7 +34,7 @@ public:
     ~BwaRestExchange();
 
     /**
-     * Finds path, resource and entry. @a mount is the path of the service below the script name.
+     * Sets path, resource and entry. @a mount is the path of the service below the script name.
      * @throws BwaRestProblem 400: the path is no UTF-8
      */
     void find(const BwaRestRouter& router, const QString& mount);
@@ -49,7 +49,7 @@ public:
     QByteArray header(const QByteArray& name) const;
     /** As BwaRestCall::body(). */
     QByteArray body();
-    /** What the group says, as far as the core counts; in bytes. */
+    /** What the group's limit() says, but no more than 4 GiB; in bytes. */
     quint64 bodyLimit() const;
     /** How many bytes the body is to have. @throws BwaRestProblem 400, 411, 413: beyond @a limit */
     quint64 checkBodySize(quint64 limit) const;

@@ -122,7 +122,8 @@ std::unique_ptr<BwaRestExchange> BwaRestHeldCalls::release(quint64 id)
     return exchange;
 }
 
-// A call that has been replied to, or whose last handle has gone, has its answer among the letters.
+// When somebody has replied, or the last handle has gone, the answer is already on its way in a
+// letter.
 void BwaRestHeldCalls::expire(quint64 id)
 {
     const auto call = m_calls.find(id);

@@ -33,7 +33,7 @@ BwaRestLaterState::~BwaRestLaterState()
     }
 }
 
-// The functions go outside of the lock: with them may go other handles.
+// The functions are destroyed when the lock is free: other handles may go with them, and lock, too.
 bool BwaRestLaterState::leaveOpen(Progress progress)
 {
     std::vector<std::function<void()>> functions;

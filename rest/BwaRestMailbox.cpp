@@ -32,7 +32,8 @@ std::vector<BwaRestMailbox::Letter> BwaRestMailbox::take()
     return std::exchange(m_letters, {});
 }
 
-// The letters go outside of the lock: with them may go the last handle of a call, which posts.
+// The letters are destroyed when the lock is free: the last handle of a call may go with them, and
+// posts a letter.
 void BwaRestMailbox::close()
 {
     std::vector<Letter> letters;

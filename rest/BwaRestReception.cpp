@@ -213,7 +213,7 @@ bool BwaRestReception::takeContent()
         endPart();
     }
     m_progress = m_buffer.startsWith(m_form.delimiter()) ? Header : Over;
-    m_buffer.remove(0, m_form.delimiter().size()); // of the last one, a part is left behind
+    m_buffer.remove(0, m_form.delimiter().size()); // the last one is longer: its end is ignored
     return true;
 }
 

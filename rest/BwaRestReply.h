@@ -26,8 +26,9 @@ class BwaRestProblem;
  *     return QVariantMap{{"id", 7}, {"name", name}};
  *     return BwaRestReply::created(QStringLiteral("/notes/7"), note);
  *     return BwaRestReply::empty();
- *     return BwaRestReply(note).etag(QByteArray::number(version)).header("Cache-Control",
- * "no-cache"); return BwaRestProblem(404);
+ *     return BwaRestReply(note).etag(QByteArray::number(version));
+ *     return BwaRestReply(note).header("Cache-Control", "no-cache");
+ *     return BwaRestProblem(404);
  *
  * A reply to HEAD loses its body by itself, and one with an ETag that the client has becomes 304.
  * What cannot be sent, such as a value that is no JSON, becomes a logged 500.

@@ -18,8 +18,7 @@ class BwaRestCall;
 class BwaRestGroup;
 class BwaRestSchema;
 
-/** A method and a pattern of paths with the handler of both; what a group's get() and others give.
- */
+/** A method, a pattern of paths, and the handler of both; get() and others of groups return it. */
 class BWA_REST_EXPORT BwaRestRoute
 {
     Q_DISABLE_COPY(BwaRestRoute)

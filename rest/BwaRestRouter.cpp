@@ -128,7 +128,7 @@ const BwaRestRouter::Resource* BwaRestRouter::find(const QString& path, Spans* s
     return path.startsWith(QLatin1Char('/')) ? Search{path, *spans}.below(*m_root, 1) : nullptr;
 }
 
-// The place begins at @a begin; one behind the end of the path is none.
+// @a begin is where the next place of the path begins; behind the end of the path there is none.
 const BwaRestRouter::Resource* BwaRestRouter::Search::below(const Node& node, BwaSize begin) const
 {
     if (begin > path.size()) {

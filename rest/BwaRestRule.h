@@ -28,7 +28,7 @@ public:
     /** How many characters (code points) a text, bytes a byte array, elements a list may have. */
     static BwaRestRule length(int least, int most);
 
-    /** It may be absent or null, and then has what its initializer says. */
+    /** It may be absent or null; the member then has the value of its initializer in the struct. */
     BwaRestRule& orDefault();
     /** It is written; what clients send in it is left alone. */
     BwaRestRule& readOnly();

@@ -43,7 +43,7 @@ protected:
         BwaRestRule rule;
         QVariantMap description;
         std::function<BwaRestErrors(const QVariant& json, void* target, Reading reading)> read;
-        std::function<void(void* target)> reset; // for null; null: read() takes it
+        std::function<void(void* target)> reset; // takes JSON's null; empty: read() does
         std::function<QVariant(const void* value)> write;
     };
     /** @endcond */

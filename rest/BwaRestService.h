@@ -56,9 +56,8 @@ public:
     void setFileHeader(FileHeader header);
     /**
      * Has pages of these origins read all replies, errors included (CORS). Each is as browsers
-     * write it: scheme, host, and a port that is not the scheme's, as in
-     * "https://example.org:8443";
-     * "*" is any. With @a credentials, requests may carry cookies and Authorization.
+     * write it: scheme, host, and a port that is not the scheme's ("https://example.org:8443"). "*"
+     * is any. With @a credentials, requests may carry cookies and Authorization.
      *
      * @throws std::logic_error for "*" with @a credentials, which browsers refuse
      */

@@ -43,8 +43,8 @@ struct BwaRestSession {
  *
  * A client proves its session by the header "Authorization: SESSION-TOKEN session:token", or by the
  * cookies SESSION-ID and SESSION-TOKEN, which scripts of a page cannot read. A token that has
- * expired ends its session: clients renew it before. The token before the last is taken for a
- * grace time, as requests may be on their way while another one renews.
+ * expired ends its session: clients renew it before. The previous token is still taken for a grace
+ * time, as requests may be on their way while another one renews.
  *
  * To be used in the listener's thread; must outlive the services whose groups need it. The sessions
  * are in this process alone.
@@ -69,8 +69,8 @@ public:
     BwaRestReply login(const QString& user, const QStringList& roles,
                        const QVariantMap& data = QVariantMap());
     /**
-     * Gives the session of @a call a new token, and replies as login() does; to a call with the
-     * token before the last with the current one.
+     * Gives the session of @a call a new token, and replies as login() does. A call with the
+     * previous token is given the current one.
      * @throws BwaRestProblem as BwaRestGroup::needs() says
      */
     BwaRestReply renew(const BwaRestCall& call);

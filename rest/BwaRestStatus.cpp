@@ -11,7 +11,7 @@ struct KnownLine {
     const char* line;
 };
 
-// Made whole: replies of these are the most frequent.
+// Ready to be written, as these are the most frequent.
 const KnownLine knownLines[] = {
     {200, "200 OK"},
     {201, "201 Created"},

@@ -68,8 +68,8 @@ public:
 
     /**
      * Sends the request to @a service, whatever the script name, and waits until it is deleted.
-     * When the service keeps it, the event loop runs until it deletes it. If it does so because of
-     * another request, send that one from a timer.
+     * When the service keeps it, the event loop runs until the service deletes it. If the service
+     * waits for another request to do so, have a timer send that one.
      *
      * @throws std::runtime_error when the request is not deleted within the timeout, or when it is
      *         kept and there is no QCoreApplication. The service may still delete it afterwards.
