@@ -36,7 +36,7 @@ unsigned short portNumber(const QString& text)
     return static_cast<unsigned short>(decimalNumber(text, 65535));
 }
 
-// The position behind the digits that begin at @a position.
+// The position after the digits that begin at @a position.
 BwaSize skipDigits(const QString& text, BwaSize position)
 {
     while (position < text.size() && text.at(position).isDigit()) {

@@ -69,7 +69,7 @@ public:
     unsigned int contentLength() const { return m_contentLength; }
     /** SCRIPT_NAME: the part of the path that chooses the root service. */
     QString scriptName() const { return m_scriptName; }
-    /** PATH_INFO: the path behind the script name, decoded by the web server. */
+    /** PATH_INFO: the path after the script name, decoded by the web server. */
     QString pathInfo() const { return m_pathInfo; }
     /** QUERY_STRING, still URL-encoded. */
     QString queryString() const { return m_queryString; }

@@ -325,7 +325,7 @@ bool BwaCgiMultipartFormDataReader::takePartHeader(QString& name, QString& filen
                                                    QString& contentType)
 {
     const qint64 begin = m_lookahead->begin();
-    const qint64 end = find(emptyLine(), m_emptyLineSearch) + 2; // behind the last line's end
+    const qint64 end = find(emptyLine(), m_emptyLineSearch) + 2; // after the last line's end
     const qint64 disposition = find(dispositionName(), m_dispositionSearch);
     if (disposition < 0 || disposition + dispositionName().size() > end ||
         disposition == m_refusedDisposition) {

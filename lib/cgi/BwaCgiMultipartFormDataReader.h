@@ -80,7 +80,7 @@ public:
 
     /** The request that is read; not owned, may be null. */
     BwaCgiRequest* request() const { return m_request; }
-    /** What is between two parts: "--" and the boundary, with a line end before and behind. */
+    /** What is between two parts: "--" and the boundary, with a line end before and after. */
     QByteArray delimiter() const { return m_delimiter; }
     /** What ends the last part. */
     QByteArray closeDelimiter() const { return m_closeDelimiter; }

@@ -65,7 +65,7 @@ public:
     /**
      * Decodes "+" and "%XX" (application/x-www-form-urlencoded). Each escape becomes the Latin-1
      * character of that code, so a UTF-8 sequence becomes several characters; a "%" without two
-     * hexadecimal digits behind it stays as it is. The result of an empty text is null.
+     * hexadecimal digits after it stays as it is. The result of an empty text is null.
      */
     static QString urlDecode(const QString& text);
     /**

@@ -26,7 +26,7 @@ BwaHeaderValueParser::Element BwaHeaderValueParser::takeElement()
     return qMakePair(mainValue, takeParameters());
 }
 
-// The text up to the next separator or the end. The position is then behind the separator.
+// The text up to the next separator or the end. The position is then after the separator.
 template <char... Separators>
 QString BwaHeaderValueParser::takeUntil()
 {

@@ -17,7 +17,7 @@
  *     text/html; charset="utf\-8"; q=1, text/plain
  *
  *
- * It scans once, from left to right: m_position is behind the separator that was met last, and
+ * It scans once, from left to right: m_position is after the separator that was met last, and
  * m_separator says which one that was.
  */
 class BwaHeaderValueParser
@@ -36,7 +36,7 @@ public:
 
     /** All elements that have not been taken yet; at least one. */
     QList<Element> takeElements();
-    /** The next element; what is behind it is not scanned. */
+    /** The next element; what is after it is not scanned. */
     Element takeElement();
 
 private:

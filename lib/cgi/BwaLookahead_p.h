@@ -23,11 +23,11 @@ public:
 
     /** The position of the first byte that is not consumed. */
     qint64 begin() const { return m_removed + m_consumed; }
-    /** The position behind the last byte that has been read. */
+    /** The position after the last byte that has been read. */
     qint64 end() const { return m_removed + m_bytes.size(); }
     /** The number of bytes that have been read and are not consumed. */
     BwaSize size() const { return m_bytes.size() - m_consumed; }
-    /** The byte at @a position and those behind it, up to end(); valid until the next append(). */
+    /** The byte at @a position and those after it, up to end(); valid until the next append(). */
     const char* from(qint64 position) const;
 
     /** Whether @a text is at @a position, which is not before begin(). */

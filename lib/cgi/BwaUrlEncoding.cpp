@@ -120,7 +120,7 @@ QString decodedCopy(const Character* begin, const Character* end)
     return text;
 }
 
-// The position of the first separator at or behind @a from; the size when there is none.
+// The position of the first separator at or after @a from; the size when there is none.
 BwaSize firstSeparator(const QByteArray& text, BwaSize from)
 {
     const auto isSeparator = [](char character) { return kindOf(character) == separator; };

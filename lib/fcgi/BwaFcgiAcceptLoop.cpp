@@ -262,7 +262,7 @@ void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size
     }
 }
 
-// Takes the bytes of a header that have come, and nothing behind the header.
+// Takes the bytes of a header that have come, and nothing after the header.
 void BwaFcgiAcceptLoop::takeHeader(int connection)
 {
     auto& header = m_connections->header(connection);

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // Each call of recvmsg() takes two things: the content that is wanted, and, when that is all that
-// is left of the record's content, the tail behind it: padding and the header of the next record.
+// is left of the record's content, the tail after it: padding and the header of the next record.
 
 #include "fcgi/BwaFcgiBody_p.h"
 #include "fcgi/BwaFcgiRecords_p.h"

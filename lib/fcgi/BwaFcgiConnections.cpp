@@ -274,7 +274,7 @@ void BwaFcgiConnections::serve(int connection, FCGX_Request* request, bool input
     }
     Connection& served = m_connections[static_cast<std::size_t>(connection)];
     changeState(served, Connection::Served);
-    // Behind unread input there may be the next request, which epoll has reported already.
+    // After unread input there may be the next request, which epoll has reported already.
     served.hasNews = !inputIsWhole;
     served.inputIsWhole = inputIsWhole;
     served.deadline = 0;

@@ -94,7 +94,7 @@ bool isWholeInput(const char* bytes, std::size_t size, int requestId);
  * The answer to a record that concerns the connection, not a request: the values that GET_VALUES
  * asks for, and UNKNOWN_TYPE for any other.
  *
- * @param content the contentSize bytes behind the record's header
+ * @param content the contentSize bytes after the record's header
  * @param mostRequests how many requests the application takes at a time
  */
 QByteArray answerToManagement(const Record& record, const char* content, int mostRequests);

@@ -91,7 +91,7 @@ void BwaFcgiReplyBuffer::count(std::streamsize size)
     }
 }
 
-// The body begins behind the first empty line. Carriage returns are ignored, so a line that has
+// The body begins after the first empty line. Carriage returns are ignored, so a line that has
 // nothing else is empty, too.
 void BwaFcgiReplyBuffer::follow(const char* text, std::streamsize size)
 {

@@ -110,7 +110,7 @@ public:
     void sendStaticFile(const QString& filePath, const QString& contentType,
                         const QList<BwaHttpCookie>& cookies);
 
-    /** The script name and, right behind it, the path info. */
+    /** The script name and, right after it, the path info. */
     QString fullPath() const;
 
     /**
@@ -221,7 +221,7 @@ private:
     struct Variable {
         int position; // where its name begins
         int nameSize;
-        int valueSize; // the value is one byte behind the name
+        int valueSize; // the value is one byte after the name
         int next;      // index of the variable before it in the same bucket, or -1
     };
 

@@ -27,7 +27,7 @@ public:
     QString protocol() const { return m_protocol; }
     /** The code of the status line. */
     unsigned short statusCode() const { return m_statusCode; }
-    /** The text behind the code of the status line. */
+    /** The text after the code of the status line. */
     QString reasonPhrase() const { return m_reasonPhrase; }
     /** The added lines, without line ends, in the order of their addition. */
     QStringList headerLines() const { return m_headerLines; }

@@ -21,7 +21,7 @@ public:
 
     /** The code of the status line. */
     unsigned short statusCode() const { return m_statusCode; }
-    /** The text behind the code of the status line. */
+    /** The text after the code of the status line. */
     QString reasonPhrase() const { return m_reasonPhrase; }
 
 protected:

@@ -39,7 +39,7 @@ public:
     static QVariant parseJsonContent(BwaFcgiRequest* request, bool* ok = nullptr);
 
 protected:
-    /** Writes @a message on the request's err(), behind the script name and the path info. */
+    /** Writes @a message on the request's err(), after the script name and the path info. */
     static void logError(BwaFcgiRequest* request, const QString& message);
 };
 
