@@ -21,6 +21,7 @@ namespace {
 const std::size_t deepestNesting = 1024;
 const std::size_t smallestCapacity = 4096;       // bytes of text
 const std::size_t largestKeptCapacity = 1 << 20; // bytes of text that a kept parser can take
+const char byteOrderMark[] = "\xEF\xBB\xBF";     // U+FEFF in UTF-8
 
 bool isAscii(std::string_view text)
 {
@@ -48,7 +49,7 @@ QString stringOf(std::string_view text)
     if (isAscii(text)) { // most texts are, and the conversion is faster then
         return latin1(text);
     }
-    const std::string_view mark("\xEF\xBB\xBF");
+    const std::string_view mark(byteOrderMark);
     if (text.substr(0, mark.size()) == mark) {
         const std::string marked = std::string(mark).append(text);
         return QString::fromUtf8(marked.data(), static_cast<BwaSize>(marked.size()));
@@ -352,6 +353,9 @@ QVariant BwaJson::parse(const QByteArray& text, bool* ok, QStringList* repeated)
     simdjson::error_code error = parser.capacity() > 0
         ? simdjson::SUCCESS
         : parser.allocate(smallestCapacity, deepestNesting + 1);
+    if (text.startsWith(byteOrderMark)) { // newer versions of simdjson skip it
+        error = simdjson::UTF8_ERROR;
+    }
     simdjson::dom::element root;
     if (!error) {
         error = parser.parse(text.constData(), static_cast<std::size_t>(text.size())).get(root);
