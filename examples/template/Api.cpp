@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr int mostBodyBytes = 64 * 1024; // as in lighttpd.conf
+
 struct Guest {
     QString name;
 };
@@ -21,7 +23,7 @@ BwaRestReply greeted(const BwaRestCall& /*call*/, const Guest& guest)
 
 Api::Api()
 {
-    limit(64 * 1024); // bytes, as in lighttpd.conf
+    limit(mostBodyBytes);
     get("/greeting", guestFields, greeted).says("Greets by name");
     post("/greeting", guestFields, greeted).says("Greets by name");
 }

@@ -6,6 +6,7 @@
 #include <bwebapi/rest.h>
 
 constexpr int mostTasks = 1000;
+constexpr int mostBodyBytes = 64 * 1024;
 
 struct Task {
     qint64 id = 0;
@@ -37,7 +38,7 @@ int main(int argc, char** argv)
     });
 
     //! [post]
-    api.limit(64 * 1024); // bytes of a body
+    api.limit(mostBodyBytes);
     api.post("/tasks", taskFields, [&](const BwaRestCall&, Task task) -> BwaRestReply {
         if (tasks.size() >= mostTasks) {
             return BwaRestProblem(507, "There are too many tasks");

@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr int mostBodyBytes = 64 * 1024;
+
 struct Login {
     QString user;
     QString password;
@@ -24,7 +26,7 @@ bool isRight(const Login& login)
 //! [api]
 TasksApi::TasksApi()
 {
-    m_service.limit(64 * 1024); // bytes of a body
+    m_service.limit(mostBodyBytes);
     addLogin();
     m_tasks.addTo(m_service.group("").needs(m_sessions, "editor"));
 }
