@@ -3,6 +3,8 @@
 
 #include "redis/BwaRedisConnection_p.h"
 
+#include <QFile>
+
 #include <cerrno>
 #include <cstring>
 
@@ -50,7 +52,7 @@ BwaRedisConnection::BwaRedisConnection(const QString& address, BwaRedisTlsContex
 {
     const bool isPath = address.startsWith(QLatin1Char('/'));
     const bool isConnected =
-        isPath ? connectToPath(address.toUtf8(), deadline) : connectToPort(deadline);
+        isPath ? connectToPath(QFile::encodeName(address), deadline) : connectToPort(deadline);
     if (isConnected && tls->isEncrypted()) {
         m_tls = tls->begin(isPath ? QByteArray() : hostOf(address), &m_output);
         if (!m_tls) {

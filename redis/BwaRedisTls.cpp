@@ -35,6 +35,7 @@ BwaRedisTls::BwaRedisTls(SSL_CTX* context, const QByteArray& name)
 
 bool BwaRedisTls::shakeHands(QByteArray* wire)
 {
+    ERR_clear_error(); // what others have left there would count as an error of this connection
     const bool isFine = !isFatal(SSL_do_handshake(m_ssl.get()));
     flush(wire);
     return isFine;
@@ -56,6 +57,7 @@ bool BwaRedisTls::receive(const QByteArray& received, QByteArray* plain, QByteAr
     if (!SSL_is_init_finished(m_ssl.get()) && !shakeHands(wire)) {
         return false;
     }
+    ERR_clear_error();
     send(QByteArray(), wire);
     char bytes[16384];
     int count = 0;
@@ -124,7 +126,6 @@ std::unique_ptr<BwaRedisTls> BwaRedisTlsContext::begin(const QByteArray& host,
     if (!m_failure.isNull() || name.isEmpty()) {
         return nullptr;
     }
-    ERR_clear_error();
     auto tls = std::make_unique<BwaRedisTls>(m_context.get(), name);
     return tls->shakeHands(wire) ? std::move(tls) : nullptr;
 }
