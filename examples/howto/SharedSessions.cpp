@@ -107,8 +107,15 @@ private:
 // What each process of the application has.
 struct Process {
     explicit Process(const QString& redis)
-        : sessions(settingsFor(redis))
+        : sessions(patient(settingsFor(redis)))
     {
+    }
+
+    // A machine that runs tests may be slower than one that serves.
+    static BwaRedisSettings patient(BwaRedisSettings settings)
+    {
+        settings.timeout = 10000;
+        return settings;
     }
 
     //! [settings]

@@ -211,7 +211,7 @@ TEST_F(BwaRedisSessionsTest, WhenALaterSessionExpiresTheEarlierOnesLive)
 
 TEST_F(BwaRedisSessionsTest, WhenRenewedTheUserLivesAsLong)
 {
-    settings.tokenLifetime = 300;
+    settings.tokenLifetime = 100000;
     renewStores();
     const Credentials old(here->create(ann));
     settings.tokenLifetime = 600000;

@@ -114,7 +114,7 @@ quint16 RedisServer::freePort()
 
 void RedisServer::waitForLine(const QByteArray& text)
 {
-    const QDeadlineTimer deadline(20000);
+    const QDeadlineTimer deadline(60000);
     while (!m_output.contains(text)) {
         if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
             FAIL() << "redis-server said: " << m_output.constData();

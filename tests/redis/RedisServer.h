@@ -50,11 +50,11 @@ private:
     QByteArray m_output;
 };
 
-/** Whether @a condition becomes true within 20 s; asks again and again. */
+/** Whether @a condition becomes true within 60 s; asks again and again. */
 template <typename Condition>
 bool becomesTrue(Condition condition)
 {
-    const QDeadlineTimer deadline(20000);
+    const QDeadlineTimer deadline(60000);
     while (!condition()) {
         if (deadline.hasExpired()) {
             return false;

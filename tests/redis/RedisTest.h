@@ -18,8 +18,8 @@ inline BwaRedisSettings settingsFor(const QStringList& addresses)
 {
     BwaRedisSettings settings;
     settings.addresses = addresses;
-    settings.timeout = 5000;
-    settings.replicaTimeout = 5000;
+    settings.timeout = 20000;
+    settings.replicaTimeout = 20000;
     settings.pause = 0;
     return settings;
 }
