@@ -127,12 +127,20 @@ quint64 BwaRestExchange::bodyLimit() const
     return std::min(static_cast<quint64>(entry->route->group()->bodyLimit()), mostBodyBytes);
 }
 
+// HTTP/1.1 announces every body; from HTTP/2 on one may come unannounced (RFC 9113, 8.1.1).
+bool BwaRestExchange::mayHaveBodyWithoutLength() const
+{
+    const QByteArray protocol = variable("SERVER_PROTOCOL");
+    return !header("Transfer-Encoding").isEmpty() || protocol.startsWith("HTTP/2") ||
+        protocol.startsWith("HTTP/3");
+}
+
 // Not the number that the environment has: it is 0 for what is none, too.
 quint64 BwaRestExchange::checkBodySize(quint64 limit) const
 {
     const QByteArray length = variable("CONTENT_LENGTH");
     if (length.isEmpty()) {
-        if (!header("Transfer-Encoding").isEmpty()) {
+        if (mayHaveBodyWithoutLength()) {
             refuse(411, "The body needs a Content-Length");
         }
         return 0;

@@ -85,6 +85,7 @@ public:
 private:
     class Notifier;
 
+    bool mayHaveBodyWithoutLength() const;
     void logComplaints(const BwaRestReply& reply);
     bool hasClientsCopy(const BwaRestReply& reply) const;
     QByteArray location(const BwaRestReply& reply) const;

@@ -105,6 +105,11 @@ TEST(HowToFail, WhenAHookThrowsAnswers500AndLogsIt)
     EXPECT_TRUE(reply.errorText.contains("no space left"));
 }
 
+TEST(HowToFail, WhenNothingFailsAnswers204)
+{
+    EXPECT_EQ(replyTo("PUT").statusCode, 204);
+}
+
 TEST(HowToFail, GivenAnotherMethodDecidesItself)
 {
     EXPECT_EQ(replyTo("HEAD").statusCode, 200);

@@ -16,10 +16,12 @@
 
 #include <QThread>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -48,11 +50,14 @@ bool isShortage(int error)
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-// Only the new connection has failed, not the listening socket, or another process has accepted it.
+// Only the new connection has failed, not the listening socket, or another process has accepted it
+// (accept(2), "Error handling").
 bool isPassing(int error)
 {
-    return error == EAGAIN || error == EINTR || error == ECONNABORTED || error == EPROTO ||
-        error == ECONNRESET || error == ETIMEDOUT || error == EHOSTUNREACH || error == ENETUNREACH;
+    static const int errors[] = {EAGAIN,      EINTR,        ECONNABORTED, ECONNRESET, ETIMEDOUT,
+                                 EPROTO,      ENOPROTOOPT,  EPERM,        ENETDOWN,   ENONET,
+                                 ENETUNREACH, EHOSTUNREACH, EHOSTDOWN};
+    return std::find(std::begin(errors), std::end(errors), error) != std::end(errors);
 }
 
 ssize_t receive(int connection, char* bytes, std::size_t size, int flags)
@@ -180,7 +185,10 @@ bool BwaFcgiAcceptLoop::handleAcceptError(int error)
 {
     if (isShortage(error)) {
         handleShortage(error);
-    } else if (!isPassing(error)) {
+        return m_failure.isNull();
+    }
+    m_shortSince = 0; // accept() looks for a descriptor first, and has found one
+    if (!isPassing(error)) {
         fail("cannot accept connections", error);
     } else if (m_connections->listeningHasEnded()) {
         fail("the listening socket has been shut down", 0);

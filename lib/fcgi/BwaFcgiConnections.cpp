@@ -75,7 +75,8 @@ bool BwaFcgiConnections::open(int listening)
     epoll_event connection = {};
     connection.events = EPOLLIN | EPOLLRDHUP;
     connection.data.fd = listening;
-    return ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, m_wakeUp, &wakeUp) == 0 &&
+    return m_epoll >= 0 && m_wakeUp >= 0 && // otherwise errno says why
+        ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, m_wakeUp, &wakeUp) == 0 &&
         ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, listening, &connection) == 0;
 }
 

@@ -215,6 +215,18 @@ TEST(BwaRestCall, GivenBodyOfUnknownLengthIs411)
                   R"("title":"Length Required"})");
 }
 
+TEST(BwaRestCall, GivenAProtocolThatAnnouncesNoBodyTakesNoneForEmpty)
+{
+    for (const char* protocol : {"HTTP/2.0", "HTTP/2", "HTTP/3.0"}) {
+        BwaTestRequest request = putRequest("text/plain", "a");
+        request.setVariable("SERVER_PROTOCOL", protocol);
+        EXPECT_EQ(answeringTo(request, echoBody).body, "a") << protocol;
+
+        request.setVariable("CONTENT_LENGTH", "");
+        EXPECT_EQ(answeringTo(request, echoBody).statusCode, 411) << protocol;
+    }
+}
+
 TEST(BwaRestCall, GivenLengthThatIsNoNumberIs400)
 {
     for (const char* length : {"+1", "-1", " 1", "1 ", "0x1", "a", "1,1"}) {
@@ -272,6 +284,13 @@ TEST(BwaRestCall, GivenLimitOfAGroupKeepsToIt)
     EXPECT_EQ(putRequest("a/b", "abc").sendTo(service).statusCode, 413);
     EXPECT_EQ(inherited.sendTo(service).statusCode, 413);
     EXPECT_EQ(own.sendTo(service).body, "abc");
+}
+
+TEST(BwaRestCall, GivenNegativeLimitThrows)
+{
+    BwaRestService service;
+
+    EXPECT_THROW(service.limit(-1), std::logic_error);
 }
 
 TEST(BwaRestCall, ReadsJson)

@@ -362,6 +362,8 @@ TEST(BwaRestFields, GivenIntegersAsTextsKeepsThemExact)
     EXPECT_EQ(echoed<qint64>(R"("-9223372036854775808")", text), R"("-9223372036854775808")");
     EXPECT_EQ(echoed<quint64>(R"("18446744073709551615")", text), R"("18446744073709551615")");
     EXPECT_EQ(echoed<QList<quint8>>(R"(["1","255"])", text), R"(["1","255"])");
+    EXPECT_EQ(echoed<quint64>("1", text),
+              refused<int>("must be an integer from 0 to 18446744073709551615, as a text"));
     for (const char* json : {"1", R"("")", R"("+1")", R"("01")", R"(" 1")", R"("1 ")", R"("1.0")",
                              R"("-0")", R"("1e1")", R"("256")", R"("0x1")", R"("-1")",
                              R"("99999999999999999999")", "\"\xd9\xa1\""}) {

@@ -96,6 +96,16 @@ TEST_F(BwaRestLaterTest, GivenReplyWithinALoopOfTheHandlerSendsIt)
     EXPECT_EQ(send().body, "a");
 }
 
+TEST_F(BwaRestLaterTest, WhenAllCallsEndBeforeTheHandlerReturnsIs503)
+{
+    whenCalled = [this] {
+        service->endCalls();
+        return BwaRestReply(*later);
+    };
+
+    EXPECT_EQ(send().statusCode, 503);
+}
+
 TEST_F(BwaRestLaterTest, GivenTwoRepliesSendsTheFirst)
 {
     afterwards([this] {

@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <future>
+#include <limits>
 #include <stdexcept>
 
 using testing::HasSubstr;
@@ -171,6 +172,14 @@ TEST_F(BwaRestPoolTest, WhenTheServiceGoesAsksToCancel)
 
     EXPECT_EQ(send().statusCode, 503);
     EXPECT_TRUE(pool.waitForDone(10000));
+}
+
+TEST_F(BwaRestPoolTest, GivenTheLargestNumberOfWaitingCallsTakesThem)
+{
+    service->setPool(&pool, std::numeric_limits<int>::max());
+    work([](const BwaRestCancel&) { return textReply("a"); });
+
+    EXPECT_EQ(send().body, "a");
 }
 
 TEST_F(BwaRestPoolTest, WhenTooMuchWaitsIs503WithRetryAfter)
