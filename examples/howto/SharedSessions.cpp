@@ -60,6 +60,7 @@ public:
     Account(BwaRedisSessions* sessions, BwaAbstractFcgiSessionIdentifier* identifier)
         : BwaStandardFcgiRequestProcessor(identifier)
         , m_sessions(sessions)
+        , m_identifier(identifier)
     {
     }
 
@@ -79,8 +80,10 @@ protected:
         if (const auto* session = qobject_cast<BwaRedisSession*>(authenticateRequest(request))) {
             if (const BwaRedisSession* renewed = m_sessions->renew(session)) {
                 request->out() << BwaHttpPlainTextHeader() << authorizationOf(*renewed);
-            } else {
+            } else if (!m_sessions->hasAnswered()) {
                 m_sessions->sendUnavailable(request);
+            } else { // the session has ended since it was found
+                m_identifier->sendUnauthorizedReply(request);
             }
         }
         delete request;
@@ -100,7 +103,8 @@ protected:
     }
 
 private:
-    BwaRedisSessions* m_sessions; // not owned
+    BwaRedisSessions* m_sessions;                   // not owned
+    BwaAbstractFcgiSessionIdentifier* m_identifier; // not owned
 };
 //! [hooks]
 
