@@ -33,6 +33,17 @@ void deleteInTwoSteps(FCGX_Request* request, BwaFcgiConnections* connections)
     connections->deleteLater(request);
 }
 
+// Ends the reply. What a failed write has cut off within a record must not be followed by another
+// one, which the web server would take for the rest of it.
+void closeStreams(FCGX_Request* request)
+{
+    if (FCGX_GetError(request->out) != 0 || FCGX_GetError(request->err) != 0) {
+        ::shutdown(request->ipcFd, SHUT_WR);
+    }
+    FCGX_FClose(request->err);
+    FCGX_FClose(request->out); // sends END_REQUEST, too
+}
+
 timeval timeOf(int milliseconds)
 {
     timeval time = {};
@@ -121,8 +132,7 @@ void BwaFcgiExchange::watch(BwaFcgiRequest* request)
 
 void BwaFcgiExchange::complete()
 {
-    FCGX_FClose(m_request->err);
-    FCGX_FClose(m_request->out); // sends END_REQUEST, too
+    closeStreams(m_request);
     if (m_connections && !m_connections->areKept()) {
         // At once, so that a web server that keeps connections does not pick this one.
         ::shutdown(m_request->ipcFd, SHUT_WR);
@@ -169,8 +179,7 @@ bool BwaFcgiExchange::inputHasEnded()
 
 void BwaFcgiExchange::drop(FCGX_Request* request, BwaFcgiConnections* connections)
 {
-    FCGX_FClose(request->err);
-    FCGX_FClose(request->out);
+    closeStreams(request);
     if (connections) {
         connections->closeNow(std::exchange(request->ipcFd, -1));
     }

@@ -17,6 +17,14 @@ namespace {
 const int standardInput = 5;
 const int standardOutput = 6;
 const int transferTimeout = 100; // milliseconds
+const int headerSize = 8;        // bytes of a record's header
+
+// The bytes of content that the record at a position announces.
+int contentSize(const QByteArray& records, int position)
+{
+    return static_cast<quint8>(records.at(position + 4)) * 256 +
+        static_cast<quint8>(records.at(position + 5));
+}
 
 // The request on a connection that is kept, without the end of its input.
 QByteArray openRequest(const QByteArray& pathInfo)
@@ -157,6 +165,31 @@ TEST_P(BwaFcgiListenerSlowPeer, ThatTakesNothingOfAReplyEndsThatRequestOnly)
     FcgiReply reply;
     serveWhile([&] { reply = client->readReply(); });
     EXPECT_FALSE(reply.ended);
+}
+
+TEST_P(BwaFcgiListenerSlowPeer, ThatReadsAfterAFailedWriteGetsNothingBehindTheCutRecord)
+{
+    std::unique_ptr<FcgiClient> client;
+    QByteArray received;
+    handle = [&](BwaFcgiRequest* request) {
+        const QByteArray megabytes(64 * 1024 * 1024, 'x');
+        request->out().write(megabytes.constData(), megabytes.size());
+        received = receivedBytes(*client, 1024 * 1024); // so there is room for what must not follow
+        delete request;
+    };
+    listener().setTransferTimeout(transferTimeout);
+    startListening();
+    client = connectedClient();
+
+    client->sendRequest(apiRequest("/slow"));
+    runEventLoopUntil([&] { return !received.isEmpty(); });
+    received += receivedBytes(*client, 64 * 1024 * 1024);
+
+    int position = 0;
+    while (position + headerSize <= received.size()) {
+        ASSERT_EQ(received.at(position + 1), standardOutput) << "at " << position;
+        position += headerSize + contentSize(received, position) + received.at(position + 6);
+    }
 }
 
 TEST_P(BwaFcgiListenerSlowPeer, ThatStallsInABodyCutsItShort)
