@@ -361,9 +361,7 @@ TEST_F(BwaRestEventsTest, WhenClientsHaveGoneForgetsThem)
     stream.waitFor(":\n\n");
 
     stream.disconnect();
-    while (!isGone) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    Application::runUntil([&] { return isGone; });
 
     topic->send(1);
     expectServing();

@@ -7,7 +7,6 @@
 #include "rest/BwaRestProblem.h"
 #include "rest/RestReplies.h"
 
-#include <QEventLoop>
 #include <QThread>
 #include <QTimer>
 
@@ -355,10 +354,7 @@ TEST_F(BwaRestLaterTest, AnswersManyCallsInAnyOrder)
         });
     };
     next(3);
-    QEventLoop loop;
-    while (order.size() < 3) {
-        loop.processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    Application::runUntil([&] { return order.size() >= 3; });
 
     EXPECT_EQ(order, "210"); // the inner requests return first
 }

@@ -8,8 +8,6 @@
 #include "rest/BwaRestService.h"
 #include "testing/BwaTestRequest.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QJsonDocument>
 
 #include <gmock/gmock.h>
@@ -268,12 +266,8 @@ TEST_F(BwaRestSessionsTest, WhenTheTokenExpiresTheSessionEnds)
     const Grant grant = login();
     EXPECT_EQ(sessions->manager().sessions(QStringLiteral("ann")).size(), 1);
 
-    QElapsedTimer timer;
-    timer.start();
-    while (!sessions->manager().sessions(QStringLiteral("ann")).isEmpty() &&
-           timer.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    Application::runUntil(
+        [this] { return sessions->manager().sessions(QStringLiteral("ann")).isEmpty(); });
 
     EXPECT_EQ(send(grant, "GET", "/mine").statusCode, 401);
     EXPECT_EQ(send(grant, "POST", "/renew").statusCode, 401);

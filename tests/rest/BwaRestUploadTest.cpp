@@ -408,14 +408,10 @@ TEST_F(BwaRestUploadTest, WhenTheClientGoesLeavesNothing)
     request.setBody("text/plain", "a");
     request.setHeader("Content-Length", "2");
     std::optional<BwaTestStream> stream = request.open(*api);
-    while (files().isEmpty() && !isGone) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    Application::runUntil([&] { return isGone || !files().isEmpty(); });
 
     stream->disconnect();
-    while (!files().isEmpty()) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
+    Application::runUntil([&] { return files().isEmpty(); });
 
     EXPECT_EQ(doneCalls, 0);
 }
