@@ -195,9 +195,14 @@ bool BwaRedisSessions::hasAnswered() const
     return m_client->hasAnswered();
 }
 
+int BwaRedisSessions::retryAfter() const
+{
+    return qMax(1, (m_settings.pause + 999) / 1000);
+}
+
 void BwaRedisSessions::sendUnavailable(BwaFcgiRequest* request) const
 {
-    request->out() << UnavailableHeader(qMax(1, (m_settings.pause + 999) / 1000))
+    request->out() << UnavailableHeader(retryAfter())
                    << "The sessions cannot be reached. Try again soon." << std::endl;
 }
 

@@ -81,7 +81,11 @@ public:
 
     /** Whether Redis has answered the last call. If not, a null session says nothing. */
     bool hasAnswered() const;
-    /** Replies with 503 and Retry-After, in seconds. The request stays the caller's. */
+    /** When to ask again after Redis has not answered, in seconds. */
+    int retryAfter() const;
+    /** For how long a new token is taken, in milliseconds. */
+    int tokenLifetime() const { return m_settings.tokenLifetime; }
+    /** Replies with 503 and retryAfter(). The request stays the caller's. */
     void sendUnavailable(BwaFcgiRequest* request) const;
 
 private:

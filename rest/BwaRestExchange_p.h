@@ -20,6 +20,7 @@
 
 class BwaFcgiRequest;
 class BwaRestLaterState;
+class BwaRestSessions;
 struct BwaRestSession;
 
 /** One request from its arrival at a service to its reply; lives in the listener's thread. */
@@ -80,6 +81,7 @@ public:
     const BwaRestRouter::Entry* entry = nullptr;       // not owned; null: no such method
     BwaRestRouter::Spans spans;                        // of entry's parameters, within path
     std::shared_ptr<const BwaRestSession> session;     // null unless the group needs one
+    const BwaRestSessions* sessions = nullptr;         // whose it is; not owned
     std::shared_ptr<BwaRestLaterState> later;          // null unless the handler has asked for it
 
 private:

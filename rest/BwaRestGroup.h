@@ -112,8 +112,9 @@ public:
     /**
      * Refuses each call of the group and those below without a session (401), whose session has not
      * @a role, unless that is empty, and those that would write and come from a page of another
-     * origin, unless BwaRestService::allowOrigins() names it (403). A further need is checked, too.
-     * @a sessions is not owned.
+     * origin, unless BwaRestService::allowOrigins() names it (403). When the store of the sessions
+     * cannot be reached, a call that presents one is refused as the store says (503). A further
+     * need is checked, too. @a sessions is not owned.
      */
     BwaRestGroup& needs(const BwaRestSessions& sessions, const QString& role = QString());
     /**
@@ -134,7 +135,7 @@ protected:
     /** What the first hook with a reply says, from the outermost group on. */
     std::optional<BwaRestReply> askHooks(const BwaRestCall& call) const;
 
-    /** Checks what this and the groups above need. @throws BwaRestProblem 401, 403 */
+    /** Checks what this and the groups above need. @throws BwaRestProblem 401, 403, 503 */
     void checkNeeds(BwaRestExchange* exchange) const;
 
 private:

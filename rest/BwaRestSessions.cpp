@@ -8,8 +8,10 @@
 #include "rest/BwaRestCall.h"
 #include "rest/BwaRestExchange_p.h"
 #include "rest/BwaRestProblem.h"
+#include "rest/BwaRestProcessSessions_p.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
-#include "sessions/BwaWebSession.h"
+
+#include <stdexcept>
 
 namespace {
 
@@ -17,6 +19,8 @@ const char idCookie[] = "SESSION-ID";
 const char tokenCookie[] = "SESSION-TOKEN";
 
 struct Credentials {
+    bool areComplete() const { return !sessionId.isNull() && !token.isNull(); }
+
     QUuid sessionId;
     QUuid token;
 };
@@ -45,18 +49,6 @@ Credentials credentialsOf(const BwaRestExchange& exchange)
     return {QUuid(cookieOf(exchange, idCookie)), QUuid(cookieOf(exchange, tokenCookie))};
 }
 
-// In the same time wherever they differ.
-bool areEqual(const QUuid& first, const QUuid& second)
-{
-    const QByteArray firstBytes = first.toRfc4122();
-    const QByteArray secondBytes = second.toRfc4122();
-    int difference = 0;
-    for (int index = 0; index < firstBytes.size(); ++index) {
-        difference |= firstBytes.at(index) ^ secondBytes.at(index);
-    }
-    return difference == 0;
-}
-
 // A page of another site may have the browser write with its cookies. Hosts are compared, as the
 // scheme is known to the outermost web server alone.
 void refuseForeignWrite(const BwaRestExchange& exchange)
@@ -81,17 +73,22 @@ BwaHttpCookie cookie(const char* name, const QString& value, bool isSecure)
 
 } // namespace
 
-BwaRestSessions::BwaRestSessions(const QString& realm, int tokenLifetime, int graceTime)
+BwaRestSessions::BwaRestSessions(const QString& realm, std::unique_ptr<BwaRestSessionStore> store)
     : m_challenge(BwaSessionTokenFcgiSessionIdentifier::S_AUTHENTICATION_SCHEME_NAME.toLatin1() +
                   " realm=\"" + realm.toUtf8().replace('\\', "\\\\").replace('"', "\\\"") + '"')
-    , m_tokenLifetime(tokenLifetime)
-    , m_graceTime(graceTime)
+    , m_store(std::move(store))
 {
-    QObject::connect(&m_manager, &BwaWebSessionManager::aboutToRemove,
-                     [this](const QUuid& sessionId) { m_entries.remove(sessionId); });
+}
+
+BwaRestSessions::BwaRestSessions(const QString& realm, int tokenLifetime, int graceTime)
+    : BwaRestSessions(realm, std::make_unique<BwaRestProcessSessions>(tokenLifetime, graceTime))
+{
+    m_inProcess = static_cast<BwaRestProcessSessions*>(m_store.get());
 }
 
 BwaRestSessions::~BwaRestSessions() = default;
+BwaRestSessionStore::BwaRestSessionStore() = default;
+BwaRestSessionStore::~BwaRestSessionStore() = default;
 
 BwaRestSessions& BwaRestSessions::allowHttp()
 {
@@ -99,32 +96,39 @@ BwaRestSessions& BwaRestSessions::allowHttp()
     return *this;
 }
 
+BwaWebSessionManager& BwaRestSessions::manager()
+{
+    if (!m_inProcess) {
+        throw std::logic_error("The sessions are in a store, not in a manager");
+    }
+    return m_inProcess->manager;
+}
+
 BwaRestReply BwaRestSessions::login(const QString& user, const QStringList& roles,
                                     const QVariantMap& data)
 {
-    const BwaWebSession* const session = m_manager.createSession(user, m_tokenLifetime, 0);
-    m_entries[session->sessionId()].session =
-        std::make_shared<const BwaRestSession>(BwaRestSession{user, roles, data});
-    return granted(session->sessionId());
+    return granted(m_store->create(BwaRestSession{user, roles, data}));
 }
 
 BwaRestReply BwaRestSessions::renew(const BwaRestCall& call)
 {
-    const QUuid sessionId = require(call.m_exchange);
-    BwaWebSession* const session = m_manager.findSession(sessionId);
-    if (areEqual(session->token(), credentialsOf(call.m_exchange).token)) {
-        Entry& entry = m_entries[sessionId];
-        entry.previousToken = session->token();
-        entry.grace.setRemainingTime(m_graceTime);
-        session->generateNewToken();
+    refuseForeignWrite(call.m_exchange);
+    const Credentials credentials = credentialsOf(call.m_exchange);
+    BwaRestGrant grant;
+    if (credentials.areComplete()) {
+        grant = m_store->renew(credentials.sessionId, credentials.token);
     }
-    return granted(sessionId);
+    require(grant);
+    return granted(grant);
 }
 
 BwaRestReply BwaRestSessions::logout(const BwaRestCall& call)
 {
     refuseForeignWrite(call.m_exchange);
-    m_manager.removeSession(find(call.m_exchange));
+    const BwaRestGrant grant = find(call.m_exchange);
+    if (grant.session) {
+        m_store->remove(grant.sessionId);
+    }
     BwaRestReply reply = BwaRestReply::empty();
     for (const char* name : {idCookie, tokenCookie}) {
         BwaHttpCookie expired = cookie(name, QString(), m_isSecure);
@@ -134,54 +138,45 @@ BwaRestReply BwaRestSessions::logout(const BwaRestCall& call)
     return reply;
 }
 
-// The id of the session that the client proves; null without one.
-QUuid BwaRestSessions::find(const BwaRestExchange& exchange) const
+// The session that the client proves, if any.
+BwaRestGrant BwaRestSessions::find(const BwaRestExchange& exchange) const
 {
     const Credentials credentials = credentialsOf(exchange);
-    return isToken(credentials.sessionId, credentials.token) ? credentials.sessionId : QUuid();
+    return credentials.areComplete() ? m_store->find(credentials.sessionId, credentials.token)
+                                     : BwaRestGrant();
 }
 
-bool BwaRestSessions::isToken(const QUuid& sessionId, const QUuid& token) const
+void BwaRestSessions::require(const BwaRestGrant& grant) const
 {
-    const BwaWebSession* const session = m_manager.findSession(sessionId);
-    const auto entry = m_entries.find(sessionId);
-    if (!session || entry == m_entries.end() || session->isTokenExpired() || token.isNull()) {
-        return false;
-    }
-    const bool isCurrent = areEqual(session->token(), token);
-    const bool isPrevious = areEqual(entry->previousToken, token) && !entry->grace.hasExpired();
-    return isCurrent || isPrevious;
-}
-
-QUuid BwaRestSessions::require(const BwaRestExchange& exchange) const
-{
-    const QUuid sessionId = find(exchange);
-    if (sessionId.isNull()) {
+    if (!grant.session) {
         throw BwaRestProblem(BwaRestProblem(401).header("WWW-Authenticate", m_challenge));
     }
-    refuseForeignWrite(exchange);
-    return sessionId;
 }
 
+// A group and one within it may need the same sessions: then their store is asked once.
 void BwaRestSessions::check(BwaRestExchange* exchange, const QString& role) const
 {
-    exchange->session = m_entries.value(require(*exchange)).session;
+    if (exchange->sessions != this) {
+        const BwaRestGrant grant = find(*exchange);
+        require(grant);
+        refuseForeignWrite(*exchange);
+        exchange->session = grant.session;
+        exchange->sessions = this;
+    }
     if (!role.isEmpty() && !exchange->session->roles.contains(role)) {
         throw BwaRestProblem(403, QString::fromLatin1("This needs another role"));
     }
 }
 
-BwaRestReply BwaRestSessions::granted(const QUuid& sessionId) const
+BwaRestReply BwaRestSessions::granted(const BwaRestGrant& grant) const
 {
     const auto text = [](const QUuid& uuid) { return uuid.toString(QUuid::WithoutBraces); };
-    const QString token = text(m_manager.findSession(sessionId)->token());
-    const std::shared_ptr<const BwaRestSession> session = m_entries.value(sessionId).session;
-    BwaRestReply reply(QVariantMap{{QStringLiteral("session"), text(sessionId)},
-                                   {QStringLiteral("token"), token},
-                                   {QStringLiteral("expiresIn"), m_tokenLifetime / 1000},
-                                   {QStringLiteral("user"), session->user},
-                                   {QStringLiteral("roles"), session->roles}});
+    BwaRestReply reply(QVariantMap{{QStringLiteral("session"), text(grant.sessionId)},
+                                   {QStringLiteral("token"), text(grant.token)},
+                                   {QStringLiteral("expiresIn"), m_store->tokenLifetime() / 1000},
+                                   {QStringLiteral("user"), grant.session->user},
+                                   {QStringLiteral("roles"), grant.session->roles}});
     return reply.header("Cache-Control", "no-store")
-        .cookie(cookie(idCookie, text(sessionId), m_isSecure))
-        .cookie(cookie(tokenCookie, token, m_isSecure));
+        .cookie(cookie(idCookie, text(grant.sessionId), m_isSecure))
+        .cookie(cookie(tokenCookie, text(grant.token), m_isSecure));
 }

@@ -6,30 +6,23 @@
 
 #include "rest/BwaRestGlobal.h"
 #include "rest/BwaRestReply.h"
+#include "rest/BwaRestSessionStore.h"
 #include "sessions/BwaWebSessionManager.h"
 
 #include <QByteArray>
-#include <QDeadlineTimer>
-#include <QHash>
 #include <QString>
 #include <QStringList>
-#include <QUuid>
 #include <QVariant>
 
 #include <memory>
 
 class BwaRestCall;
 class BwaRestExchange;
-
-/** Who has logged in; what BwaRestCall::session() gives. */
-struct BwaRestSession {
-    QString user;      /**< As given to BwaRestSessions::login(). */
-    QStringList roles; /**< What the user may do, in words of the application. */
-    QVariantMap data;  /**< The application's own. */
-};
+class BwaRestProcessSessions;
 
 /**
- * Sessions of users, with roles and data, beside the BwaWebSessionManager that owns them.
+ * Sessions of users, with roles and data: in this process, in a BwaWebSessionManager, or in a store
+ * that other processes have, too.
  *
  *     BwaRestSessions sessions(QStringLiteral("notes"));
  *     api.post("/login", [&](const BwaRestCall& call) -> BwaRestReply {
@@ -46,17 +39,18 @@ struct BwaRestSession {
  * expired ends its session: clients renew it before. The previous token is still taken for a grace
  * time, as requests may be on their way while another one renews.
  *
- * To be used in the listener's thread; must outlive the services whose groups need it. The sessions
- * are in this process alone.
+ * To be used in the listener's thread; must outlive the services whose groups need it.
  */
 class BWA_REST_EXPORT BwaRestSessions
 {
     Q_DISABLE_COPY(BwaRestSessions)
 
 public:
-    /** @a realm is what a 401 names; both times in milliseconds. */
+    /** In this process. @a realm is what a 401 names; both times in milliseconds. */
     explicit BwaRestSessions(const QString& realm, int tokenLifetime = 900000,
                              int graceTime = 10000);
+    /** In @a store, which must not be null and has times of its own. */
+    BwaRestSessions(const QString& realm, std::unique_ptr<BwaRestSessionStore> store);
     ~BwaRestSessions();
 
     /** Has browsers send the cookies over plain HTTP as well, for networks without TLS. */
@@ -65,6 +59,7 @@ public:
     /**
      * Begins a session: the reply sets the cookies, and is {"session", "token", "expiresIn"
      * (seconds), "user", "roles"}. The application has checked who it is.
+     * @throws BwaRestProblem and others, as the store says
      */
     BwaRestReply login(const QString& user, const QStringList& roles,
                        const QVariantMap& data = QVariantMap());
@@ -76,34 +71,28 @@ public:
     BwaRestReply renew(const BwaRestCall& call);
     /**
      * Ends the session of @a call, if it has one, and takes the cookies away: 204.
-     * @throws BwaRestProblem 403: it comes from a page of another origin
+     * @throws BwaRestProblem 403: it comes from a page of another origin; 503: as the store says
      */
     BwaRestReply logout(const BwaRestCall& call);
 
-    /** Owns the sessions: removes those of a user, for example. */
-    BwaWebSessionManager& manager() { return m_manager; }
+    /**
+     * Owns the sessions: removes those of a user, for example.
+     * @throws std::logic_error they are in a store, which has functions of its own
+     */
+    BwaWebSessionManager& manager();
 
 private:
     friend class BwaRestGroup;
 
-    struct Entry {
-        std::shared_ptr<const BwaRestSession> session;
-        QUuid previousToken; // null: none yet
-        QDeadlineTimer grace;
-    };
-
-    QUuid find(const BwaRestExchange& exchange) const;
-    QUuid require(const BwaRestExchange& exchange) const;
+    BwaRestGrant find(const BwaRestExchange& exchange) const;
+    void require(const BwaRestGrant& grant) const;
     void check(BwaRestExchange* exchange, const QString& role) const;
-    bool isToken(const QUuid& sessionId, const QUuid& token) const;
-    BwaRestReply granted(const QUuid& sessionId) const;
+    BwaRestReply granted(const BwaRestGrant& grant) const;
 
-    BwaWebSessionManager m_manager;
     QByteArray m_challenge;
-    int m_tokenLifetime;
-    int m_graceTime;
     bool m_isSecure = true;
-    QHash<QUuid, Entry> m_entries; // by session id
+    std::unique_ptr<BwaRestSessionStore> m_store;
+    BwaRestProcessSessions* m_inProcess = nullptr; // the store; null when it is another one
 };
 
 #endif

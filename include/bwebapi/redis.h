@@ -8,6 +8,7 @@
 
 #include "redis/BwaRedisCookiesFcgiSessionIdentifier.h"
 #include "redis/BwaRedisGlobal.h"
+#include "redis/BwaRedisRestStore.h"
 #include "redis/BwaRedisSession.h"
 #include "redis/BwaRedisSessionTokenFcgiSessionIdentifier.h"
 #include "redis/BwaRedisSessions.h"

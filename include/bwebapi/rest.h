@@ -21,6 +21,7 @@
 #include "rest/BwaRestSchema.h"
 #include "rest/BwaRestServer.h"
 #include "rest/BwaRestService.h"
+#include "rest/BwaRestSessionStore.h"
 #include "rest/BwaRestSessions.h"
 #include "rest/BwaRestType.h"
 #include "rest/BwaRestUpload.h"

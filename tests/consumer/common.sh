@@ -39,9 +39,11 @@ use_installed()
     expect_greeting "$1/by-cmake/consumer_testing" "$3"
     expect_greeting "$1/by-cmake/consumer_rest" "$3"
     expect_greeting "$1/by-cmake/consumer_redis" "$3"
+    expect_greeting "$1/by-cmake/consumer_shared" "$3"
 
     by_pkg_config "$1" "$3" bwebapi main.cpp
     by_pkg_config "$1" "$3" bwebapi-testing testing.cpp
     by_pkg_config "$1" "$3" "bwebapi-rest bwebapi-testing" rest.cpp
     by_pkg_config "$1" "$3" bwebapi-redis redis.cpp
+    by_pkg_config "$1" "$3" "bwebapi-redis bwebapi-rest" shared.cpp
 }

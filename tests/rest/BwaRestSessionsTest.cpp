@@ -13,6 +13,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
@@ -30,6 +32,31 @@ Grant grantOf(const BwaTestReply& reply)
     return {json.value(QStringLiteral("session")).toByteArray(),
             json.value(QStringLiteral("token")).toByteArray()};
 }
+
+/** A store without sessions that can be out of reach. */
+struct FarStore : BwaRestSessionStore {
+    explicit FarStore(const bool* isAway)
+        : m_isAway(isAway)
+    {
+    }
+
+    BwaRestGrant create(const BwaRestSession&) override { return none(); }
+    BwaRestGrant find(const QUuid&, const QUuid&) override { return none(); }
+    BwaRestGrant renew(const QUuid&, const QUuid&) override { return none(); }
+    void remove(const QUuid&) override { none(); }
+    int tokenLifetime() const override { return 1; }
+
+private:
+    BwaRestGrant none() const
+    {
+        if (*m_isAway) {
+            throw BwaRestProblem(503);
+        }
+        return {};
+    }
+
+    const bool* m_isAway; // not owned
+};
 
 class BwaRestSessionsTest : public testing::Test
 {
@@ -211,6 +238,53 @@ TEST_F(BwaRestSessionsTest, GivenAWriteFromAnotherOriginIsA403)
         EXPECT_EQ(send(grant, "POST", "/logout", origin).statusCode, 403) << origin;
     }
     EXPECT_EQ(send(grant, "GET", "/mine").statusCode, 200);
+}
+
+TEST_F(BwaRestSessionsTest, GivenARenewalFromAnotherOriginTheTokenStays)
+{
+    const int graceTime = 0; // so that a replaced token is worth nothing
+    use(std::make_unique<BwaRestSessions>(QStringLiteral("a"), 900000, graceTime));
+    const Grant grant = login();
+
+    EXPECT_EQ(send(grant, "POST", "/renew", "https://other.org").statusCode, 403);
+
+    EXPECT_EQ(send(grant, "GET", "/mine").statusCode, 200);
+}
+
+TEST_F(BwaRestSessionsTest, GivenAStoreOutOfReachRefusesWhoPresentsASession)
+{
+    bool isAway = true;
+    const Grant grant = login();
+    use(std::make_unique<BwaRestSessions>(QStringLiteral("a"),
+                                          std::make_unique<FarStore>(&isAway)));
+
+    EXPECT_EQ(BwaTestRequest("POST", "/login").sendTo(*api).statusCode, 503);
+    EXPECT_EQ(send(grant, "GET", "/mine").statusCode, 503);
+    EXPECT_EQ(send(grant, "POST", "/renew").statusCode, 503);
+    EXPECT_EQ(send(grant, "POST", "/logout").statusCode, 503);
+    EXPECT_EQ(send({}, "GET", "/mine").statusCode, 401);
+    EXPECT_EQ(send({}, "POST", "/renew").statusCode, 401);
+    isAway = false;
+    EXPECT_EQ(send(grant, "GET", "/mine").statusCode, 401);
+    EXPECT_EQ(send(grant, "POST", "/renew").statusCode, 401);
+    EXPECT_EQ(send(grant, "POST", "/logout").statusCode, 204);
+}
+
+TEST_F(BwaRestSessionsTest, GivenAStoreThereIsNoManager)
+{
+    const bool isAway = false;
+    BwaRestSessions used(QStringLiteral("a"), std::make_unique<FarStore>(&isAway));
+
+    EXPECT_THROW(used.manager(), std::logic_error);
+}
+
+TEST_F(BwaRestSessionsTest, GivenTwoKindsOfSessionsNeedsBoth)
+{
+    BwaRestSessions others(QStringLiteral("others"));
+    BwaRestGroup& group = api->group("/both").needs(*sessions);
+    group.group("/first").needs(others).get("", [](const BwaRestCall&) { return QVariantMap(); });
+
+    EXPECT_EQ(send(login(), "GET", "/both/first").statusCode, 401);
 }
 
 TEST_F(BwaRestSessionsTest, GivenAnOriginThatIsNamedLetsItWrite)
