@@ -90,7 +90,7 @@ TEST_F(OddPeer, WhenNobodyClosesTheConnectionsAreClosed)
         }
     });
 
-    EXPECT_EQ(openDescriptors(), before);
+    waitUntil([&] { return openDescriptors() <= before; }); // the last one may have been open then
 }
 
 TEST_F(OddPeer, WhenAPeerSaysNothingServesTheNextOneAtOnce)

@@ -286,6 +286,6 @@ TEST_F(BwaFcgiListenerHeader, CutAnywhereGivesItsDescriptorBack)
         FcgiClient(path()).send(request.left(end));
     }
 
-    waitUntil([&] { return openDescriptors() == before; });
+    waitUntil([&] { return openDescriptors() <= before; });
     EXPECT_EQ(replyTo(parameters).out, QByteArray("value"));
 }
