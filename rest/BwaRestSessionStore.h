@@ -22,8 +22,8 @@ struct BwaRestSession {
 
 /** A session, and what proves it. */
 struct BwaRestGrant {
-    QUuid sessionId;
-    QUuid token;
+    QUuid sessionId;                               /**< Says which session it is. */
+    QUuid token;                                   /**< The current one, or the one before. */
     std::shared_ptr<const BwaRestSession> session; /**< Null: there is no such session. */
 };
 
