@@ -9,12 +9,13 @@
 all_cases=(hello json form upload auth notfound)
 applications=(bwebapi bwebapi-kept libfcgi go php)
 benchmark_packages=("${library_packages[@]}" libbenchmark-dev strace valgrind curl nginx-light wrk
-    golang-go php-fpm gnuplot-nox)
+    golang-go php-fpm gnuplot-nox libhiredis-dev libssl-dev redis-server redis-tools)
 binary=$root/build/benchmark
 php_script=$root/benchmarks/applications/php/index.php
 declare -A pid_of # application to process id
 
 # The connections to an application "NAME-kept" are kept open. To others, each request has its own.
+# "redis-COUNT" has that many sessions in the Redis that start_redis has started.
 
 build_benchmarks()
 {
@@ -64,6 +65,10 @@ start()
         write_php_configuration
         start_application "${@:2}" "$(php_fpm)" -R --nodaemonize -y "$work/php-fpm.conf"
         ;;
+    redis-*)
+        start_application "${@:2}" "$(program_of redis)" "$work/api.sock" "$outer/redis.sock" "${name#redis-}"
+        sed "s/^Authorization:.*/$(grep '^Authorization' "$work/application.log")/" "$outer/auth.http" >"$work/auth.http"
+        ;;
     *) start_application "${@:2}" "$(program_of "$name")" "$work/api.sock" ;;
     esac
     pid_of[$name]=$application_pid
@@ -94,6 +99,19 @@ pm.max_children = 1
 php_admin_value[post_max_size] = 16M
 php_admin_value[upload_max_filesize] = 16M
 CONF
+}
+
+start_redis()
+{
+    setpriv --pdeathsig TERM redis-server --port 0 --save '' --unixsocket "$work/redis.sock" >"$work/redis.log" &
+    local redis_pid=$!
+    await redis_answers || fail "Redis did not start: $(tail -n 1 "$work/redis.log")"
+}
+
+redis_answers()
+{
+    kill -0 "$redis_pid" 2>/dev/null || return 2
+    redis-cli -s "$work/redis.sock" ping >/dev/null 2>&1
 }
 
 # One nginx worker in front of all applications. The name of the host selects the application.
@@ -175,8 +193,10 @@ send()
 # load APPLICATION CASE SECONDS CLIENTS: sends requests through nginx; prints the counts of requests.lua
 load()
 {
+    local request=$work/$1/$2.http # when the application needs one of its own
+    [ -f "$request" ] || request=$work/$2.http
     wrk -t1 -c"$4" -d"$3s" --timeout 20s -s "$root/benchmarks/driver/requests.lua" "http://127.0.0.1:$port" \
-        -- "$work/$2.http" "$1" | sed -n 's/^counts //p'
+        -- "$request" "$1" | sed -n 's/^counts //p'
 }
 
 # Prints the ids of a process and of its children.

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: MIT
 
 # Reads the turns that scripts/benchmark measured, and prints for each case, number of clients and
-# application the medians over the rounds: microseconds of CPU per request, their ratio to those of
-# libfcgi in the same round, requests per second, their ratio, and the web server's microseconds per
-# request.
+# application the medians over the rounds: microseconds of CPU per request, their ratio to those of the
+# application "floor" in the same round, requests per second, their ratio, and the web server's
+# microseconds per request. The variable "applications" names the applications in their order.
 
 BEGIN { FS = OFS = "\t" }
 
@@ -22,19 +22,19 @@ FNR == 1 { next }
 
 END {
     print "case", "clients", "application", "cpu us", "ratio", "requests/s", "rate ratio", "nginx us"
-    split("bwebapi bwebapi-kept libfcgi go php", applications, " ")
+    split(applications, ordered, " ")
     for (i = 1; i <= loads; ++i) {
-        for (j = 1; j in applications; ++j) { print_medians(names[i], applications[j]) }
+        for (j = 1; j in ordered; ++j) { print_medians(names[i], ordered[j]) }
     }
 }
 
-function print_medians(load, application,    group, floor, round) {
+function print_medians(load, application,    group, divisor, round) {
     group = load SUBSEP application
-    floor = load SUBSEP "libfcgi"
+    divisor = load SUBSEP floor
     for (round in rounds) {
         if (!((group, round) in cpu)) { return }
-        ratio[group, round] = cpu[group, round] / cpu[floor, round]
-        rate_ratio[group, round] = rate[group, round] / rate[floor, round]
+        ratio[group, round] = cpu[group, round] / cpu[divisor, round]
+        rate_ratio[group, round] = rate[group, round] / rate[divisor, round]
     }
     printf "%s\t%s\t%.1f\t%.2f\t%.0f\t%.2f\t%.1f\n", load, application, median(cpu, group),
         median(ratio, group), median(rate, group), median(rate_ratio, group), median(front, group)

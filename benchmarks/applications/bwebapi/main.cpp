@@ -4,6 +4,7 @@
 // The measured requests, answered as an application of this library would answer them.
 
 #include "BwaStringStreaming.h"
+#include "applications/bwebapi/ProfileProcessor.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiListener.h"
 #include "fcgi/BwaFcgiRequest.h"
@@ -13,7 +14,6 @@
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "services/BwaStandardFcgiService.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
-#include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 
 #include <QCoreApplication>
@@ -145,23 +145,6 @@ protected:
             request->out() << BwaHttpJsonHeader() << "{\"size\":" << file.data().size() << "}\n";
         } else {
             request->sendHttpError(BwaFcgiRequest::BadRequest);
-        }
-        delete request;
-    }
-};
-
-/** Tells who asks. */
-class ProfileProcessor : public BwaStandardFcgiRequestProcessor
-{
-public:
-    using BwaStandardFcgiRequestProcessor::BwaStandardFcgiRequestProcessor;
-
-protected:
-    void processGetMethod(BwaFcgiRequest* request) override
-    {
-        if (const BwaWebSession* const session = authenticateRequest(request)) {
-            request->out() << BwaHttpJsonHeader() << "{\"user\":\"" << session->username()
-                           << "\"}\n";
         }
         delete request;
     }
