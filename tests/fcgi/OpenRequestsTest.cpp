@@ -125,6 +125,30 @@ TEST_F(BwaFcgiListenerOpenRequests, GivenRoomForOneAreHandedOutInOrder)
     EXPECT_THAT(heldPaths(), ElementsAre("/a", "/b", "/c", "/d", "/e"));
 }
 
+// The accepting thread has taken half a header of "/early", and waits for room for "/b". Until it
+// has that, it is told of two things at once: a request and a connection.
+TEST_F(BwaFcgiListenerOpenRequests, AreNotOvertakenByConnectionsThatAreAcceptedLater)
+{
+    listener().setMostWaiting(1);
+    start();
+    FcgiClient early(path());
+    const QByteArray request =
+        FcgiClient::requestBytes({{"SCRIPT_NAME", "/api"}, {"PATH_INFO", "/early"}});
+    early.send(request.left(16));
+    waitUntil([&] { return unreadBytes(early) == 0; });
+    send("/a");
+    waitUntil([this] { return unreadBytes(*clients.front()) == 0; });
+    send("/b");
+    send("/late");
+
+    early.send(request.mid(16));
+    early.shutDownSending();
+    serveUntilHeld(4);
+
+    const QList<QByteArray> paths = heldPaths();
+    EXPECT_LT(paths.indexOf("/early"), paths.indexOf("/late"));
+}
+
 TEST_F(BwaFcgiListenerOpenRequests, GivenRoomForTwoLeavesTheOthersInTheirConnections)
 {
     listener().setMostWaiting(2);
