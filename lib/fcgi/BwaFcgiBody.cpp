@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Each call of recvmsg() takes two things: the content that is wanted, and, when that is all that
-// is left of the record's content, the tail after it: padding and the header of the next record.
+// Each call of recvmsg() takes three things: the content that is wanted; content that is read
+// ahead; and, when that is all that is left of the record's content, the tail after it: padding and
+// the header of the next record.
 
 #include "fcgi/BwaFcgiBody_p.h"
 #include "fcgi/BwaFcgiRecords_p.h"
@@ -14,6 +15,12 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+namespace {
+
+const std::size_t mostAhead = 32 * 1024; // bytes; nginx sends records of that size
+
+} // namespace
+
 BwaFcgiBody::BwaFcgiBody(int connection, int requestId, int timeout)
     : m_connection(connection)
     , m_requestId(requestId)
@@ -23,11 +30,19 @@ BwaFcgiBody::BwaFcgiBody(int connection, int requestId, int timeout)
 
 std::size_t BwaFcgiBody::read(char* buffer, std::size_t size, Wait wait)
 {
-    std::size_t taken = 0;
+    std::size_t taken = takeAhead(buffer, size);
     bool goesOn = true;
     while (goesOn && taken < size && m_state == Open) {
         goesOn = receive(buffer + taken, size - taken, wait, &taken);
     }
+    return taken;
+}
+
+std::size_t BwaFcgiBody::takeAhead(char* buffer, std::size_t size)
+{
+    const std::size_t taken = std::min(size, m_aheadEnd - m_aheadBegin);
+    std::copy_n(m_ahead.get() + m_aheadBegin, taken, buffer);
+    m_aheadBegin += taken;
     return taken;
 }
 
@@ -37,12 +52,17 @@ bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t
 {
     char tail[256 + sizeof m_header];
     const std::size_t content = std::min(size, m_contentLeft);
+    const std::size_t ahead = wait == ForAll ? std::min(m_contentLeft - content, mostAhead) : 0;
+    if (ahead > 0 && !m_ahead) {
+        m_ahead = std::make_unique<char[]>(mostAhead);
+    }
     const std::size_t header = m_isLastRecord ? 0 : sizeof m_header - m_headerSize;
-    const std::size_t behind = content == m_contentLeft ? m_skipLeft + header : 0;
-    iovec parts[] = {{buffer, content}, {tail, std::min(behind, sizeof tail)}};
+    const std::size_t behind = content + ahead == m_contentLeft ? m_skipLeft + header : 0;
+    iovec parts[] = {
+        {buffer, content}, {m_ahead.get(), ahead}, {tail, std::min(behind, sizeof tail)}};
     msghdr message = {};
     message.msg_iov = parts;
-    message.msg_iovlen = 2;
+    message.msg_iovlen = 3;
     const ssize_t result = ::recvmsg(m_connection, &message, MSG_DONTWAIT);
     if (result < 0 && (errno == EAGAIN || errno == EINTR)) {
         return wait == ForAll && waitForInput();
@@ -51,10 +71,14 @@ bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t
         m_state = Failed;
         return false;
     }
-    const std::size_t come = std::min(static_cast<std::size_t>(result), content);
-    m_contentLeft -= come;
-    *taken += come;
-    takeTail(tail, static_cast<std::size_t>(result) - come);
+    const auto come = static_cast<std::size_t>(result);
+    const std::size_t contentCome = std::min(come, content);
+    const std::size_t aheadCome = std::min(come - contentCome, ahead);
+    m_contentLeft -= contentCome + aheadCome;
+    m_aheadBegin = 0;
+    m_aheadEnd = aheadCome;
+    *taken += contentCome;
+    takeTail(tail, come - contentCome - aheadCome);
     return true;
 }
 

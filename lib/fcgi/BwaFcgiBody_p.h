@@ -5,10 +5,14 @@
 #define BWAFCGIBODY_P_H
 
 #include <cstddef>
+#include <memory>
 
 /**
  * The body of a request of which libfcgi has read no input: takes its STDIN records from the
  * connection right into the caller's buffer, where libfcgi would copy them from pieces of 8 KiB.
+ *
+ * Small reads that wait, such as those of multipart bodies, take 32 KiB of a record at a time, and
+ * keep what is left for the next reads.
  *
  * It can also be read without waiting. libfcgi cannot: of a record's header that has come in part,
  * it forgets that part.
@@ -30,12 +34,13 @@ public:
     /** Whether the record that ends the body has been read. */
     bool hasEnded() const { return m_state == Ended; }
     /** Whether nothing more will come: the body has ended or cannot be read. */
-    bool isOver() const { return m_state != Open; }
+    bool isOver() const { return m_state != Open && m_aheadBegin == m_aheadEnd; }
 
 private:
     enum State { Open, Ended, Failed };
 
     bool receive(char* buffer, std::size_t size, Wait wait, std::size_t* taken);
+    std::size_t takeAhead(char* buffer, std::size_t size);
     bool waitForInput();
     void takeTail(const char* bytes, std::size_t size);
     void takeHeader();
@@ -44,6 +49,9 @@ private:
     int m_requestId;
     int m_timeout; // ms; 0: none
     State m_state = Open;
+    std::unique_ptr<char[]> m_ahead; // content that has been read before it was wanted
+    std::size_t m_aheadBegin = 0;
+    std::size_t m_aheadEnd = 0;
     std::size_t m_contentLeft = 0; // bytes of the current record's content
     std::size_t m_skipLeft = 0;    // bytes between that content and the next header
     std::size_t m_headerSize = 0;  // bytes of the next header that have come

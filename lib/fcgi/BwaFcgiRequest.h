@@ -143,7 +143,8 @@ public:
     bool canWrite() const;
     /**
      * The descriptor of the connection, for a QSocketNotifier that tells when readAvailable() or
-     * canWrite() is worth asking again; -1 once finished. Not to be read, written or closed.
+     * canWrite() is worth asking again; -1 once finished. Not to be read, written or closed. Ask
+     * readAvailable() before the first wait: readFromBody() reads ahead.
      */
     int connection() const;
 

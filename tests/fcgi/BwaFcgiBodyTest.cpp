@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -66,6 +69,14 @@ protected:
 private:
     int m_ends[2] = {-1, -1};
 };
+
+QByteArray noise(int size)
+{
+    QByteArray bytes(size, '\0');
+    std::mt19937 random(1);
+    std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<char>(random()); });
+    return bytes;
+}
 
 // The body "one, two, three" in records of odd sizes, with another request's between them.
 QByteArray oddRecords()
@@ -138,6 +149,49 @@ TEST_F(BwaFcgiBodyReading, GivenLessThanAllTakesNoMore)
     EXPECT_EQ(read(body, 4, BwaFcgiBody::ForAll), QByteArray("one,"));
     EXPECT_FALSE(body.isOver());
     EXPECT_EQ(read(body, 11, BwaFcgiBody::ForAll), QByteArray(" two, three"));
+}
+
+// Records of one byte more and one less than what is read ahead, and of the most that there can be.
+TEST_F(BwaFcgiBodyReading, InSmallPiecesGivesTheBytesOfLargeRecords)
+{
+    const int mostAhead = 32 * 1024;
+    const int pieceSize = 4096;
+    for (const int size : {mostAhead - 1, mostAhead, mostAhead + 1, mostAhead + pieceSize, 65535}) {
+        BwaFcgiBody body(connection(), 1, timeout);
+        const QByteArray content = noise(size);
+        send(recordOf(1, standardInput, content, 3) + recordOf(1, standardInput, "end") +
+             recordOf(1, standardInput, QByteArray()));
+
+        QByteArray taken;
+        while (!body.isOver()) {
+            taken += read(body, pieceSize, BwaFcgiBody::ForAll);
+        }
+        EXPECT_EQ(taken, content + "end") << size;
+        EXPECT_TRUE(body.hasEnded()) << size;
+    }
+}
+
+TEST_F(BwaFcgiBodyReading, AfterASmallReadGivesTheRestWithoutWaiting)
+{
+    BwaFcgiBody body(connection(), 1, timeout);
+    send(recordOf(1, standardInput, "one, two, three") + recordOf(1, standardInput, QByteArray()));
+
+    EXPECT_EQ(read(body, 4, BwaFcgiBody::ForAll), QByteArray("one,"));
+    EXPECT_EQ(available(body, 5), QByteArray(" two, three"));
+    EXPECT_TRUE(body.hasEnded());
+}
+
+TEST_F(BwaFcgiBodyReading, WhenTheConnectionEndsGivesWhatHasComeFirst)
+{
+    BwaFcgiBody body(connection(), 1, timeout);
+    send(recordOf(1, standardInput, "one, two, three").left(8 + 8));
+    closeSending();
+
+    EXPECT_EQ(read(body, 4, BwaFcgiBody::ForAll), QByteArray("one,"));
+    EXPECT_FALSE(body.isOver());
+    EXPECT_EQ(read(body, 100, BwaFcgiBody::ForAll), QByteArray(" two"));
+    EXPECT_TRUE(body.isOver());
+    EXPECT_FALSE(body.hasEnded());
 }
 
 TEST_F(BwaFcgiBodyReading, WhenNothingComesEndsTheWaitInTime)
