@@ -123,9 +123,9 @@ private Q_SLOTS:
 private:
     friend class BwaFcgiRequest;
 
-    bool startThread();
-    void handOver(BwaFcgiRequest* request);
-    bool reportsCompletion() const;
+    BWA_HIDDEN bool startThread();
+    BWA_HIDDEN void handOver(BwaFcgiRequest* request);
+    BWA_HIDDEN bool reportsCompletion() const;
 
     QMap<QString, BwaAbstractFcgiService*> m_services; // not owned
     BwaFcgiListenerThread m_worker;                    // lives in m_thread

@@ -58,12 +58,12 @@ public Q_SLOTS:
 private:
     friend class BwaFcgiListener;
 
-    void internalListen(const QString& address);
-    bool openSocket(const QString& address);
-    QString acceptRequests();
-    void closeSocket();
-    QString errorString();
-    void setErrorString(const QString& text);
+    BWA_HIDDEN void internalListen(const QString& address);
+    BWA_HIDDEN bool openSocket(const QString& address);
+    BWA_HIDDEN QString acceptRequests();
+    BWA_HIDDEN void closeSocket();
+    BWA_HIDDEN QString errorString();
+    BWA_HIDDEN void setErrorString(const QString& text);
 
     std::atomic<bool> m_stopRequested;
     std::atomic<int> m_descriptor;      // -1: not listening

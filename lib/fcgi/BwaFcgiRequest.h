@@ -177,16 +177,16 @@ private:
         std::ostream stream; // writes to buffer
     };
 
-    static void logException(const std::exception& exception);
+    BWA_HIDDEN static void logException(const std::exception& exception);
 
-    void writeErrorPage(unsigned short statusCode, const QString& reasonPhrase);
-    void join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole);
-    void goOn();
-    void tellGone();
-    void logMissingReply();
-    QString reportedPath() const;
-    void finish(const QString& path);
-    void abandon();
+    BWA_HIDDEN void writeErrorPage(unsigned short statusCode, const QString& reasonPhrase);
+    BWA_HIDDEN void join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole);
+    BWA_HIDDEN void goOn();
+    BWA_HIDDEN void tellGone();
+    BWA_HIDDEN void logMissingReply();
+    BWA_HIDDEN QString reportedPath() const;
+    BWA_HIDDEN void finish(const QString& path);
+    BWA_HIDDEN void abandon();
 
     FCGX_Request* m_request; // owned by m_exchange; null once finished
     std::unique_ptr<BwaFcgiExchange> m_exchange;
