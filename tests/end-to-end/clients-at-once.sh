@@ -12,14 +12,14 @@ client()
 {
     local auth note id
     auth=$(log_in)
-    note=$(curl -s --max-time 20 -H "Authorization: $auth" --json "{\"title\": \"note of $1\"}" "$api/notes")
+    note=$(curl -s --max-time 60 -H "Authorization: $auth" --json "{\"title\": \"note of $1\"}" "$api/notes")
     id=${note#*:}
     id=${id%%,*}
     expect_equal "client $1 creates" "{\"id\":$id,\"text\":\"\",\"title\":\"note of $1\"}" "$note"
     expect_equal "client $1 reads" "$note" \
-        "$(curl -s --max-time 20 -H "Authorization: $auth" "$api/notes/$id")"
+        "$(curl -s --max-time 60 -H "Authorization: $auth" "$api/notes/$id")"
     expect_equal "client $1 changes" "{\"id\":$id,\"text\":\"$1\",\"title\":\"changed\"}" \
-        "$(curl -s --max-time 20 -X PUT -H "Authorization: $auth" \
+        "$(curl -s --max-time 60 -X PUT -H "Authorization: $auth" \
             --json "{\"title\": \"changed\", \"text\": \"$1\"}" "$api/notes/$id")"
     expect_equal "client $1 deletes" 204 \
         "$(status_of -X DELETE -H "Authorization: $auth" "$api/notes/$id")"

@@ -57,7 +57,7 @@ start_activated()
 # Prints what the authorization header must hold from then on.
 log_in()
 {
-    curl -s --max-time 20 --json '{"user": "demo", "password": "tea and biscuits"}' "$api/session" |
+    curl -s --max-time 60 --json '{"user": "demo", "password": "tea and biscuits"}' "$api/session" |
         authorization
 }
 
@@ -75,7 +75,7 @@ session_header()
 # status_of [CURL-ARGUMENT...]
 status_of()
 {
-    curl -s -o /dev/null --max-time 20 -w '%{http_code}' "$@"
+    curl -s -o /dev/null --max-time 60 -w '%{http_code}' "$@"
 }
 
 # expect_equal WHAT EXPECTED ACTUAL

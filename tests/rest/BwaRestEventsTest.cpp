@@ -9,7 +9,7 @@
 #include "testing/BwaTestRequest.h"
 
 #include <QElapsedTimer>
-#include <QModelIndex>
+#include <QPoint>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -114,7 +114,7 @@ TEST_F(BwaRestEventsTest, GivenLineEndsKeepsThemInside)
 
 TEST_F(BwaRestEventsTest, GivenWhatIsNoJsonThrows)
 {
-    EXPECT_THROW(topic->send(QVariant::fromValue(QModelIndex())), std::logic_error);
+    EXPECT_THROW(topic->send(QPoint()), std::logic_error);
 }
 
 TEST_F(BwaRestEventsTest, SendsToEveryClient)
