@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 namespace {
@@ -79,7 +80,7 @@ void fuzz(const QByteArray& input)
     array.push_back(nullptr);
     const std::vector<char*> arrayBefore = array;
     QList<QByteArray> entriesBefore;
-    for (const QByteArray& entry : qAsConst(entries)) {
+    for (const QByteArray& entry : std::as_const(entries)) {
         entriesBefore.append(QByteArray(entry.constData(), entry.size())); // not shared
     }
 
@@ -87,7 +88,7 @@ void fuzz(const QByteArray& input)
     request.envp = array.data();
     BwaFcgiRequest::BwaFcgiInput cgiInput(&request);
 
-    for (const QByteArray& entry : qAsConst(entries)) {
+    for (const QByteArray& entry : std::as_const(entries)) {
         const QByteArray name = nameOf(entry);
         EXPECT_EQ(shown(cgiInput.getenv(QString::fromLatin1(name))),
                   shown(literalVariable(entries, name)));

@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -38,7 +39,7 @@ std::string shownOutcome(const Outcome& outcome)
     std::string text = shownVariables(outcome.variables) + "\n";
     QStringList names = outcome.files.keys();
     names.sort();
-    for (const QString& name : qAsConst(names)) {
+    for (const QString& name : std::as_const(names)) {
         const BwaCgiFile file = outcome.files.value(name);
         text += shownName(name) + "=" + shown(file.fileName()) + "|" + shown(file.contentType()) +
             "|" + file.data().toStdString() + "\n";

@@ -5,6 +5,8 @@
 
 #include <QtDebug>
 
+#include <utility>
+
 namespace {
 
 bool isError(const BwaRedisReply& reply)
@@ -151,14 +153,14 @@ bool BwaRedisClient::findPrimary(const QDeadlineTimer& deadline)
 {
     m_failure = QString::fromLatin1("no address is set");
     int left = m_settings.sentinels.size() + m_settings.addresses.size();
-    for (const QString& sentinel : qAsConst(m_settings.sentinels)) {
+    for (const QString& sentinel : std::as_const(m_settings.sentinels)) {
         const QDeadlineTimer share = shareOf(deadline, left--);
         const QString address = primaryBySentinel(sentinel, share);
         if (!address.isEmpty() && connectToPrimary(address, share)) {
             return true;
         }
     }
-    for (const QString& address : qAsConst(m_settings.addresses)) {
+    for (const QString& address : std::as_const(m_settings.addresses)) {
         if (connectToPrimary(address, shareOf(deadline, left--))) {
             return true;
         }

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace {
 
 //! [type]
@@ -34,7 +36,7 @@ bool readNotes(const QVariantMap& object, QStringList& notes)
     if (!BwaJsonUtilities::listValue(object, QStringLiteral("notes"), values, QVariantList())) {
         return false;
     }
-    for (const QVariant& value : qAsConst(values)) {
+    for (const QVariant& value : std::as_const(values)) {
         QString note;
         if (!BwaJsonUtilities::stringValue(value, note)) {
             return false;

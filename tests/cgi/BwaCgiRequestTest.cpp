@@ -14,6 +14,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -155,8 +156,8 @@ TEST(UrlDecodeText, GivenAnyTwoCharactersConvertsThemAsANumberDoes)
     }
     characters.append(QStringLiteral(
         u"\u0660\u0665\u1680\u180e\u2000\u2003\u2028\u202f\u2212\u3000\ufeff\uff0b\uff15\uff21"));
-    for (const QChar first : qAsConst(characters)) {
-        for (const QChar second : qAsConst(characters)) {
+    for (const QChar first : std::as_const(characters)) {
+        for (const QChar second : std::as_const(characters)) {
             const QString escape = QString(QLatin1Char('%')) + first + second;
 
             const QString decoded = BwaCgiRequest::urlDecode(escape);

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 // Parsed values as one readable text, so that a test compares a whole result at once. A null text
 // is shown as <null>; whatever is not printable ASCII as \uXXXX.
@@ -45,7 +46,7 @@ inline std::string shownVariables(const QMultiHash<QString, QString>& variables)
     QList<QString> names = variables.uniqueKeys();
     std::sort(names.begin(), names.end());
     std::string result;
-    for (const QString& name : qAsConst(names)) {
+    for (const QString& name : std::as_const(names)) {
         result += (result.empty() ? "" : " ") + shownName(name) + "=";
         const QList<QString> values = variables.values(name);
         for (int index = 0; index < values.size(); ++index) {
@@ -62,7 +63,7 @@ inline std::string shownElement(const QPair<QString, QHash<QString, QString>>& e
     QList<QString> names = element.second.keys();
     std::sort(names.begin(), names.end());
     std::string result;
-    for (const QString& name : qAsConst(names)) {
+    for (const QString& name : std::as_const(names)) {
         result +=
             (result.empty() ? "" : ";") + shownName(name) + "=" + shown(element.second.value(name));
     }

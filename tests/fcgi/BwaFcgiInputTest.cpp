@@ -15,6 +15,7 @@
 #include <climits>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -176,7 +177,7 @@ TEST_F(BwaFcgiInput, GivenTextsOfAnyLengthReadsThem)
     }
     Input input(accepted(parameters));
 
-    for (const auto& parameter : qAsConst(parameters)) {
+    for (const auto& parameter : std::as_const(parameters)) {
         EXPECT_EQ(input.getenv(QString::fromLatin1(parameter.first)),
                   QString::fromLatin1(parameter.second));
     }
