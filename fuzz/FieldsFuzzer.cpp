@@ -33,7 +33,7 @@ struct All {
     double e = 0.5;
     QByteArray f = "f";
     QUuid g;
-    QDateTime h = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
+    QDateTime h = QDateTime::fromSecsSinceEpoch(0).toUTC();
     QList<quint8> i;
     std::optional<int> j;
     Part k;
