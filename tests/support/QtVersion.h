@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#ifndef QTVERSION_H
-#define QTVERSION_H
+// Qt 6.8 has a header with the guard QTVERSION_H.
+#ifndef SUPPORT_QTVERSION_H
+#define SUPPORT_QTVERSION_H
 
 // What tests use of Qt that differs between its versions 5 and 6.
 
