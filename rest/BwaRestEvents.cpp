@@ -28,7 +28,7 @@
 
 namespace {
 
-const int pieceSize = 8192; // bytes for which there is room whenever the request can write
+const int mostPieceSize = 8192; // bytes for which there is room whenever the request can write
 const int noDeadline = -1;
 const QByteArray comment = QByteArrayLiteral(":\n\n");
 
@@ -222,7 +222,7 @@ void BwaRestEvents::Topic::writeTo(Client& client)
         if (client.text.isEmpty()) {
             return;
         }
-        const QByteArray piece = client.text.mid(client.written, pieceSize);
+        const QByteArray piece = client.text.mid(client.written, mostPieceSize);
         client.exchange->writePiece(piece);
         client.written += piece.size();
     }

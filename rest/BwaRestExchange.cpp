@@ -5,6 +5,7 @@
 #include "fcgi/BwaFcgiRequest.h"
 #include "rest/BwaRestExchange_p.h"
 #include "rest/BwaRestGroup.h"
+#include "rest/BwaRestOutcome_p.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestStatus_p.h"
 #include "rest/BwaRestText_p.h"
@@ -25,11 +26,6 @@ bool isDigits(const QByteArray& text)
     return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](char character) {
         return character >= '0' && character <= '9';
     });
-}
-
-[[noreturn]] void refuse(int status, const char* detail)
-{
-    throw BwaRestProblem(status, QString::fromLatin1(detail));
 }
 
 [[noreturn]] void refuseSize(quint64 limit)
@@ -141,12 +137,12 @@ quint64 BwaRestExchange::checkBodySize(quint64 limit) const
     const QByteArray length = variable("CONTENT_LENGTH");
     if (length.isEmpty()) {
         if (mayHaveBodyWithoutLength()) {
-            refuse(411, "The body needs a Content-Length");
+            BwaRestOutcome::refuse(411, "The body needs a Content-Length");
         }
         return 0;
     }
     if (!isDigits(length)) {
-        refuse(400, "The Content-Length is no number");
+        BwaRestOutcome::refuse(400, "The Content-Length is no number");
     }
     bool ok = false;
     const quint64 size = length.toULongLong(&ok);
@@ -162,7 +158,7 @@ QByteArray BwaRestExchange::body()
         const auto size = static_cast<unsigned int>(checkBodySize(bodyLimit()));
         const QByteArray bytes = m_request->cgiRequest()->readFromBody(size);
         if (static_cast<unsigned int>(bytes.size()) != size) {
-            refuse(400, "The body ends early");
+            BwaRestOutcome::refuse(400, "The body ends early");
         }
         m_body = bytes;
     }

@@ -24,6 +24,12 @@ public:
         }
     }
 
+    /** Ends the function with a problem. */
+    [[noreturn]] static void refuse(int status, const char* detail)
+    {
+        throw BwaRestProblem(status, QString::fromLatin1(detail));
+    }
+
     /** 500; @a reason is for the log alone, where the client's reply says nothing of it. */
     static BwaRestReply failure(const QByteArray& reason)
     {

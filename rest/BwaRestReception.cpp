@@ -25,11 +25,6 @@ const int mostHeaderBytes = 8192; // of a part
 const int mostFieldBytes = 65536;
 const int mostDelimiterBytes = 76; // a boundary has 70 at most (RFC 2046, section 5.1.1)
 
-[[noreturn]] void refuse(int status, const char* detail)
-{
-    throw BwaRestProblem(status, QString::fromLatin1(detail));
-}
-
 bool isForm(const QByteArray& contentType)
 {
     const auto parsed = BwaCgiEnvironment::parseContentType(QString::fromLatin1(contentType));
@@ -62,7 +57,7 @@ BwaRestPart partOf(const QString& header)
     const auto parsed = BwaCgiRequest::parseGenericHeader(disposition).first();
     const QString name = QString::fromLatin1("name");
     if (parsed.first != QLatin1String("form-data") || !parsed.second.contains(name)) {
-        refuse(400, "A part of the form has no name");
+        BwaRestOutcome::refuse(400, "A part of the form has no name");
     }
     BwaRestPart part;
     part.name = withoutEscapes(parsed.second.value(name));
@@ -86,7 +81,7 @@ BwaRestReception::BwaRestReception(const BwaRestUpload& upload, BwaRestExchange&
 {
     const BwaSize delimiterSize = m_form.delimiter().size();
     if (m_isForm && (delimiterSize < 7 || delimiterSize > mostDelimiterBytes)) {
-        refuse(400, "The form has no valid boundary");
+        BwaRestOutcome::refuse(400, "The form has no valid boundary");
     }
     if (!m_isForm) {
         BwaRestPart whole;
@@ -156,7 +151,7 @@ void BwaRestReception::take(const QByteArray& piece)
     m_buffer += piece;
     const bool isWhole = m_received == m_size;
     if (!isWhole && piece.isEmpty() && m_exchange.request().bodyIsOver()) {
-        refuse(400, "The body ends early");
+        BwaRestOutcome::refuse(400, "The body ends early");
     }
     if (!m_isForm) {
         add(m_buffer);
@@ -171,7 +166,7 @@ void BwaRestReception::take(const QByteArray& piece)
     }
     while (m_progress == Header ? takeHeader() : takeContent()) { }
     if (isWhole && m_progress != Over) {
-        refuse(400, "The form ends early");
+        BwaRestOutcome::refuse(400, "The form ends early");
     }
 }
 
@@ -180,7 +175,7 @@ bool BwaRestReception::takeHeader()
 {
     const BwaSize size = m_buffer.indexOf("\r\n\r\n");
     if (size > mostHeaderBytes || (size < 0 && m_buffer.size() > mostHeaderBytes)) {
-        refuse(400, "The header of a part is too long");
+        BwaRestOutcome::refuse(400, "The header of a part is too long");
     }
     if (size < 0) {
         return false;
@@ -255,7 +250,8 @@ void BwaRestReception::add(const QByteArray& content)
     if (m_upload.m_data) {
         m_upload.m_data(part, content);
         if (!m_state->isOpen()) {
-            refuse(503, "The service stops"); // nobody hears it, but the files have gone
+            BwaRestOutcome::refuse(503,
+                                   "The service stops"); // nobody hears it, but the files have gone
         }
     }
     if (!part.path.isNull() && m_files.back()->write(content) != content.size()) {

@@ -7,10 +7,10 @@
 #include "cgi/BwaHeaderValueParser_p.h"
 #include "cgi/BwaTextScanning_p.h"
 
+namespace {
+
 using BwaTextScanning::indexOfAny;
 using BwaTextScanning::textBetween;
-
-namespace {
 
 // The number that @a text holds in base 10. It is 0 when the text is no number, has a sign, or
 // exceeds @a largest. Blanks around the digits are ignored, as Qt's own conversion does.

@@ -10,6 +10,7 @@
 
 #include "BwaGlobal.h"
 #include "fcgi/BwaFcgiAcceptLoop_p.h"
+#include "fcgi/BwaFcgiClock_p.h"
 #include "fcgi/BwaFcgiExchange_p.h"
 #include "fcgi/BwaFcgiRecords_p.h"
 #include "fcgi/BwaFcgiSocket_p.h"
@@ -18,7 +19,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <exception>
 #include <iterator>
@@ -29,21 +29,15 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace {
+
 using BwaFcgiRecords::Record;
 using BwaFcgiRecords::Verdict;
-
-namespace {
 
 const std::size_t readSize = 8192;    // bytes that libfcgi reads at a time
 const unsigned long moment = 20;      // ms until a shortage may have passed
 const qint64 longestShortage = 30000; // ms
 const auto mostHeaderSize = static_cast<BwaSize>(BwaFcgiRecords::mostHeaderSize);
-
-qint64 now()
-{
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
 
 bool isShortage(int error)
 {
@@ -201,8 +195,8 @@ void BwaFcgiAcceptLoop::handleShortage(int error)
     if (m_connections->closeOldest()) {
         return;
     }
-    m_shortSince = m_shortSince == 0 ? now() : m_shortSince;
-    if (now() - m_shortSince > longestShortage) {
+    m_shortSince = m_shortSince == 0 ? BwaFcgiClock::now() : m_shortSince;
+    if (BwaFcgiClock::now() - m_shortSince > longestShortage) {
         fail("cannot accept connections", error);
     }
     QThread::msleep(moment);

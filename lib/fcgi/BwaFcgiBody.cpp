@@ -17,7 +17,7 @@
 
 namespace {
 
-const std::size_t mostAhead = 32 * 1024; // bytes; nginx sends records of that size
+const std::size_t mostAhead = 32768; // bytes; nginx sends records of that size
 
 } // namespace
 

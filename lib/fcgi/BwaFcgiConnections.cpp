@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
+#include "fcgi/BwaFcgiClock_p.h"
 #include "fcgi/BwaFcgiConnections_p.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -23,12 +23,6 @@ const std::int64_t lastUseTime = 200; // ms that a kept connection has for one w
 const std::int64_t silentTime = 1000; // ms of silence, after which closeOldest() may close one
 const int mostEvents = 64;
 const int mostReads = 16; // of an ended connection, before others have their turn
-
-std::int64_t now()
-{
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
 
 // Whether an ABORT_REQUEST comes next. To be called only when the whole input of the request has
 // been read, so that the next byte begins a record.
@@ -306,7 +300,7 @@ bool BwaFcgiConnections::closeOldest()
     };
     const auto oldest = std::min_element(m_connections.begin(), m_connections.end(), isOlder);
     if (oldest == m_connections.end() || oldest->state != Connection::Waiting ||
-        now() - oldest->waitingSince < silentTime) {
+        BwaFcgiClock::now() - oldest->waitingSince < silentTime) {
         return false;
     }
     release(static_cast<int>(oldest - m_connections.begin()));
@@ -445,12 +439,12 @@ void BwaFcgiConnections::signalWakeUp()
 void BwaFcgiConnections::beginWaiting(Connection& connection)
 {
     changeState(connection, Connection::Waiting);
-    connection.waitingSince = now();
+    connection.waitingSince = BwaFcgiClock::now();
 }
 
 void BwaFcgiConnections::setDeadline(Connection& connection, std::int64_t milliseconds)
 {
-    connection.deadline = now() + milliseconds;
+    connection.deadline = BwaFcgiClock::now() + milliseconds;
     if (m_nextDeadline == 0 || connection.deadline < m_nextDeadline) {
         m_nextDeadline = connection.deadline;
     }
@@ -460,12 +454,14 @@ void BwaFcgiConnections::setDeadline(Connection& connection, std::int64_t millis
 int BwaFcgiConnections::timeout() const
 {
     const std::int64_t deadline = m_nextDeadline;
-    return deadline == 0 ? -1 : static_cast<int>(std::max<std::int64_t>(deadline - now(), 0)) + 1;
+    return deadline == 0
+        ? -1
+        : static_cast<int>(std::max<std::int64_t>(deadline - BwaFcgiClock::now(), 0)) + 1;
 }
 
 void BwaFcgiConnections::closeOverdue()
 {
-    const std::int64_t time = m_nextDeadline == 0 ? 0 : now();
+    const std::int64_t time = m_nextDeadline == 0 ? 0 : BwaFcgiClock::now();
     if (time < m_nextDeadline || m_nextDeadline == 0) {
         return;
     }

@@ -5,6 +5,7 @@
 
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiClock_p.h"
 #include "fcgi/BwaFcgiExchange_p.h"
 #include "fcgi/BwaFcgiGuard_p.h"
 #include "fcgi/BwaFcgiListener.h"
@@ -16,7 +17,6 @@
 #include "http/BwaHttpReplyHeader.h"
 #include "http/BwaHttpStatusHeader.h"
 
-#include <chrono>
 #include <utility>
 
 namespace {
@@ -68,12 +68,6 @@ const ErrorReply errorReplies[] = {
     {BwaFcgiRequest::NetworkAuthenticationRequired, "Network Authentication Required"},
 };
 
-qint64 now()
-{
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
-}
-
 } // namespace
 
 BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
@@ -84,7 +78,7 @@ BwaFcgiRequest::BwaFcgiRequest(FCGX_Request* request)
     , m_outBuffer(new BwaFcgiReplyBuffer(request->out, m_exchange.get()))
     , m_out(m_outBuffer.get())
     , m_guard(nullptr)
-    , m_began(now())
+    , m_began(BwaFcgiClock::now())
 {
 }
 
@@ -177,7 +171,7 @@ void BwaFcgiRequest::finish(const QString& path)
     m_request = nullptr;
     if (listener && listener->reportsCompletion()) {
         Q_EMIT listener->requestCompleted(path, m_outBuffer->status(), m_outBuffer->size(),
-                                          now() - m_began);
+                                          BwaFcgiClock::now() - m_began);
     }
 }
 
