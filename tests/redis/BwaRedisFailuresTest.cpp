@@ -321,7 +321,7 @@ TEST_F(BwaRedisFailuresTest, WhenTheMemoryIsFullOnlyLoginsFail)
     const Credentials ours(sessions.create(ann));
     const MessageRecorder recorder;
 
-    server.ask({"CONFIG", "SET", "maxmemory", "1mb"});
+    server.ask({"CONFIG", "SET", "maxmemory", "1"});
     EXPECT_EQ(sessions.create(bob), nullptr);
     EXPECT_FALSE(sessions.hasAnswered());
     EXPECT_EQ(sessions.create(bob), nullptr);
@@ -342,7 +342,7 @@ TEST_F(BwaRedisFailuresTest, WhenTheMemoryIsFullSessionsCanBeRemoved)
     const RedisServer server;
     BwaRedisSessions sessions(settingsFor(server));
     const Credentials ours(sessions.create(ann));
-    server.ask({"CONFIG", "SET", "maxmemory", "1mb"});
+    server.ask({"CONFIG", "SET", "maxmemory", "1"});
 
     EXPECT_TRUE(sessions.removeSession(ours.id));
 
