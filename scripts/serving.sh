@@ -116,13 +116,14 @@ is_busy()
     (: <>"/dev/tcp/127.0.0.1/$1") 2>/dev/null
 }
 
-# pick_free_port [VARIABLE]: sets the variable, $port unless one is named, to a free port
+# pick_free_port [VARIABLE]: sets the variable, $port unless one is named, to a free port, below those that
+# Linux gives to connections (ip_local_port_range): one of these could take it meanwhile
 pick_free_port()
 {
     local -n picked=${1-port}
-    picked=$((20000 + RANDOM % 40000))
+    picked=$((20000 + RANDOM % 12000))
     while is_busy "$picked"; do
-        picked=$((20000 + RANDOM % 40000))
+        picked=$((20000 + RANDOM % 12000))
     done
 }
 

@@ -157,19 +157,6 @@ int unreadBytes(const FcgiClient& client)
     return bytes;
 }
 
-quint16 freePort()
-{
-    const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
-    EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    close(descriptor);
-    return ntohs(address.sin_port);
-}
-
 QString loopbackAddress(quint16 port)
 {
     return QLatin1String("127.0.0.1:") + QString::number(port);

@@ -8,6 +8,7 @@
 #include "fcgi/BwaFcgiRequest.h"
 #include "services/BwaAbstractFcgiService.h"
 #include "support/FcgiClient.h"
+#include "support/FreePort.h"
 
 #include <QCoreApplication>
 #include <QList>
@@ -88,8 +89,6 @@ int listeningSocket();
 QList<QByteArray> threadNames();
 /** The bytes that the client has sent and nobody has read; on a port, that have not arrived. */
 int unreadBytes(const FcgiClient& client);
-/** A TCP port of 127.0.0.1 that nobody listens on. */
-quint16 freePort();
 /** The address of 127.0.0.1 at @a port. */
 QString loopbackAddress(quint16 port);
 /** Milliseconds that @a work takes. */

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "redis/RedisTest.h"
+#include "support/FreePort.h"
 #include "support/QtPrinters.h"
 
 #include <QFile>
@@ -54,8 +55,8 @@ protected:
         EXPECT_EQ(primary.ask({"REPLICAOF", "127.0.0.1", QByteArray::number(replicaPort)}), "OK");
     }
 
-    quint16 primaryPort = RedisServer::freePort();
-    quint16 replicaPort = RedisServer::freePort();
+    quint16 primaryPort = freePort();
+    quint16 replicaPort = freePort();
     RedisServer primary{
         portOption(primaryPort) +
         QStringList{QStringLiteral("--repl-diskless-sync-delay"), QStringLiteral("0")}};
@@ -238,7 +239,7 @@ TEST_F(BwaRedisReplicasTest, WhenRolesAreChangedChangesGoToTheNewPrimary)
 
 TEST_F(BwaRedisReplicasTest, GivenASentinelFindsThePrimaryAndItsSuccessor)
 {
-    const quint16 port = RedisServer::freePort();
+    const quint16 port = freePort();
     Sentinel sentinel(port, primaryPort);
     settings.addresses.clear();
     settings.sentinels = QStringList{loopback(port)};
@@ -256,10 +257,10 @@ TEST_F(BwaRedisReplicasTest, GivenASentinelFindsThePrimaryAndItsSuccessor)
 
 TEST_F(BwaRedisReplicasTest, GivenASentinelThatKnowsNoSuchPrimarySaysSo)
 {
-    const quint16 port = RedisServer::freePort();
+    const quint16 port = freePort();
     const Sentinel sentinel(port, primaryPort);
     settings.addresses.clear();
-    settings.sentinels = QStringList{loopback(RedisServer::freePort()), loopback(port)};
+    settings.sentinels = QStringList{loopback(freePort()), loopback(port)};
     settings.masterName = QStringLiteral("other");
     const MessageRecorder recorder;
     BwaRedisSessions sessions(settings);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "redis/RedisTest.h"
+#include "support/FreePort.h"
 #include "support/QtPrinters.h"
 
 #include <QFile>
@@ -54,7 +55,7 @@ protected:
 
 private:
     QTemporaryDir m_folder;
-    quint16 m_port = RedisServer::freePort();
+    quint16 m_port = freePort();
 
 protected:
     RedisServer server{options()};

@@ -9,9 +9,6 @@
 #include <vector>
 
 #include <hiredis/hiredis.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -97,19 +94,6 @@ QByteArray RedisServer::ask(const QList<QByteArray>& command) const
 bool RedisServer::waitForReply(const QList<QByteArray>& command, const QByteArray& text) const
 {
     return becomesTrue([&] { return ask(command).contains(text); });
-}
-
-quint16 RedisServer::freePort()
-{
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), size), 0);
-    EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    close(descriptor);
-    return ntohs(address.sin_port);
 }
 
 void RedisServer::waitForLine(const QByteArray& text)

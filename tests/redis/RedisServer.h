@@ -39,9 +39,6 @@ public:
     /** Waits until the text is in ask(command). */
     bool waitForReply(const QList<QByteArray>& command, const QByteArray& text) const;
 
-    /** A TCP port of the loopback address that is free now. */
-    static quint16 freePort();
-
 private:
     void waitForLine(const QByteArray& text);
 
