@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -52,9 +53,11 @@ bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t
 {
     char tail[256 + sizeof m_header];
     const std::size_t content = std::min(size, m_contentLeft);
-    const std::size_t ahead = wait == ForAll ? std::min(m_contentLeft - content, mostAhead) : 0;
+    std::size_t ahead = wait == ForAll ? std::min(m_contentLeft - content, mostAhead) : 0;
     if (ahead > 0 && !m_ahead) {
-        m_ahead = std::make_unique<char[]>(mostAhead);
+        // An exception would lose the bytes that this read has taken before.
+        m_ahead.reset(new (std::nothrow) char[mostAhead]);
+        ahead = m_ahead ? ahead : 0;
     }
     const std::size_t header = m_isLastRecord ? 0 : sizeof m_header - m_headerSize;
     const std::size_t behind = content + ahead == m_contentLeft ? m_skipLeft + header : 0;

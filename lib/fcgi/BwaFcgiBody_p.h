@@ -11,8 +11,8 @@
  * The body of a request of which libfcgi has read no input: takes its STDIN records from the
  * connection right into the caller's buffer, where libfcgi would copy them from pieces of 8 KiB.
  *
- * Small reads that wait, such as those of multipart bodies, take 32 KiB of a record at a time, and
- * keep what is left for the next reads.
+ * A read that waits and ends within a record, as those of multipart bodies do, takes up to 32 KiB
+ * more of it, and keeps that for the next reads.
  *
  * It can also be read without waiting. libfcgi cannot: of a record's header that has come in part,
  * it forgets that part.

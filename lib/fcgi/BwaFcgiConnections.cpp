@@ -123,8 +123,8 @@ const std::vector<int>& BwaFcgiConnections::wait()
     for (int index = 0; index < count; ++index) {
         handleEvent(events[index].data.fd, events[index].events);
     }
-    // The listening socket comes last: its next connection must not overtake a request that is
-    // there.
+    // The listening socket comes last: its next connection must not overtake the requests that were
+    // reported with it.
     const auto listening = std::find(m_ready.begin(), m_ready.end(), m_listening);
     if (listening != m_ready.end()) {
         std::rotate(listening, listening + 1, m_ready.end());

@@ -143,8 +143,8 @@ public:
     bool canWrite() const;
     /**
      * The descriptor of the connection, for a QSocketNotifier that tells when readAvailable() or
-     * canWrite() is worth asking again; -1 once finished. Not to be read, written or closed. Ask
-     * readAvailable() before the first wait: readFromBody() reads ahead.
+     * canWrite() is worth asking again; -1 once finished. Not to be read, written or closed. Wait
+     * only after readAvailable() has returned nothing: readFromBody() reads ahead.
      */
     int connection() const;
 
