@@ -9,7 +9,9 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsimdjson-dev)
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 redis_packages=(libhiredis-dev libssl-dev)
-test_packages=("${demo_packages[@]}" "${redis_packages[@]}" redis-server redis-sentinel openssl libgtest-dev libgmock-dev nginx-light
+postgresql_packages=(libpq-dev postgresql)
+test_packages=("${demo_packages[@]}" "${redis_packages[@]}" redis-server redis-sentinel
+    "${postgresql_packages[@]}" openssl libgtest-dev libgmock-dev nginx-light
     apache2-bin libapache2-mod-fcgid haproxy caddy h2o make systemd wrk)
 fuzz_packages=("${library_packages[@]}" libgtest-dev libgmock-dev clang-14 libclang-rt-14-dev llvm-14)
 browser_packages=("${demo_packages[@]}" chromium)
@@ -81,8 +83,8 @@ install_packages()
     keep_idle "$elevate" "${missing[@]}"
 }
 
-# Turns off the system services of front servers that were installed just now. The scripts start front
-# servers themselves.
+# Turns off the system services of servers that were installed just now. The scripts start servers
+# themselves.
 keep_idle()
 {
     local elevate=$1 package
@@ -91,7 +93,7 @@ keep_idle()
         case $package in
         lighttpd | nginx-light) disable_service "${package%-light}" ;;
         apache2*) disable_service apache2 ;;
-        haproxy | caddy | h2o | redis-server | redis-sentinel) disable_service "$package" ;;
+        haproxy | caddy | h2o | redis-server | redis-sentinel | postgresql) disable_service "$package" ;;
         php-fpm) disable_service "$(basename -a /lib/systemd/system/php*-fpm.service)" ;;
         esac
     done

@@ -34,8 +34,9 @@ Accounts::Accounts(Database& database)
     randombytes_buf(random.data(), static_cast<size_t>(random.size()));
     m_unusedHash = passwordHash(random);
 
-    m_database.execute(
-        "CREATE TABLE IF NOT EXISTS accounts (user TEXT PRIMARY KEY, hash TEXT NOT NULL)");
+    const Database::Lock lock(m_database, QStringLiteral("tables"));
+    m_database.run(
+        "CREATE TABLE IF NOT EXISTS accounts (\"user\" TEXT PRIMARY KEY, hash TEXT NOT NULL)");
 }
 
 void Accounts::add(const QString& user, const QString& password)
@@ -44,16 +45,15 @@ void Accounts::add(const QString& user, const QString& password)
         return; // without the time that a hash takes
     }
     // Another process that starts at the same time may have been faster.
-    Database::Statement(m_database, "INSERT OR IGNORE INTO accounts VALUES (?, ?)")
-        .bind(user)
-        .bind(QString::fromLatin1(passwordHash(password.toUtf8())))
-        .next();
+    m_database.run("INSERT INTO accounts VALUES ($1, $2) ON CONFLICT DO NOTHING",
+                   {user, QString::fromLatin1(passwordHash(password.toUtf8()))});
 }
 
 QByteArray Accounts::hashOf(const QString& user) const
 {
-    Database::Statement account(m_database, "SELECT hash FROM accounts WHERE user = ?");
-    return account.bind(user).next() ? account.text(0).toLatin1() : m_unusedHash;
+    const QList<QVariantList> rows =
+        m_database.run("SELECT hash FROM accounts WHERE \"user\" = $1", {user});
+    return rows.isEmpty() ? m_unusedHash : rows.first().first().toString().toLatin1();
 }
 
 bool Accounts::isKnown(const QString& user) const

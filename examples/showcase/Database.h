@@ -4,63 +4,63 @@
 #ifndef DATABASE_H
 #define DATABASE_H
 
+#include <QList>
 #include <QString>
+#include <QVariant>
 
-struct sqlite3;
-struct sqlite3_stmt;
+#include <memory>
+
+class DatabaseConnection;
 
 /**
- * A SQLite database file, opened or created; only the user of the program may read it, whatever the
- * umask says. Every failure is a std::runtime_error, which the
- * request processors answer with 500.
+ * A connection to a SQLite file or to PostgreSQL, for SQL that both understand. Every failure is a
+ * std::runtime_error, which is answered with 500; a lost connection comes back by itself.
  */
 class Database
 {
     Q_DISABLE_COPY(Database)
 
 public:
-    class Statement;
+    class Lock;
 
-    /** @a path: a character, of Latin-1, for each byte. */
-    explicit Database(const QString& path);
+    /**
+     * @a address: the path of a file, which is created if need be, or "postgresql:" and what libpq
+     * takes: "postgresql://app@10.0.0.2/notes", "postgresql:host=/run/postgresql dbname=notes". A
+     * character, of Latin-1, for each byte.
+     */
+    explicit Database(const QString& address);
     ~Database();
 
-    /** Runs statements that take no values and give no rows. */
-    void execute(const char* sql);
-    qint64 lastInsertedId() const;
-    /** How many rows the last statement changed. */
-    int changedRows() const;
+    /**
+     * Runs one statement to its end and returns its rows. The @a values, each a QString or a
+     * qint64, stand for $1, $2 and so on, which must first appear in this order; values are never
+     * written into the text. What comes back converts to QString and qint64.
+     */
+    QList<QVariantList> run(const char* sql, const QVariantList& values = QVariantList());
+    /** The SQL type of a primary key that the database counts up, and never gives twice. */
+    const char* idType() const;
 
 private:
-    [[noreturn]] void fail() const;
-
-    sqlite3* m_connection; // owned
+    std::unique_ptr<DatabaseConnection> m_connection;
 };
 
-/** One prepared statement; values are always bound, never written into the text. */
-class Database::Statement
+/**
+ * While it lives, other processes wait with locks of the same name. Needed where a statement that
+ * changes something depends on what others write: PostgreSQL runs such statements at once, SQLite
+ * does not.
+ */
+class Database::Lock
 {
-    Q_DISABLE_COPY(Statement)
+    Q_DISABLE_COPY(Lock)
 
 public:
     /** @a database must outlive this. */
-    Statement(Database& database, const char* sql);
-    ~Statement();
-
-    /** Binds the next value. */
-    Statement& bind(const QString& text);
-    Statement& bind(qint64 number);
-    /** Goes to the next row; false when there is none. */
-    bool next();
-
-    /** Columns of the current row, from 0. */
-    QString text(int column) const;
-    qint64 number(int column) const;
+    Lock(Database& database, const QString& name);
+    ~Lock();
 
 private:
-    const Database& m_database;
-    sqlite3_stmt* m_statement; // owned
-    int m_boundValues;
+    DatabaseConnection& m_connection;
+    QString m_name;
 };
 
 #endif

@@ -5,14 +5,18 @@
 
 #include "Database.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
-Note noteOfRow(const Database::Statement& row)
+// Of a row with id, title and text.
+Note noteOf(const QVariantList& row)
 {
     Note note;
-    note.id = row.number(0);
-    note.title = row.text(1);
-    note.text = row.text(2);
+    note.id = row.at(0).toLongLong();
+    note.title = row.at(1).toString();
+    note.text = row.at(2).toString();
     return note;
 }
 
@@ -21,68 +25,62 @@ Note noteOfRow(const Database::Statement& row)
 NoteStore::NoteStore(Database& database)
     : m_database(database)
 {
-    m_database.execute("CREATE TABLE IF NOT EXISTS notes (id INTEGER PRIMARY KEY AUTOINCREMENT, "
-                       "user TEXT NOT NULL, title TEXT NOT NULL, text TEXT NOT NULL)");
-    m_database.execute("CREATE INDEX IF NOT EXISTS notes_of_user ON notes (user)");
+    const Database::Lock lock(m_database, QStringLiteral("tables"));
+    const QByteArray table = QByteArray("CREATE TABLE IF NOT EXISTS notes (id ") +
+        m_database.idType() + ", \"user\" TEXT NOT NULL, title TEXT NOT NULL, text TEXT NOT NULL)";
+    m_database.run(table.constData());
+    m_database.run("CREATE INDEX IF NOT EXISTS notes_of_user ON notes (\"user\")");
 }
 
 QList<Note> NoteStore::notes(const QString& user, qint64 after) const
 {
-    Database::Statement rows(m_database,
-                             "SELECT id, title, text FROM notes WHERE user = ? AND id > ? "
-                             "ORDER BY id LIMIT ?");
-    rows.bind(user).bind(after).bind(pageSize);
+    const QList<QVariantList> rows =
+        m_database.run("SELECT id, title, text FROM notes WHERE \"user\" = $1 AND id > $2 "
+                       "ORDER BY id LIMIT $3",
+                       {user, after, pageSize});
     QList<Note> notes;
-    while (rows.next()) {
-        notes.append(noteOfRow(rows));
-    }
+    std::transform(rows.begin(), rows.end(), std::back_inserter(notes), noteOf);
     return notes;
 }
 
 bool NoteStore::read(const QString& user, qint64 id, Note& note) const
 {
-    Database::Statement row(m_database,
-                            "SELECT id, title, text FROM notes WHERE user = ? AND id = ?");
-    if (!row.bind(user).bind(id).next()) {
+    const QList<QVariantList> rows = m_database.run(
+        "SELECT id, title, text FROM notes WHERE \"user\" = $1 AND id = $2", {user, id});
+    if (rows.isEmpty()) {
         return false;
     }
-    note = noteOfRow(row);
+    note = noteOf(rows.first());
     return true;
 }
 
-// In one statement, so that no other process can add a note between counting and adding.
+// No other process can add a note between counting and adding.
 bool NoteStore::create(const QString& user, Note& note)
 {
-    Database::Statement(m_database,
-                        "INSERT INTO notes (user, title, text) SELECT ?, ?, ? "
-                        "WHERE (SELECT count(*) FROM notes WHERE user = ?) < ?")
-        .bind(user)
-        .bind(note.title)
-        .bind(note.text)
-        .bind(user)
-        .bind(mostNotesOfUser)
-        .next();
-    note.id = m_database.lastInsertedId();
-    return m_database.changedRows() > 0;
+    const Database::Lock lock(m_database, user);
+    const QList<QVariantList> rows =
+        m_database.run("INSERT INTO notes (\"user\", title, text) SELECT $1, $2, $3 "
+                       "WHERE (SELECT count(*) FROM notes WHERE \"user\" = $1) < $4 RETURNING id",
+                       {user, note.title, note.text, mostNotesOfUser});
+    if (rows.isEmpty()) {
+        return false;
+    }
+    note.id = rows.first().first().toLongLong();
+    return true;
 }
 
 bool NoteStore::change(const QString& user, const Note& note)
 {
-    Database::Statement(m_database,
-                        "UPDATE notes SET title = ?, text = ? WHERE user = ? AND id = ?")
-        .bind(note.title)
-        .bind(note.text)
-        .bind(user)
-        .bind(note.id)
-        .next();
-    return m_database.changedRows() > 0;
+    return !m_database
+                .run("UPDATE notes SET title = $1, text = $2 WHERE \"user\" = $3 AND id = $4 "
+                     "RETURNING id",
+                     {note.title, note.text, user, note.id})
+                .isEmpty();
 }
 
 bool NoteStore::remove(const QString& user, qint64 id)
 {
-    Database::Statement(m_database, "DELETE FROM notes WHERE user = ? AND id = ?")
-        .bind(user)
-        .bind(id)
-        .next();
-    return m_database.changedRows() > 0;
+    return !m_database
+                .run("DELETE FROM notes WHERE \"user\" = $1 AND id = $2 RETURNING id", {user, id})
+                .isEmpty();
 }

@@ -26,19 +26,19 @@ class Notes : public testing::Test
 protected:
     Notes()
     {
-        m_database.execute("PRAGMA synchronous = OFF");
+        m_database.run("PRAGMA synchronous = OFF");
         m_root.addService(QStringLiteral("notes"), new NotesService(&m_identifier, &m_store));
     }
 
     void addNotes(const QString& user, int count)
     {
-        m_database.execute("BEGIN");
+        m_database.run("BEGIN");
         for (int i = 0; i < count; ++i) {
             Note note;
             note.title = QString::number(i);
             EXPECT_TRUE(m_store.create(user, note));
         }
-        m_database.execute("COMMIT");
+        m_database.run("COMMIT");
     }
 
     BwaTestReply send(const QByteArray& method, const QByteArray& target,

@@ -91,10 +91,7 @@ protected:
 
     void addAccount(const QString& user)
     {
-        Database::Statement(m_database, "INSERT INTO accounts VALUES (?, ?)")
-            .bind(user)
-            .bind(m_hash)
-            .next();
+        m_database.run("INSERT INTO accounts VALUES ($1, $2)", {user, m_hash});
     }
 
     // One wrong password for each of 60 accounts, from these addresses in turn.
