@@ -4,6 +4,8 @@
 #include "rest/BwaRestCall.h"
 
 #include "cgi/BwaCgiEnvironment.h"
+#include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiRequest.h"
 #include "json/BwaJson.h"
 #include "rest/BwaRestExchange_p.h"
 #include "rest/BwaRestGroup.h"
@@ -144,6 +146,22 @@ QVariant BwaRestCall::json(QStringList* repeated) const
         throw BwaRestProblem(400, QString::fromLatin1("The body is no JSON"));
     }
     return value;
+}
+
+QList<QPair<QString, QString>> BwaRestCall::formPairs() const
+{
+    const QString contentType = QString::fromLatin1(m_exchange.header("Content-Type"));
+    const QString mediaType = BwaCgiEnvironment::parseContentType(contentType).first.toLower();
+    m_exchange.checkBodySize(m_exchange.bodyLimit());
+    if (mediaType != QLatin1String("application/x-www-form-urlencoded")) {
+        BwaRestOutcome::refuse(415, "The body is to be application/x-www-form-urlencoded");
+    }
+    return BwaRestText::urlEncodedPairs(QString::fromLatin1(body()));
+}
+
+const BwaCgiEnvironment& BwaRestCall::environment() const
+{
+    return m_exchange.request().cgiRequest()->environment();
 }
 
 void BwaRestCall::requireMatch(const QByteArray& tag) const

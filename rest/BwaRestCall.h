@@ -22,6 +22,7 @@
 #include <type_traits>
 #include <utility>
 
+class BwaCgiEnvironment;
 class BwaRestExchange;
 class BwaRestUpload;
 struct BwaRestSession;
@@ -64,6 +65,8 @@ public:
      * @throws BwaRestProblem 400 when any text of the query is no UTF-8
      */
     QStringList query(const char* name) const;
+    /** All names and values of the query string, in their order. @throws as query() */
+    const QList<QPair<QString, QString>>& queryPairs() const;
     /** The value of a header of the request, as the web server passes it on; null when absent. */
     QByteArray header(const char* name) const;
 
@@ -79,6 +82,18 @@ public:
      *         nor application/...+json, or has a charset other than UTF-8; 400 when it is no JSON
      */
     QVariant json() const;
+    /**
+     * The names and values of a form (application/x-www-form-urlencoded), in their order.
+     * @throws BwaRestProblem as body() does; 415 for another media type; 400 when a text is no
+     *         UTF-8
+     */
+    QList<QPair<QString, QString>> formPairs() const;
+
+    /**
+     * What the web server tells of the client and the connection, such as remoteAddr() and https().
+     * Its texts have a character for each byte that came. Valid as long as this.
+     */
+    const BwaCgiEnvironment& environment() const;
 
     /**
      * For handlers that change what has the entity tag @a tag, as given to BwaRestReply::etag().
@@ -139,7 +154,6 @@ private:
 
     using Finisher = std::function<BwaRestReply()>;
 
-    const QList<QPair<QString, QString>>& queryPairs() const;
     QVariant json(QStringList* repeated) const; // repeated: as BwaJson::parse() has it
     BwaRestReply start(const std::function<Finisher(const BwaRestCancel&)>& work,
                        int deadline) const;

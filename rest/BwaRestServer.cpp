@@ -64,6 +64,12 @@ BwaRestServer& BwaRestServer::accessLog()
     return *this;
 }
 
+BwaRestServer& BwaRestServer::prepare(const std::function<void(BwaFcgiListener&)>& function)
+{
+    m_prepare = function;
+    return *this;
+}
+
 BwaRestServer& BwaRestServer::stopWithin(int milliseconds)
 {
     m_stopTime = milliseconds;
@@ -104,6 +110,9 @@ int BwaRestServer::run(const QString& address)
     });
     if (m_hasAccessLog) {
         QObject::connect(&listener, &BwaFcgiListener::requestCompleted, &listener, &writeAccess);
+    }
+    if (m_prepare) {
+        m_prepare(listener);
     }
     address.isNull() ? listener.listen() : listener.listen(address);
     return QCoreApplication::exec();

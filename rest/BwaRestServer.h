@@ -9,7 +9,10 @@
 #include <QMap>
 #include <QString>
 
+#include <functional>
+
 class BwaAbstractFcgiService;
+class BwaFcgiListener;
 
 /**
  * What main() does: listens, writes the access log, and stops in order.
@@ -36,6 +39,11 @@ public:
      * control characters become "?".
      */
     BwaRestServer& accessLog();
+    /**
+     * Has run() call @a function with its listener before that listens: for a longer backlog, or to
+     * connect its signal requestCompleted.
+     */
+    BwaRestServer& prepare(const std::function<void(BwaFcgiListener&)>& function);
     /** How long run() waits for open calls when it is to stop; 10000 unless set. */
     BwaRestServer& stopWithin(int milliseconds);
 
@@ -56,7 +64,8 @@ public:
 private:
     QMap<QString, BwaAbstractFcgiService*> m_services; // not owned
     bool m_hasAccessLog;
-    int m_stopTime; // milliseconds
+    int m_stopTime;                                  // milliseconds
+    std::function<void(BwaFcgiListener&)> m_prepare; // may be empty
 };
 
 #endif

@@ -85,7 +85,7 @@ async function deleteNote(title) {
 const said = (text) => page.getByRole("status").getByText(text, { exact: true }).waitFor();
 
 const tokenCookie = async () =>
-  (await page.context().cookies()).find((cookie) => cookie.name === "showcase-token").value;
+  (await page.context().cookies()).find((cookie) => cookie.name === "SESSION-TOKEN").value;
 
 const focused = () => page.evaluate(() => document.activeElement.ariaLabel ?? document.activeElement.id);
 

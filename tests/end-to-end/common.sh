@@ -17,14 +17,14 @@ scripts=$(dirname "${BASH_SOURCE[0]}")/../../scripts
 start_showcase()
 {
     start_application "$1" --socket "$work/api.sock" --database "$work/notes.db" \
-        --files "$root/examples/showcase/files" --demo-accounts --diagnostics "${@:2}"
+        --files "$root/examples/showcase/files" --demo-accounts --diagnostics --allow-http "${@:2}"
 }
 
 # start_showcase_behind SERVER PROGRAM: starts both, each as examples/deploy says
 start_showcase_behind()
 {
     case $1 in
-    *-spawned) program="$2 --demo-accounts --diagnostics" ;;
+    *-spawned) program="$2 --demo-accounts --diagnostics --allow-http" ;;
     *-fcgid) copy_program "$2" ;;
     *-tcp)
         pick_free_port application_port
@@ -42,7 +42,7 @@ start_showcase_behind()
 # To where the user of Apache can reach it.
 copy_program()
 {
-    program="$work/showcase --demo-accounts --diagnostics"
+    program="$work/showcase --demo-accounts --diagnostics --allow-http"
     # shellcheck disable=SC2046 # no word where the library is part of the program
     cp "$1" $(ldd "$1" | awk '/libbwebapi/ { print $3 }') "$work"
 }
@@ -50,8 +50,8 @@ copy_program()
 # As the socket unit does it: the socket is there first, and descriptor 0 of the program.
 start_activated()
 {
-    start_application systemd-socket-activate --inetd --listen "$work/api.sock" \
-        "$1" --database "$work/notes.db" --files "$root/examples/showcase/files" --demo-accounts --diagnostics
+    start_application systemd-socket-activate --inetd --listen "$work/api.sock" "$1" --database "$work/notes.db" \
+        --files "$root/examples/showcase/files" --demo-accounts --diagnostics --allow-http
 }
 
 # Prints what the authorization header must hold from then on.
@@ -63,7 +63,8 @@ log_in()
 
 authorization()
 {
-    grep -o 'SESSION-TOKEN [^"]*'
+    grep -o '"session":"[^"]*","token":"[^"]*"' |
+        sed -E 's/"session":"([^"]*)","token":"([^"]*)"/SESSION-TOKEN \1:\2/'
 }
 
 # Prints the header line of a session, from the reply to a login that BwaRestSessions made.

@@ -18,4 +18,4 @@ passed=$(grep -c 400 "$work/statuses")
 refused=$(grep -c 429 "$work/statuses")
 expect_equal "answers to 60 logins" 60 $((passed + refused))
 [[ $passed -ge 20 && $passed -le 40 ]] || fail "$passed of 60 logins were passed on"
-expect_equal "status of a request that is no login" 403 "$(status_of "$api/session")"
+expect_equal "status of a request that is no login" 401 "$(status_of "$api/session")"

@@ -13,8 +13,8 @@ local wrong = 0
 local thread
 
 local bodies = {
-    ['{"cookies":[],"query":{"tea":["green"]}}\n'] = true,
-    ['{"article":"tea","gift":false,"total":7.5}\n'] = true,
+    ['{"cookies":[],"query":{"tea":["green"]}}'] = true,
+    ['{"article":"tea","gift":false,"total":7.5}'] = true,
 }
 
 local isExpected = function(status, body)

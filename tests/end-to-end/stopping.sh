@@ -12,7 +12,7 @@ start_application "$1" --socket "$work/api.sock" --database "$work/notes.db" --f
 start_front lighttpd
 stop_application || fail "after SIGTERM: status $?"
 
-for signal in HUP INT; do
+for signal in TERM INT; do
     # In the background a shell starts its children with SIGINT ignored; env undoes that.
     start_application env --default-signal=INT "$1" --socket "$work/api.sock" \
         --database "$work/notes.db" --files "$work"

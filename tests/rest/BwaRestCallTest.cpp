@@ -3,6 +3,7 @@
 
 #include "rest/BwaRestCall.h"
 
+#include "cgi/BwaCgiEnvironment.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/RestReplies.h"
 
@@ -57,6 +58,20 @@ BwaRestReply echoBody(const BwaRestCall& call)
 BwaRestReply echoJson(const BwaRestCall& call)
 {
     return QVariantList{call.json()};
+}
+
+BwaRestReply shownPairs(const QList<QPair<QString, QString>>& pairs)
+{
+    QString text;
+    for (const auto& pair : pairs) {
+        text += pair.first + QLatin1Char('=') + pair.second + QLatin1Char(';');
+    }
+    return textReply(text);
+}
+
+BwaRestReply echoForm(const BwaRestCall& call)
+{
+    return shownPairs(call.formPairs());
 }
 
 BwaRestReply requireFirst(const BwaRestCall& call)
@@ -325,6 +340,56 @@ TEST(BwaRestCall, ChecksTheSizeOfJsonBeforeItsType)
 {
     EXPECT_EQ(answeringTo(putRequest("text/plain", QByteArray(1048577, ' ')), echoJson).statusCode,
               413);
+}
+
+TEST(BwaRestCall, TellsAllOfTheQueryInItsOrder)
+{
+    const BwaTestReply reply = replyAt("", "/?b=1&a=%C3%A4&b", [](const BwaRestCall& call) {
+        return shownPairs(call.queryPairs());
+    });
+
+    EXPECT_EQ(reply.body, "b=1;a=ä;b=;");
+}
+
+TEST(BwaRestCall, TellsTheFieldsOfAFormInTheirOrder)
+{
+    const QByteArray type = "Application/x-www-form-urlencoded; charset=utf-8";
+
+    EXPECT_EQ(answeringTo(putRequest(type, "b=1+2&a=%C3%A4&b"), echoForm).body, "b=1 2;a=ä;b=;");
+    EXPECT_EQ(answeringTo(putRequest(type, ""), echoForm).body, "");
+}
+
+TEST(BwaRestCall, GivenAnotherTypeThanAFormIs415)
+{
+    expectProblem(answeringTo(putRequest("text/plain", "a=1"), echoForm), 415,
+                  R"({"detail":"The body is to be application/x-www-form-urlencoded",)"
+                  R"("status":415,"title":"Unsupported Media Type"})");
+}
+
+TEST(BwaRestCall, GivenAFormThatIsNoUtf8Is400)
+{
+    expectProblem(answeringTo(putRequest("application/x-www-form-urlencoded", "a=%FF"), echoForm),
+                  400,
+                  R"({"detail":"The request holds a text that is no UTF-8","status":400,)"
+                  R"("title":"Bad Request"})");
+}
+
+TEST(BwaRestCall, GivenATooLargeFormIs413BeforeItsTypeIsChecked)
+{
+    EXPECT_EQ(answeringTo(putRequest("text/plain", QByteArray(1048577, '&')), echoForm).statusCode,
+              413);
+}
+
+TEST(BwaRestCall, TellsWhatTheWebServerSaysOfTheClient)
+{
+    BwaTestRequest request("GET");
+    request.setVariable("REMOTE_ADDR", "2001:db8::1");
+
+    const BwaTestReply reply = answeringTo(request, [](const BwaRestCall& call) {
+        return textReply(call.environment().remoteAddr());
+    });
+
+    EXPECT_EQ(reply.body, "2001:db8::1");
 }
 
 TEST(BwaRestCall, GivenMatchingEntityTagGoesOn)

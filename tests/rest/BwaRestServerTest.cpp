@@ -6,6 +6,7 @@
 
 #include "rest/BwaRestServer.h"
 
+#include "fcgi/BwaFcgiListener.h"
 #include "rest/Application.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestService.h"
@@ -89,6 +90,23 @@ TEST_F(BwaRestServerTest, ServesUntilItIsTerminated)
     });
 
     EXPECT_EQ(result, 0);
+}
+
+TEST_F(BwaRestServerTest, PreparesTheListenerBeforeItListens)
+{
+    QList<int> statuses;
+    server.prepare([&statuses](BwaFcgiListener& listener) {
+        QObject::connect(&listener, &BwaFcgiListener::requestCompleted, &listener,
+                         [&statuses](const QString&, int status) { statuses.append(status); });
+    });
+
+    run(server, [](FcgiClient& client) {
+        client.sendRequest(parameters("/a/b"));
+        client.readReply();
+        stop();
+    });
+
+    EXPECT_EQ(statuses, QList<int>{404});
 }
 
 TEST_F(BwaRestServerTest, GivenInterruptStops)

@@ -43,7 +43,7 @@ function sendFile(file, showProgress) {
     request.upload.onprogress = (event) => showProgress(event.loaded / event.total);
     request.onload = () => {
       if (request.status === 200) {
-        resolve(JSON.parse(request.responseText).files.file);
+        resolve(JSON.parse(request.responseText).files[0]);
       } else {
         reject(new Refusal(request.status));
       }
@@ -78,7 +78,7 @@ async function attempt(button, action) {
 }
 
 function explain(error) {
-  if (error.status === 403) {
+  if (error.status === 401) {
     showLogin();
     show("The session has ended. Please log in again.", "error");
   } else if (error.status === 409) {
@@ -121,7 +121,7 @@ function renewLater(session) {
     } catch (error) {
       explain(error);
     }
-  }, session.tokenLifetime / 2);
+  }, session.expiresIn * 500);
 }
 
 async function logIn() {
@@ -129,7 +129,7 @@ async function logIn() {
   const password = byId("password").value;
   byId("password").value = "";
   try {
-    const session = await call("POST", "session", { user, password, cookies: true });
+    const session = await call("POST", "session", { user, password });
     await begin(session);
     show(`Welcome, ${session.user}.`);
     byId("note-title").focus();
@@ -154,7 +154,7 @@ async function resume() {
     await begin(await call("PUT", "session"));
   } catch (error) {
     showLogin();
-    if (error.status !== 403) {
+    if (error.status !== 401) {
       explain(error);
     }
   }
