@@ -15,6 +15,7 @@ program= # the application, if the front server is to start it
 application_port=
 showcase=
 deployment_edit= # for sed: what else deployed() changes
+nginx_processes="master_process off;" # how many nginx starts; its configuration begins with this
 
 # Builds the showcase and sets $showcase to its path. Without a release build, it uses a build of its
 # own that needs no test packages.
@@ -225,7 +226,7 @@ start_nginx_with()
     rm -f "$work/inner.sock"
     cat >"$work/nginx.conf" <<CONF
 daemon off;
-master_process off;
+$nginx_processes
 error_log stderr;
 pid $work/nginx/pid;
 events { worker_connections 4096; }

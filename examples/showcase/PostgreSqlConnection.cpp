@@ -32,7 +32,7 @@ QList<QVariantList> rowsOf(const PGresult* result)
 // PostgreSQL keeps no text with U+0000, and libpq would take it for the end.
 QByteArray textOf(const QVariant& value)
 {
-    const QByteArray utf8 = value.toString().toUtf8();
+    QByteArray utf8 = value.toString().toUtf8();
     if (utf8.contains('\0')) {
         throw std::runtime_error("database: PostgreSQL keeps no text with U+0000");
     }

@@ -30,3 +30,4 @@ program=$1
 check_units deploy/systemd/own-socket app.service
 check_units deploy/systemd/socket-activated app.service
 check_units scale-out app@.service
+check_units scale-out/redis app@.service
