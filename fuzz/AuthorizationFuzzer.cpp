@@ -14,6 +14,7 @@
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
 #include "support/FcgiExchange.h"
+#include "support/MessageRecorder.h"
 
 #include <QRegExp>
 
@@ -26,14 +27,9 @@ namespace {
 const QUuid id(QStringLiteral("{11111111-2222-4333-8444-555555555555}"));
 const QUuid token(QStringLiteral("{66666666-7777-4888-9999-aaaaaaaaaaaa}"));
 
-void ignoreMessage(QtMsgType /*type*/, const QMessageLogContext& /*context*/,
-                   const QString& /*message*/)
-{
-}
-
 BwaWebSessionManager* managerOfOneSession()
 {
-    qInstallMessageHandler(ignoreMessage); // warns of a session that never expires
+    const MessageRecorder silence; // of the warning of a session that never expires
     static BwaWebSessionManager manager;
     manager.createSession(QStringLiteral("somebody"), id, token);
     return &manager;

@@ -6,7 +6,7 @@
 
 #include "Fuzzing.h"
 #include "Texts.h"
-#include "json/JsonExtraction.h"
+#include "support/JsonExtraction.h"
 #include "support/QtPrinters.h"
 
 #include <QRegExp>

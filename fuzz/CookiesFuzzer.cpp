@@ -7,8 +7,8 @@
 #include "Fuzzing.h"
 #include "Texts.h"
 #include "cgi/BwaCgiEnvironment.h"
-#include "cgi/ShownText.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <gtest/gtest.h>
 

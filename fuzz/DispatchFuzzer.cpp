@@ -6,9 +6,9 @@
 
 #include "Choices.h"
 #include "Fuzzing.h"
-#include "services/RoutingModel.h"
-#include "services/ServiceTree.h"
 #include "support/QtPrinters.h"
+#include "support/RoutingModel.h"
+#include "support/ServiceTree.h"
 
 #include <gtest/gtest.h>
 

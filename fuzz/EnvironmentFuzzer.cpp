@@ -7,10 +7,10 @@
 #include "Fuzzing.h"
 #include "Texts.h"
 #include "cgi/BwaCgiEnvironment.h"
-#include "cgi/LiteralServerProtocol.h"
-#include "cgi/ShownText.h"
 #include "fcgi/BwaFcgiRequest.h"
+#include "support/LiteralServerProtocol.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <gtest/gtest.h>
 

@@ -9,10 +9,10 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiListener.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/BwaAbstractFcgiService.h"
+#include "support/Application.h"
 #include "support/FcgiClient.h"
+#include "support/FunctionService.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QSocketNotifier>
 #include <QTemporaryDir>
@@ -26,24 +26,19 @@
 namespace {
 
 /** Reads whatever body there is, answers, and says that it has. */
-class AnsweringService : public BwaAbstractFcgiService
+void readAndAnswer(BwaFcgiRequest* request)
 {
-public:
-    void processRequest(BwaFcgiRequest* request) override
-    {
-        request->cgiRequest()->processBodyContent();
-        request->out() << "Content-Type: text/plain\n\nanswered";
-        delete request;
-    }
-};
+    request->cgiRequest()->processBodyContent();
+    request->out() << "Content-Type: text/plain\n\nanswered";
+    delete request;
+}
 
 /** A listener in the middle of its work, with the clients' ends of two connections. */
 class Server
 {
 public:
     Server()
-        : m_application(m_argumentCount, m_arguments)
-        , m_listener({{QStringLiteral("/good"), &m_service}})
+        : m_listener({{QStringLiteral("/good"), &m_service}})
         , m_path(m_folder.filePath(QStringLiteral("socket")).toLatin1())
     {
         QObject::connect(&m_listener, &BwaFcgiListener::listeningError, [] { std::abort(); });
@@ -83,12 +78,9 @@ private:
         loop.exec();
     }
 
-    int m_argumentCount = 1;
-    char m_name[5] = "fuzz";
-    char* m_arguments[2] = {m_name, nullptr};
-    QCoreApplication m_application;
+    Application m_application;
     QTemporaryDir m_folder;
-    AnsweringService m_service;
+    FunctionService m_service{readAndAnswer};
     BwaFcgiListener m_listener;
     QByteArray m_path;
 };

@@ -6,9 +6,9 @@
 #include "Fuzzing.h"
 #include "Texts.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralHeaderValue.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralHeaderValue.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <gtest/gtest.h>
 

@@ -6,8 +6,8 @@
 
 #include "Fuzzing.h"
 #include "json/BwaJson.h"
-#include "json/JsonDescription.h"
-#include "json/JsonExtraction.h"
+#include "support/JsonDescription.h"
+#include "support/JsonExtraction.h"
 #include "support/QtPrinters.h"
 
 #include <QJsonDocument>

@@ -6,7 +6,7 @@
 
 #include "Fuzzing.h"
 #include "MultipartBody.h"
-#include "cgi/MultipartComparison.h"
+#include "support/MultipartComparison.h"
 
 #include <gtest/gtest.h>
 

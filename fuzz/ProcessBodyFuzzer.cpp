@@ -11,10 +11,10 @@
 #include "MultipartBody.h"
 #include "Texts.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralHeaderValue.h"
-#include "cgi/LiteralMultipartReader.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralHeaderValue.h"
+#include "support/LiteralMultipartReader.h"
 #include "support/MemoryCgiInput.h"
+#include "support/ShownText.h"
 
 #include <gtest/gtest.h>
 

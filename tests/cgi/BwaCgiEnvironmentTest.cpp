@@ -3,11 +3,11 @@
 
 #include "cgi/BwaCgiEnvironment.h"
 
-#include "cgi/LiteralServerProtocol.h"
-#include "cgi/RandomSource.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralServerProtocol.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
+#include "support/RandomSource.h"
+#include "support/ShownText.h"
 
 #include <QStringList>
 

@@ -4,9 +4,9 @@
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/ShownText.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <gmock/gmock.h>
 

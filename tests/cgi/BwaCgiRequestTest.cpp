@@ -3,12 +3,12 @@
 
 #include "cgi/BwaCgiRequest.h"
 
-#include "cgi/LiteralUrlEncoding.h"
-#include "cgi/RandomSource.h"
-#include "cgi/ShownText.h"
 #include "support/GuardedBytes.h"
+#include "support/LiteralUrlEncoding.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
+#include "support/RandomSource.h"
+#include "support/ShownText.h"
 
 #include <gmock/gmock.h>
 

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralHeaderValue.h"
-#include "cgi/RandomSource.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralHeaderValue.h"
 #include "support/QtPrinters.h"
+#include "support/RandomSource.h"
+#include "support/ShownText.h"
 
 #include <gtest/gtest.h>
 

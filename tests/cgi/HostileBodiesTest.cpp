@@ -5,14 +5,14 @@
 // for a megabyte. Each is first compared with the literal model at a size that the model can bear;
 // at full size the result must be right, and the test's time limit does the rest.
 
-#include "cgi/HostileBodies.h"
+#include "support/HostileBodies.h"
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralMultipartReader.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralMultipartReader.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <gmock/gmock.h>
 

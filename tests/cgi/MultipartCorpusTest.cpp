@@ -7,10 +7,10 @@
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralMultipartReader.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralMultipartReader.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <QDir>
 #include <QFile>

@@ -6,11 +6,11 @@
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralMultipartReader.h"
-#include "cgi/MultipartComparison.h"
-#include "cgi/RandomSource.h"
+#include "support/LiteralMultipartReader.h"
 #include "support/MemoryCgiInput.h"
+#include "support/MultipartComparison.h"
 #include "support/QtPrinters.h"
+#include "support/RandomSource.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/ShownText.h"
 #include "support/MemoryCgiInput.h"
 #include "support/QtPrinters.h"
+#include "support/ShownText.h"
 
 #include <gmock/gmock.h>
 

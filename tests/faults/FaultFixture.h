@@ -4,7 +4,7 @@
 #ifndef FAULTFIXTURE_H
 #define FAULTFIXTURE_H
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 
 #include <functional>
 

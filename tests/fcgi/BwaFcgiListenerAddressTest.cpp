@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>
@@ -80,10 +80,7 @@ int statusOfChild(const std::function<int()>& body)
 // In a child process: listens, and hands the listener to work.
 int listenAndThen(const QString& address, const std::function<int(BwaFcgiListener*)>& work)
 {
-    int argumentCount = 1;
-    char name[] = "tests";
-    char* arguments[] = {name, nullptr};
-    QCoreApplication application(argumentCount, arguments);
+    const Application application;
     auto* const listener = new BwaFcgiListener(QMap<QString, BwaAbstractFcgiService*>());
     listener->listen(address);
     return work(listener);

@@ -4,10 +4,10 @@
 #include "fcgi/BwaFcgiListener.h"
 
 #include "BwaStringStreaming.h"
-#include "ListenerFixture.h"
 #include "cgi/BwaCgiRequest.h"
-#include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
+#include "support/ListenerFixture.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
 
 #include <QFile>
@@ -383,7 +383,7 @@ protected:
         return replyTo(apiRequest());
     }
 
-    DebugMessages messages;
+    const MessageRecorder messages;
 };
 
 } // namespace
@@ -392,7 +392,7 @@ TEST_F(BwaFcgiListenerException, IsLoggedAndFinishesTheRequest)
 {
     const FcgiReply reply = replyOfServiceThatLeaves("out of paper");
 
-    EXPECT_THAT(messages.all(),
+    EXPECT_THAT(messages.debugTexts(),
                 ElementsAre("An exception occurs while processing a FastCGI request: "
                             "out of paper"));
     EXPECT_EQ(reply.out, QByteArray("so far"));
@@ -404,7 +404,7 @@ TEST_F(BwaFcgiListenerException, GivenRequestWasDeletedIsLoggedOnly)
 {
     const FcgiReply reply = replyOfServiceThatDeletes("out of paper");
 
-    EXPECT_THAT(messages.all(),
+    EXPECT_THAT(messages.debugTexts(),
                 ElementsAre("An exception occurs while processing a FastCGI request: "
                             "out of paper"));
     EXPECT_EQ(reply.out, QByteArray("all"));
@@ -423,14 +423,14 @@ TEST_F(BwaFcgiListenerException, ServesTheNextRequest)
     replyOfServiceThatLeaves("out of paper");
 
     EXPECT_EQ(replyTo(apiRequest()).out, QByteArray("so far"));
-    EXPECT_EQ(messages.all().size(), 2);
+    EXPECT_EQ(messages.debugTexts().size(), 2);
 }
 
 TEST_F(BwaFcgiListenerException, LogsMarkersAndLatin1TextAsTheyStand)
 {
     replyOfServiceThatDeletes("100 %s %1 caf\xe9");
 
-    EXPECT_THAT(messages.all(),
+    EXPECT_THAT(messages.debugTexts(),
                 ElementsAre("An exception occurs while processing a FastCGI request: "
                             "100 %s %1 caf\xe9"));
 }

@@ -3,7 +3,7 @@
 
 #include "fcgi/BwaFcgiListenerThread.h"
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QFile>
@@ -29,7 +29,6 @@ class BwaFcgiListenerThreadWorker : public testing::Test
 {
 public:
     BwaFcgiListenerThreadWorker()
-        : m_application(m_argumentCount, m_arguments)
     {
         FCGX_Init();
         worker.moveToThread(&thread);
@@ -99,10 +98,7 @@ protected:
     int listeningErrors = 0;
 
 private:
-    int m_argumentCount = 1;
-    char m_programName[6] = "tests";
-    char* m_arguments[2] = {m_programName, nullptr};
-    QCoreApplication m_application;
+    Application m_application;
     QTemporaryDir m_folder;
     std::vector<std::unique_ptr<FcgiClient>> m_clients;
     QObject m_here;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "ListenerFixture.h"
 #include "fcgi/BwaFcgiRecords_p.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>

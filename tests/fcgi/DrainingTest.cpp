@@ -3,7 +3,7 @@
 
 // The orderly end: stopAccepting() and drained().
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QElapsedTimer>

@@ -3,7 +3,7 @@
 
 // A signal that comes while the first listen() sets libfcgi up, which installs handlers of its own.
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <fcgiapp.h>

@@ -4,7 +4,7 @@
 // Requests that are answered later, and whose client goes away meanwhile.
 
 #include "BwaStringStreaming.h"
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QElapsedTimer>

@@ -4,7 +4,7 @@
 // What a web server may send on a connection that it keeps, beside one whole request after another.
 
 #include "BwaStringStreaming.h"
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>

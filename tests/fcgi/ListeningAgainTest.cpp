@@ -3,7 +3,7 @@
 
 // listen() after an error, from wherever it may be called, and what the error was.
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QStringList>

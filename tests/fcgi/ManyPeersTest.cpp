@@ -4,7 +4,7 @@
 // Peers that say nothing, stop in the middle of a request's header, or send it byte by byte. They
 // make nobody else wait.
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>

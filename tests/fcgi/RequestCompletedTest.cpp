@@ -4,9 +4,9 @@
 // The signal BwaFcgiListener::requestCompleted().
 
 #include "BwaStringStreaming.h"
-#include "ListenerFixture.h"
-#include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
+#include "support/ListenerFixture.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
 
 #include <QElapsedTimer>
@@ -148,7 +148,7 @@ TEST_F(BwaFcgiListenerCompletion, OfAnUnknownScriptIsNotFound)
 
 TEST_F(BwaFcgiListenerCompletion, OfOneThatThrewIsThatOfItsReply)
 {
-    const DebugMessages messages;
+    const MessageRecorder messages;
     startWith([](BwaFcgiRequest* request) {
         keep(request);
         request->out() << "Status: 202 Accepted\n\n";

@@ -4,7 +4,7 @@
 // Web servers that take nothing of a reply, or send nothing more of a body.
 
 #include "BwaStringStreaming.h"
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>

@@ -4,10 +4,10 @@
 // How much stack the library needs. Small C libraries give a thread 128 KiB unless it asks for
 // more, and an application may want to serve on a thread.
 
-#include "ListenerFixture.h"
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiListenerThread.h"
 #include "json/BwaJson.h"
+#include "support/ListenerFixture.h"
 #include "support/MemoryCgiInput.h"
 
 #include <fcgiapp.h>

@@ -4,7 +4,7 @@
 // Bodies and replies of any size and shape arrive as they were sent.
 
 #include "BwaStringStreaming.h"
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QCryptographicHash>

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/HostileBodies.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "hostile/Forms.h"
 #include "hostile/Measuring.h"
+#include "support/HostileBodies.h"
 #include "testing/BwaTestRequest.h"
 
 namespace {

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "cgi/HostileBodies.h"
 #include "hostile/Forms.h"
 #include "hostile/Measuring.h"
 #include "json/BwaJson.h"
+#include "support/HostileBodies.h"
 
 namespace {
 

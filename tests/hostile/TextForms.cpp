@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/HostileBodies.h"
 #include "hostile/Forms.h"
 #include "hostile/Measuring.h"
 #include "json/BwaJsonUtilities.h"
+#include "support/HostileBodies.h"
 
 #include <QVariant>
 

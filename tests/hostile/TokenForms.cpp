@@ -7,7 +7,7 @@
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 #include "sessions/BwaWebSession.h"
-#include "sessions/TwoSessions.h"
+#include "support/TwoSessions.h"
 #include "testing/BwaTestRequest.h"
 
 #include <QByteArray>

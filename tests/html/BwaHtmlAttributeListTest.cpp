@@ -3,9 +3,9 @@
 
 #include "html/BwaHtmlAttributeList.h"
 
-#include "http/RenderedWithFlushes.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 
 #include "html/BwaHtmlDoctype.h"
 
-#include "http/FailingStreams.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

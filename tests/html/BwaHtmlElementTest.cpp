@@ -6,10 +6,10 @@
 #include "html/BwaHtmlComment.h"
 #include "html/BwaHtmlTextNode.h"
 #include "html/TrackedNode.h"
-#include "http/FailingStreams.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -7,9 +7,9 @@
 #include "html/BwaHtmlElement.h"
 #include "html/BwaHtmlTextNode.h"
 #include "html/TrackedNode.h"
-#include "http/FailingStreams.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

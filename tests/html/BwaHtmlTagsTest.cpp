@@ -4,9 +4,9 @@
 #include "html/BwaHtmlClosingPairedTag.h"
 #include "html/BwaHtmlOpeningPairedTag.h"
 #include "html/BwaHtmlUnpairedTag.h"
-#include "http/RenderedWithFlushes.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

@@ -4,10 +4,10 @@
 #include "http/BwaAbstractHttpHeader.h"
 
 #include "BwaStringStreaming.h"
-#include "http/FailingStreams.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

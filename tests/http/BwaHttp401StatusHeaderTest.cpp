@@ -4,9 +4,9 @@
 #include "http/BwaHttp401StatusHeader.h"
 
 #include "http/InheritsVirtually.h"
-#include "http/RenderedWithFlushes.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

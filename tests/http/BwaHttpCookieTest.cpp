@@ -3,11 +3,11 @@
 
 #include "http/BwaHttpCookie.h"
 
-#include "http/FailingStreams.h"
 #include "http/NumberFormats.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

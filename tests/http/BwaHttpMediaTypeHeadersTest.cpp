@@ -7,9 +7,9 @@
 #include "http/BwaHttpXhtmlHeader.h"
 #include "http/BwaHttpXmlHeader.h"
 #include "http/InheritsVirtually.h"
-#include "http/RenderedWithFlushes.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

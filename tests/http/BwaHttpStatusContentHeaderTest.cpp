@@ -5,9 +5,9 @@
 
 #include "http/InheritsVirtually.h"
 #include "http/NumberFormats.h"
-#include "http/RenderedWithFlushes.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

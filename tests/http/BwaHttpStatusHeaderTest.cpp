@@ -4,12 +4,12 @@
 #include "http/BwaHttpStatusHeader.h"
 
 #include "http/BwaHttp204StatusHeader.h"
-#include "http/FailingStreams.h"
 #include "http/InheritsVirtually.h"
 #include "http/NumberFormats.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
 #include "support/QtPrinters.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "cgi/RandomSource.h"
 #include "json/BwaJson.h"
-#include "json/JsonDescription.h"
+#include "support/JsonDescription.h"
 #include "support/QtPrinters.h"
+#include "support/RandomSource.h"
 
 #include <QByteArray>
 #include <QStringList>

@@ -3,7 +3,7 @@
 
 #include "json/BwaJsonUtilities.h"
 
-#include "json/JsonExtraction.h"
+#include "support/JsonExtraction.h"
 #include "support/QtPrinters.h"
 #include "support/QtVersion.h"
 

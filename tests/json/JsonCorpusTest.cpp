@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "json/BwaJson.h"
-#include "json/JsonDescription.h"
+#include "support/JsonDescription.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>

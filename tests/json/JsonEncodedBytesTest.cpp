@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "json/JsonExtraction.h"
+#include "support/JsonExtraction.h"
 #include "support/QtPrinters.h"
 
 #include <QRegExp>

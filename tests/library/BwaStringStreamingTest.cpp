@@ -3,9 +3,9 @@
 
 #include "BwaStringStreaming.h"
 
-#include "http/FailingStreams.h"
-#include "http/RenderedWithFlushes.h"
+#include "support/FailingStreams.h"
 #include "support/Rendered.h"
+#include "support/RenderedWithFlushes.h"
 
 #include <QString>
 

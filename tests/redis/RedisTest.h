@@ -7,9 +7,8 @@
 #include "redis/BwaRedisSession.h"
 #include "redis/BwaRedisSessions.h"
 #include "redis/RedisServer.h"
-#include "sessions/MessageRecorder.h"
-
-#include <QCoreApplication>
+#include "support/Application.h"
+#include "support/MessageRecorder.h"
 
 #include <gtest/gtest.h>
 
@@ -64,10 +63,7 @@ protected:
     const QString bob = QStringLiteral("bob");
 
 private:
-    char m_name[10] = "test";
-    char* m_arguments[2] = {m_name, nullptr};
-    int m_argumentCount = 1;
-    QCoreApplication m_application{m_argumentCount, m_arguments};
+    Application m_application;
 };
 
 #endif

@@ -3,9 +3,9 @@
 
 #include "rest/BwaRestEvents.h"
 
-#include "rest/Application.h"
 #include "rest/BwaRestService.h"
 #include "rest/ResidentMemory.h"
+#include "support/Application.h"
 #include "testing/BwaTestRequest.h"
 
 #include <QElapsedTimer>
@@ -361,7 +361,7 @@ TEST_F(BwaRestEventsTest, WhenClientsHaveGoneForgetsThem)
     stream.waitFor(":\n\n");
 
     stream.disconnect();
-    Application::runUntil([&] { return isGone; });
+    runEventLoopUntil([&] { return isGone; });
 
     topic->send(1);
     expectServing();

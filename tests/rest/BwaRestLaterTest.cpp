@@ -3,9 +3,9 @@
 
 #include "rest/BwaRestLater.h"
 
-#include "rest/Application.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/RestReplies.h"
+#include "support/Application.h"
 
 #include <QThread>
 #include <QTimer>
@@ -354,7 +354,7 @@ TEST_F(BwaRestLaterTest, AnswersManyCallsInAnyOrder)
         });
     };
     next(3);
-    Application::runUntil([&] { return order.size() >= 3; });
+    runEventLoopUntil([&] { return order.size() >= 3; });
 
     EXPECT_EQ(order, "210"); // the inner requests return first
 }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "rest/Application.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/RestReplies.h"
+#include "support/Application.h"
 
 #include <QThread>
 #include <QThreadPool>

@@ -7,9 +7,9 @@
 #include "rest/BwaRestServer.h"
 
 #include "fcgi/BwaFcgiListener.h"
-#include "rest/Application.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestService.h"
+#include "support/Application.h"
 #include "support/FcgiClient.h"
 
 #include <QTemporaryDir>

@@ -3,9 +3,9 @@
 
 #include "rest/BwaRestSessions.h"
 
-#include "rest/Application.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestService.h"
+#include "support/Application.h"
 #include "testing/BwaTestRequest.h"
 
 #include <QJsonDocument>
@@ -340,7 +340,7 @@ TEST_F(BwaRestSessionsTest, WhenTheTokenExpiresTheSessionEnds)
     const Grant grant = login();
     EXPECT_EQ(sessions->manager().sessions(QStringLiteral("ann")).size(), 1);
 
-    Application::runUntil(
+    runEventLoopUntil(
         [this] { return sessions->manager().sessions(QStringLiteral("ann")).isEmpty(); });
 
     EXPECT_EQ(send(grant, "GET", "/mine").statusCode, 401);

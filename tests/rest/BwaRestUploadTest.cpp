@@ -3,11 +3,11 @@
 
 #include "rest/BwaRestUpload.h"
 
-#include "rest/Application.h"
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestServer.h"
 #include "rest/BwaRestService.h"
 #include "rest/ResidentMemory.h"
+#include "support/Application.h"
 #include "support/FcgiClient.h"
 #include "testing/BwaTestRequest.h"
 
@@ -408,10 +408,10 @@ TEST_F(BwaRestUploadTest, WhenTheClientGoesLeavesNothing)
     request.setBody("text/plain", "a");
     request.setHeader("Content-Length", "2");
     std::optional<BwaTestStream> stream = request.open(*api);
-    Application::runUntil([&] { return isGone || !files().isEmpty(); });
+    runEventLoopUntil([&] { return isGone || !files().isEmpty(); });
 
     stream->disconnect();
-    Application::runUntil([&] { return files().isEmpty(); });
+    runEventLoopUntil([&] { return files().isEmpty(); });
 
     EXPECT_EQ(doneCalls, 0);
 }

@@ -5,8 +5,8 @@
 
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "json/JsonDescription.h"
 #include "support/ErrorPage.h"
+#include "support/JsonDescription.h"
 #include "support/QtPrinters.h"
 #include "support/TestReplies.h"
 

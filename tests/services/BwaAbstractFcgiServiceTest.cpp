@@ -4,10 +4,10 @@
 #include "services/BwaAbstractFcgiService.h"
 
 #include "services/BwaDispatcherFcgiService.h"
-#include "services/LabelledServices.h"
-#include "services/ServiceReplies.h"
 #include "support/ErrorPage.h"
+#include "support/LabelledServices.h"
 #include "support/QtPrinters.h"
+#include "support/ServiceReplies.h"
 
 #include <QMetaObject>
 

@@ -5,26 +5,25 @@
 
 #include "BwaStringStreaming.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/LabelledServices.h"
-#include "services/ServiceReplies.h"
-#include "services/ServiceTree.h"
-#include "support/DebugMessages.h"
+#include "support/Application.h"
 #include "support/ErrorPage.h"
+#include "support/FunctionService.h"
+#include "support/LabelledServices.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
+#include "support/ServiceReplies.h"
+#include "support/ServiceTree.h"
 
-#include <QCoreApplication>
 #include <QEvent>
 #include <QMetaMethod>
 #include <QPointer>
 
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -38,10 +37,7 @@ const QString b = QStringLiteral("b");
 // without an application.
 void deleteDeferred()
 {
-    char name[] = "test";
-    char* arguments[] = {name, nullptr};
-    int argumentCount = 1;
-    const QCoreApplication application(argumentCount, arguments);
+    const Application application;
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
@@ -84,21 +80,6 @@ class ThrowingDispatcher : public BwaDispatcherFcgiService
 {
 public:
     void processThisService(BwaFcgiRequest*) override { throw std::logic_error("itself"); }
-};
-
-// Does what a function of the test says.
-class FunctionService : public BwaAbstractFcgiService
-{
-public:
-    explicit FunctionService(std::function<void(BwaFcgiRequest*)> answer)
-        : m_answer(std::move(answer))
-    {
-    }
-
-    void processRequest(BwaFcgiRequest* request) override { m_answer(request); }
-
-private:
-    std::function<void(BwaFcgiRequest*)> m_answer;
 };
 
 void answerAndThrow(BwaFcgiRequest* request)
@@ -421,7 +402,7 @@ TEST(ProcessRequest, WhenChildThrowsAfterOutputKeepsTheOutput)
 
 TEST(ProcessRequest, WhenChildThrowsTooLateIsLoggedOnly)
 {
-    const DebugMessages messages;
+    const MessageRecorder messages;
     BwaDispatcherFcgiService root;
     root.addService(a, new FunctionService(answerAndThrow));
 
@@ -429,12 +410,12 @@ TEST(ProcessRequest, WhenChildThrowsTooLateIsLoggedOnly)
 
     EXPECT_EQ(reply.raw, "all");
     EXPECT_EQ(reply.errorText, "");
-    EXPECT_THAT(messages.all(), ElementsAre(tooLate));
+    EXPECT_THAT(messages.debugTexts(), ElementsAre(tooLate));
 }
 
 TEST(ProcessRequest, WhenOneWithinTheOtherThrowsTooLateEachIsLoggedOnly)
 {
-    const DebugMessages messages;
+    const MessageRecorder messages;
     BwaDispatcherFcgiService inner;
     inner.addService(a, new FunctionService(answerAndThrow));
     BwaDispatcherFcgiService outer;
@@ -445,12 +426,12 @@ TEST(ProcessRequest, WhenOneWithinTheOtherThrowsTooLateEachIsLoggedOnly)
 
     EXPECT_EQ(replyOf(outer, requestTo("/a")).raw, "all");
 
-    EXPECT_THAT(messages.all(), ElementsAre(tooLate, tooLate));
+    EXPECT_THAT(messages.debugTexts(), ElementsAre(tooLate, tooLate));
 }
 
 TEST(ProcessRequest, WhenOneThrowsTooLateAfterTheOtherHasReturnedIsLoggedOnly)
 {
-    const DebugMessages messages;
+    const MessageRecorder messages;
     BwaDispatcherFcgiService inner;
     inner.addService(a, new FunctionService([](BwaFcgiRequest*) {})); // answered later
     BwaDispatcherFcgiService outer;
@@ -461,7 +442,7 @@ TEST(ProcessRequest, WhenOneThrowsTooLateAfterTheOtherHasReturnedIsLoggedOnly)
 
     EXPECT_EQ(replyOf(outer, requestTo("/a")).raw, "all");
 
-    EXPECT_THAT(messages.all(), ElementsAre(tooLate));
+    EXPECT_THAT(messages.debugTexts(), ElementsAre(tooLate));
 }
 
 TEST(ProcessRequest, WhenChildThrowsAnswersTheNextRequest)

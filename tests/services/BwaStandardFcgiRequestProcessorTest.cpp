@@ -7,11 +7,11 @@
 #include "fcgi/BwaFcgiRequest.h"
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
-#include "sessions/TwoSessions.h"
-#include "support/DebugMessages.h"
 #include "support/ErrorPage.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
 #include "support/TestReplies.h"
+#include "support/TwoSessions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -261,14 +261,14 @@ TEST_P(Method, WhenItsHookThrowsAnswersInternalServerError)
 
 TEST_P(Method, WhenItsHookThrowsTooLateIsLoggedOnly)
 {
-    const DebugMessages messages;
+    const MessageRecorder messages;
     TooLateProcessor processor;
 
     const BwaTestReply reply = replyOf(processor, requestWith(GetParam().method));
 
     EXPECT_EQ(reply.raw, "all");
     EXPECT_EQ(reply.errorText, "");
-    EXPECT_THAT(messages.all(),
+    EXPECT_THAT(messages.debugTexts(),
                 ElementsAre("An exception occurs while processing a FastCGI request: too late"));
 }
 

@@ -4,11 +4,11 @@
 #include "services/BwaStandardProcessableDispatcherFcgiService.h"
 
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/LabelledServices.h"
 #include "services/MockRequestProcessor.h"
-#include "services/ServiceReplies.h"
 #include "support/ErrorPage.h"
+#include "support/LabelledServices.h"
 #include "support/QtPrinters.h"
+#include "support/ServiceReplies.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

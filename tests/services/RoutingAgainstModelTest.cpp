@@ -4,9 +4,9 @@
 // Random service trees and paths, routed by the library and by a literal model of the rule:
 // itself, else the child of exactly that name, else the first dispatcher whose name is a prefix.
 
-#include "services/RoutingModel.h"
-#include "services/ServiceTree.h"
 #include "support/QtPrinters.h"
+#include "support/RoutingModel.h"
+#include "support/ServiceTree.h"
 
 #include <QByteArray>
 

@@ -4,10 +4,10 @@
 #include "sessions/BwaCookiesFcgiSessionIdentifier.h"
 
 #include "fcgi/BwaFcgiRequest.h"
-#include "sessions/TwoSessions.h"
 #include "support/ErrorPage.h"
 #include "support/QtPrinters.h"
 #include "support/TestReplies.h"
+#include "support/TwoSessions.h"
 
 #include <gtest/gtest.h>
 

@@ -4,9 +4,9 @@
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 
 #include "fcgi/BwaFcgiRequest.h"
-#include "sessions/TwoSessions.h"
 #include "support/QtPrinters.h"
 #include "support/TestReplies.h"
+#include "support/TwoSessions.h"
 
 #include <gtest/gtest.h>
 

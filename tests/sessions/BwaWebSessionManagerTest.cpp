@@ -4,9 +4,9 @@
 #include "sessions/BwaWebSessionManager.h"
 
 #include "sessions/BwaWebSession.h"
-#include "sessions/EventLoop.h"
 #include "sessions/ManualClock.h"
-#include "sessions/MessageRecorder.h"
+#include "support/Application.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
 
 #include <QMetaMethod>
@@ -71,8 +71,9 @@ private:
     MessageRecorder m_silence; // of the warnings of non-expiring sessions
 };
 
-class BwaWebSessionManagerInRealTime : public EventLoopTest
+class BwaWebSessionManagerInRealTime : public testing::Test
 {
+    Application m_application;
 };
 
 } // namespace

@@ -3,9 +3,9 @@
 
 #include "sessions/BwaWebSession.h"
 
-#include "sessions/EventLoop.h"
 #include "sessions/ManualClock.h"
-#include "sessions/MessageRecorder.h"
+#include "support/Application.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
 
 #include <QElapsedTimer>
@@ -74,8 +74,9 @@ private:
     QObject m_owner;
 };
 
-class BwaWebSessionInRealTime : public EventLoopTest
+class BwaWebSessionInRealTime : public testing::Test
 {
+    Application m_application;
 };
 
 std::vector<std::string> methodsOf(const QMetaObject& metaObject)
@@ -587,15 +588,12 @@ TEST_F(BwaWebSessionTest, CanBeRemovedByASignal)
 
 TEST(BwaWebSession, WhenItOutlivesTheApplicationCanBeRenewedInTheNext)
 {
-    int argumentCount = 1;
-    char name[] = "test";
-    char* arguments[] = {name, nullptr};
-    auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);
+    auto application = std::make_unique<Application>();
     BwaWebSession session(user, lifetime, delay);
     application.reset();
     auto* const clock = new ManualClock;
     QCoreApplication::setEventDispatcher(clock);
-    application = std::make_unique<QCoreApplication>(argumentCount, arguments);
+    application = std::make_unique<Application>();
 
     session.generateNewToken();
     clock->advance(lifetime);
@@ -606,13 +604,10 @@ TEST(BwaWebSession, WhenItOutlivesTheApplicationCanBeRenewedInTheNext)
 TEST(BwaWebSession, WhenCreatedWithoutApplicationDoesNotKeepOthersFromExpiring)
 {
     const MessageRecorder silence; // of Qt's warning
-    int argumentCount = 1;
-    char name[] = "test";
-    char* arguments[] = {name, nullptr};
     auto* const clock = new ManualClock;
     const BwaWebSession early(user, lifetime, delay);
     QCoreApplication::setEventDispatcher(clock);
-    const QCoreApplication application(argumentCount, arguments);
+    const Application application;
 
     const BwaWebSession session(user, lifetime, delay);
     clock->advance(lifetime);
@@ -623,13 +618,10 @@ TEST(BwaWebSession, WhenCreatedWithoutApplicationDoesNotKeepOthersFromExpiring)
 TEST(BwaWebSession, WhenCreatedWithoutApplicationAndRenewedInOneExpires)
 {
     const MessageRecorder silence; // of Qt's warning
-    int argumentCount = 1;
-    char name[] = "test";
-    char* arguments[] = {name, nullptr};
     auto* const clock = new ManualClock;
     BwaWebSession early(user, lifetime, delay);
     QCoreApplication::setEventDispatcher(clock);
-    const QCoreApplication application(argumentCount, arguments);
+    const Application application;
 
     early.generateNewToken();
     clock->advance(lifetime);

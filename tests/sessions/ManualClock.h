@@ -4,9 +4,9 @@
 #ifndef MANUALCLOCK_H
 #define MANUALCLOCK_H
 
+#include "support/Application.h"
 #include "support/QtVersion.h"
 
-#include <QCoreApplication>
 #include <QEvent>
 #include <QList>
 
@@ -138,16 +138,13 @@ protected:
         : clock(new ManualClock)
     {
         QCoreApplication::setEventDispatcher(clock);
-        m_application = std::make_unique<QCoreApplication>(m_argumentCount, m_arguments);
+        m_application = std::make_unique<Application>();
     }
 
     ManualClock* const clock; // owned by the application's thread
 
 private:
-    char m_name[10] = "test";
-    char* m_arguments[2] = {m_name, nullptr};
-    int m_argumentCount = 1;
-    std::unique_ptr<QCoreApplication> m_application;
+    std::unique_ptr<Application> m_application;
 };
 
 #endif

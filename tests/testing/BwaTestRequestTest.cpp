@@ -10,9 +10,9 @@
 #include "services/BwaDispatcherFcgiService.h"
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "services/BwaStandardFcgiService.h"
-#include "sessions/EventLoop.h"
-#include "sessions/MessageRecorder.h"
+#include "support/Application.h"
 #include "support/ErrorPage.h"
+#include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
 
 #include <QStringList>
@@ -370,8 +370,9 @@ TEST(BwaTestRequestUpload, KeepsNamesWithQuotesAndLineEnds)
     EXPECT_EQ(formSeen(request), "a:say \"x\"\r\n.txt:text/plain:text");
 }
 
-class HeldTestRequest : public EventLoopTest
+class HeldTestRequest : public testing::Test
 {
+    Application m_application;
 };
 
 TEST_F(HeldTestRequest, WhenDeletedByTheEventLoopIsAnswered)

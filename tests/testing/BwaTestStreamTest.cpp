@@ -6,9 +6,9 @@
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "services/BwaAbstractFcgiService.h"
+#include "support/Application.h"
 #include "testing/BwaTestRequest.h"
 
-#include <QCoreApplication>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -51,10 +51,7 @@ protected:
         return stream;
     }
 
-    int argc = 1;
-    char name[5] = "test";
-    char* argv[2] = {name, nullptr};
-    QCoreApplication application = {argc, argv};
+    Application application;
     HeldService service;
 };
 
@@ -64,8 +61,8 @@ TEST_F(BwaTestStreamTest, GivenATextWaitsUntilItHasCome)
 {
     BwaTestStream stream = open();
 
-    QTimer::singleShot(0, &application, [this] { service.write("a"); });
-    QTimer::singleShot(5, &application, [this] { service.write("bcd"); });
+    QTimer::singleShot(0, &service, [this] { service.write("a"); });
+    QTimer::singleShot(5, &service, [this] { service.write("bcd"); });
 
     EXPECT_EQ(stream.waitFor("bc"), "abc");
     EXPECT_EQ(stream.waitFor("d"), "d");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-#include "ListenerFixture.h"
+#include "support/ListenerFixture.h"
 
 #include "BwaStringStreaming.h"
 #include "cgi/BwaCgiRequest.h"
@@ -56,21 +56,6 @@ Watchdog::Watchdog(unsigned int seconds)
 Watchdog::~Watchdog()
 {
     alarm(0);
-}
-
-void runEventLoopUntil(const std::function<bool()>& condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    QTimer tick;
-    tick.start(1);
-    while (!condition()) {
-        if (timer.elapsed() > patience) {
-            ADD_FAILURE() << "what was waited for in the event loop has not come";
-            return;
-        }
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
 }
 
 void waitUntil(const std::function<bool()>& condition)
@@ -211,11 +196,6 @@ StandardInput::~StandardInput()
 bool StandardInput::isOpen()
 {
     return fcntl(STDIN_FILENO, F_GETFD) >= 0;
-}
-
-ListenerFixture::ListenerFixture()
-    : m_application(m_argumentCount, m_arguments)
-{
 }
 
 ListenerFixture::~ListenerFixture()

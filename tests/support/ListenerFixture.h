@@ -6,11 +6,11 @@
 
 #include "fcgi/BwaFcgiListener.h"
 #include "fcgi/BwaFcgiRequest.h"
-#include "services/BwaAbstractFcgiService.h"
+#include "support/Application.h"
 #include "support/FcgiClient.h"
 #include "support/FreePort.h"
+#include "support/FunctionService.h"
 
-#include <QCoreApplication>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -21,25 +21,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <utility>
 #include <vector>
-
-/** A service that a function of the test answers for. */
-class FunctionService : public BwaAbstractFcgiService
-{
-public:
-    using Answer = std::function<void(BwaFcgiRequest*)>;
-
-    explicit FunctionService(Answer answer)
-        : m_answer(std::move(answer))
-    {
-    }
-
-    void processRequest(BwaFcgiRequest* request) override { m_answer(request); }
-
-private:
-    Answer m_answer;
-};
 
 /**
  * Ends the process when it is not destroyed in time: what is watched would else block for ever.
@@ -69,8 +51,6 @@ private:
     int m_saved;
 };
 
-/** Runs the event loop of this thread until @a condition holds; a failure after 10 s. */
-void runEventLoopUntil(const std::function<bool()>& condition);
 /** Waits, without an event loop, until @a condition holds; a failure after 10 s. */
 void waitUntil(const std::function<bool()>& condition);
 /** Serves while another thread, a web server, does @a work. */
@@ -103,7 +83,6 @@ qint64 millisecondsOf(const std::function<void()>& work);
 class ListenerFixture : public testing::Test
 {
 public:
-    ListenerFixture();
     ~ListenerFixture() override;
 
 protected:
@@ -126,10 +105,7 @@ protected:
     int listeningErrors = 0;
 
 private:
-    int m_argumentCount = 1;
-    char m_programName[6] = "tests";
-    char* m_arguments[2] = {m_programName, nullptr};
-    QCoreApplication m_application;
+    Application m_application;
     QTemporaryDir m_folder;
     std::vector<std::unique_ptr<FunctionService>> m_ownedServices;
     QMap<QString, BwaAbstractFcgiService*> m_services;

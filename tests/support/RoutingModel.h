@@ -4,9 +4,9 @@
 #ifndef ROUTINGMODEL_H
 #define ROUTINGMODEL_H
 
-#include "services/ServiceReplies.h"
-#include "services/ServiceTree.h"
 #include "support/ErrorPage.h"
+#include "support/ServiceReplies.h"
+#include "support/ServiceTree.h"
 
 #include <QByteArray>
 

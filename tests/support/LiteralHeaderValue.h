@@ -4,7 +4,7 @@
 #ifndef LITERALHEADERVALUE_H
 #define LITERALHEADERVALUE_H
 
-#include "cgi/LiteralUrlEncoding.h"
+#include "support/LiteralUrlEncoding.h"
 
 #include <QHash>
 #include <QList>

@@ -4,6 +4,7 @@
 #ifndef MESSAGERECORDER_H
 #define MESSAGERECORDER_H
 
+#include <QByteArray>
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -23,6 +24,18 @@ public:
     ~MessageRecorder() { qInstallMessageHandler(m_previous); }
 
     QList<QPair<QtMsgType, QString>> messages() const { return recorded(); }
+
+    /** The messages of Qt's debug channel only, in Latin-1. */
+    QList<QByteArray> debugTexts() const
+    {
+        QList<QByteArray> texts;
+        for (const auto& message : recorded()) {
+            if (message.first == QtDebugMsg) {
+                texts.append(message.second.toLatin1());
+            }
+        }
+        return texts;
+    }
 
 private:
     static QList<QPair<QtMsgType, QString>>& recorded()

@@ -4,7 +4,7 @@
 #ifndef SERVICETREE_H
 #define SERVICETREE_H
 
-#include "services/LabelledServices.h"
+#include "support/LabelledServices.h"
 
 #include <QByteArray>
 #include <QString>

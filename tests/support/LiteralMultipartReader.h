@@ -5,7 +5,7 @@
 #define LITERALMULTIPARTREADER_H
 
 #include "cgi/BwaAbstractCgiInput.h"
-#include "cgi/LiteralHeaderValue.h"
+#include "support/LiteralHeaderValue.h"
 
 #include <QByteArray>
 #include <QString>

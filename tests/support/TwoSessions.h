@@ -6,7 +6,7 @@
 
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
-#include "sessions/MessageRecorder.h"
+#include "support/MessageRecorder.h"
 
 #include <QByteArray>
 #include <QUuid>

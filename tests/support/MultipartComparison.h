@@ -6,9 +6,9 @@
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaCgiRequest.h"
-#include "cgi/LiteralMultipartReader.h"
-#include "cgi/ShownText.h"
+#include "support/LiteralMultipartReader.h"
 #include "support/MemoryCgiInput.h"
+#include "support/ShownText.h"
 
 #include <algorithm>
 #include <string>
