@@ -8,6 +8,7 @@
 #include "support/QtPrinters.h"
 #include "support/RandomSource.h"
 #include "support/ShownText.h"
+#include "support/Skips.h"
 
 #include <QStringList>
 
@@ -277,6 +278,10 @@ TEST(BwaCgiEnvironmentContentLengthText, GivenDigitsOfOtherScriptsIsZero)
 
 TEST(BwaCgiEnvironmentContentLengthText, GivenRandomTextAgreesWithTheUnsignedConversion)
 {
+    if (withQt6()) {
+        GTEST_SKIP()
+            << "Qt 6 converts other texts to numbers than Qt 5, whose rules the library keeps";
+    }
     RandomSource random;
     const QString alphabet = QStringLiteral(u"000123456789 \t\u00a0\u2003+-x.\u0665") + QChar(0);
     for (int round = RandomSource::rounds(5000); round > 0; --round) {

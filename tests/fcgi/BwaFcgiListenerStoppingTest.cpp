@@ -3,6 +3,7 @@
 
 #include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
+#include "support/Skips.h"
 
 #include <QDir>
 #include <QFile>
@@ -277,6 +278,9 @@ TEST_F(BwaFcgiListenerStopping, WhenTwoListenDestroysOneAfterTheOther)
 // one listener of a process can be stopped for good, so each has a process of its own.
 TEST(BwaFcgiListenerStoppingAtAnyMoment, IsDoneAtOnce)
 {
+    if (underValgrind() || underEmulator()) {
+        GTEST_SKIP() << "it starts 1000 processes and measures time";
+    }
     const QTemporaryDir folder;
     const QString address = folder.path() + QLatin1String("/socket");
     const unsigned int seed = std::random_device()();
@@ -295,6 +299,9 @@ TEST(BwaFcgiListenerStoppingAtAnyMoment, IsDoneAtOnce)
 // In 99 of 100 processes at least: the machine may be busy.
 TEST(BwaFcgiListenerStoppingInAccept, TakesUnder100Milliseconds)
 {
+    if (underValgrind() || underEmulator()) {
+        GTEST_SKIP() << "it starts 1000 processes and measures time";
+    }
     const QTemporaryDir folder;
     const QString address = folder.path() + QLatin1String("/socket");
     int longest = 0;
@@ -313,6 +320,9 @@ TEST(BwaFcgiListenerStoppingInAccept, TakesUnder100Milliseconds)
 
 TEST(BwaFcgiListenerStoppingWithSilentPeers, TakesUnder100Milliseconds)
 {
+    if (underValgrind()) {
+        GTEST_SKIP() << "it starts 100 processes and measures time";
+    }
     const QTemporaryDir folder;
     const QString address = folder.path() + QLatin1String("/socket");
     const auto stop = [&](BwaFcgiListener* listener) {

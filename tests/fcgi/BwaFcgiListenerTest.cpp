@@ -9,6 +9,7 @@
 #include "support/ListenerFixture.h"
 #include "support/MessageRecorder.h"
 #include "support/QtPrinters.h"
+#include "support/Skips.h"
 
 #include <QFile>
 #include <QMetaMethod>
@@ -496,6 +497,9 @@ TEST_F(BwaFcgiListenerServing, WhenAllInputHasBeenReadClosesTheConnectionAtOnce)
 // The end of the body does not come.
 TEST_F(BwaFcgiListenerServing, WhenInputIsMissingWaitsForItNoLongerThanAMoment)
 {
+    if (underEmulator()) {
+        GTEST_SKIP() << "it measures time";
+    }
     qint64 milliseconds = -1;
     serve("/api",
           [&](BwaFcgiRequest* request) { milliseconds = millisecondsOf([&] { delete request; }); });
@@ -511,6 +515,9 @@ TEST_F(BwaFcgiListenerServing, WhenInputIsMissingWaitsForItNoLongerThanAMoment)
 
 TEST_F(BwaFcgiListenerServing, WhenAClientGoesOnSendingWaitsForItNoLongerThanAMoment)
 {
+    if (underEmulator()) {
+        GTEST_SKIP() << "it measures time";
+    }
     serve("/api", [](BwaFcgiRequest* request) { delete request; });
     start();
     FcgiClient client(path());

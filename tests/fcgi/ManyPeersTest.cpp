@@ -6,6 +6,7 @@
 
 #include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
+#include "support/Skips.h"
 
 #include <gtest/gtest.h>
 
@@ -113,6 +114,9 @@ private:
 
 TEST_P(BwaFcgiListenerAmongManyPeers, AnswersPromptly)
 {
+    if (underValgrind()) {
+        GTEST_SKIP() << "it measures time";
+    }
     const QByteArray late = FcgiClient::requestBytes(apiRequest("/late"));
     const Clients silent = connectedClients();
     const Clients half = connectedClients();
@@ -134,6 +138,9 @@ TEST_P(BwaFcgiListenerAmongManyPeers, AnswersPromptly)
 
 TEST_P(BwaFcgiListenerAmongManyPeers, WhenTheirBodiesAreMissingAnswersPromptly)
 {
+    if (underValgrind()) {
+        GTEST_SKIP() << "it measures time";
+    }
     const QByteArray whole = FcgiClient::requestBytes(apiRequest("/late"), "body");
     const Clients clients = connectedClients();
     for (const auto& client : clients) {

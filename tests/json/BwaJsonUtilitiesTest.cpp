@@ -6,6 +6,7 @@
 #include "support/JsonExtraction.h"
 #include "support/QtPrinters.h"
 #include "support/QtVersion.h"
+#include "support/Skips.h"
 
 #include <QChar>
 #include <QDate>
@@ -103,6 +104,9 @@ TEST(IsNullValue, GivenAnyOtherJsonValueIsFalse)
 
 TEST(IsNullValue, GivenAnyVariantThatCallsItselfNullIsTrue)
 {
+    if (withQt6()) {
+        GTEST_SKIP() << "to Qt 6 a variant with a null string is not null";
+    }
     for (const QVariant& value :
          {QVariant::fromValue(nullptr), QVariant(QString()), nullVariant(QMetaType::LongLong),
           nullVariant(QMetaType::QString)}) {
@@ -327,6 +331,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(IntegerValueAsLongDouble, KeepsEveryDigitThatTheTypeHolds)
 {
+    if (underValgrind()) {
+        GTEST_SKIP() << "to valgrind a long double is a double";
+    }
     long double out = 0;
 
     EXPECT_TRUE(BwaJsonUtilities::integerValue(unsignedNumber(18446744073709551615ULL), out));
