@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash disable=SC2154
 
-# Programs against an installed library. Sourced after lib.sh.
+# Builds and runs programs against an installed library. Sourced after lib.sh by test-installed and
+# test-packages.
 
-consumer=$root/tests/consumer
+consumer=$root/tests/built/consumer
 
 # expect_greeting PROGRAM LIBRARIES
 expect_greeting()
