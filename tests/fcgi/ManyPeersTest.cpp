@@ -56,25 +56,14 @@ private:
     std::thread m_thread;
 };
 
-class BwaFcgiListenerAmongManyPeers
-    : public ListenerFixture
-    , public testing::WithParamInterface<bool>
+class BwaFcgiListenerAmongManyPeers : public TransportFixture
 {
 protected:
     void SetUp() override
     {
         serve("/api", answerPathInfo);
         listener().setBacklog(1000); // TCP has a client that finds no room try again after 1 s
-        if (GetParam()) {
-            m_port = startOnPort();
-        } else {
-            start();
-        }
-    }
-
-    std::unique_ptr<FcgiClient> connectedClient() const
-    {
-        return GetParam() ? FcgiClient::onPort(m_port) : std::make_unique<FcgiClient>(path());
+        startListening();
     }
 
     Clients connectedClients() const
@@ -105,9 +94,6 @@ protected:
         RecordProperty("slowest", static_cast<int>(slowest));
         return slowest;
     }
-
-private:
-    quint16 m_port = 0;
 };
 
 } // namespace

@@ -33,9 +33,7 @@ QByteArray openRequest(const QByteArray& pathInfo)
 }
 
 // A request to /slow is handled by the test, one to /held is held; others are answered.
-class BwaFcgiListenerSlowPeer
-    : public ListenerFixture
-    , public testing::WithParamInterface<bool>
+class BwaFcgiListenerSlowPeer : public TransportFixture
 {
 public:
     BwaFcgiListenerSlowPeer()
@@ -53,20 +51,6 @@ public:
     ~BwaFcgiListenerSlowPeer() override { delete held; }
 
 protected:
-    void startListening()
-    {
-        if (GetParam()) {
-            m_port = startOnPort();
-        } else {
-            start();
-        }
-    }
-
-    std::unique_ptr<FcgiClient> connectedClient() const
-    {
-        return GetParam() ? FcgiClient::onPort(m_port) : std::make_unique<FcgiClient>(path());
-    }
-
     std::unique_ptr<FcgiClient> heldClient()
     {
         startListening();
@@ -101,9 +85,6 @@ protected:
 
     BwaFcgiRequest* held = nullptr; // owned
     std::function<void(BwaFcgiRequest*)> handle;
-
-private:
-    quint16 m_port = 0;
 };
 
 } // namespace

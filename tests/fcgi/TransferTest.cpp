@@ -46,24 +46,13 @@ void answerBody(BwaFcgiRequest* request)
     delete request;
 }
 
-class BwaFcgiListenerTransfer
-    : public ListenerFixture
-    , public testing::WithParamInterface<bool>
+class BwaFcgiListenerTransfer : public TransportFixture
 {
 protected:
     void startWith(const FunctionService::Answer& answer)
     {
         serve("/api", answer);
-        if (GetParam()) {
-            m_port = startOnPort();
-        } else {
-            start();
-        }
-    }
-
-    std::unique_ptr<FcgiClient> connectedClient() const
-    {
-        return GetParam() ? FcgiClient::onPort(m_port) : std::make_unique<FcgiClient>(path());
+        startListening();
     }
 
     // The request's header, on a connection that is kept.
@@ -82,9 +71,6 @@ protected:
         });
         return reply;
     }
-
-private:
-    quint16 m_port = 0;
 };
 
 // The body in records of 1 to 3 bytes, with padding, and records of another request between them.

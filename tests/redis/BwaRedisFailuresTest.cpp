@@ -13,16 +13,8 @@
 #include <unistd.h>
 
 using testing::ElementsAre;
-using testing::Property;
-using testing::StartsWith;
 
 namespace {
-
-// What a QString begins with.
-auto begins(const char* text)
-{
-    return Property(&QString::toStdString, StartsWith(text));
-}
 
 class BwaRedisFailuresTest : public RedisTest
 {

@@ -10,15 +10,8 @@
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
-using testing::Property;
-using testing::StartsWith;
 
 namespace {
-
-auto begins(const char* text)
-{
-    return Property(&QString::toStdString, StartsWith(text));
-}
 
 QString loopback(quint16 port)
 {

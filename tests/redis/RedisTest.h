@@ -10,7 +10,7 @@
 #include "support/Application.h"
 #include "support/MessageRecorder.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 /** Settings for tests: a busy machine may be slow, and after a failure nothing pauses. */
 inline BwaRedisSettings settingsFor(const QStringList& addresses)
@@ -44,6 +44,12 @@ struct Credentials {
 inline BwaRedisSession* find(BwaRedisSessions& sessions, const Credentials& credentials)
 {
     return sessions.find(credentials.id, credentials.token);
+}
+
+/** Matches a QString that begins with @a text. */
+inline auto begins(const char* text)
+{
+    return testing::Property(&QString::toStdString, testing::StartsWith(text));
 }
 
 /** An application, for processes and for sessions that the event loop deletes. */

@@ -248,6 +248,20 @@ FcgiReply ListenerFixture::replyTo(const FcgiParameters& parameters, const QByte
     return replyTo(client);
 }
 
+void TransportFixture::startListening()
+{
+    if (GetParam()) {
+        m_port = startOnPort();
+    } else {
+        start();
+    }
+}
+
+std::unique_ptr<FcgiClient> TransportFixture::connectedClient() const
+{
+    return GetParam() ? FcgiClient::onPort(m_port) : std::make_unique<FcgiClient>(path());
+}
+
 void keep(BwaFcgiRequest* request)
 {
     static auto* const kept = new QList<BwaFcgiRequest*>;

@@ -112,6 +112,20 @@ private:
     std::unique_ptr<BwaFcgiListener> m_listener;
 };
 
+/** A listener on a port of 127.0.0.1 when the parameter is true, on a Unix socket otherwise. */
+class TransportFixture
+    : public ListenerFixture
+    , public testing::WithParamInterface<bool>
+{
+protected:
+    void startListening();
+    /** A client of that listener. */
+    std::unique_ptr<FcgiClient> connectedClient() const;
+
+private:
+    quint16 m_port = 0;
+};
+
 /** Holds what a service had when it threw: nobody may delete it then, so it stays until the end. */
 void keep(BwaFcgiRequest* request);
 /** Answers with the path info. */
