@@ -21,6 +21,13 @@ class BwaFcgiRequest;
  * Serves a web API: accepts FastCGI requests on a thread of its own and hands each, in the thread
  * of the listener, to the service of its script name.
  *
+ *     BwaFcgiListener listener({{QStringLiteral("/api"), &service}});
+ *     QObject::connect(&listener, &BwaFcgiListener::listeningError, [&listener] {
+ *         qCritical("%s", qPrintable(listener.errorString()));
+ *         QCoreApplication::exit(1);
+ *     });
+ *     listener.listen(path); // a Unix socket, or a TCP port such as "127.0.0.1:9000"
+ *
  * The listener's thread must run an event loop. Requests are served one after another, in the order
  * in which their headers were complete. A web server that is slow, silent or half done makes no
  * other one wait; connections are kept open when the web server asks for it.
@@ -75,6 +82,8 @@ public:
     /** What setRequestLimits() has set. */
     const BwaRequestLimits& requestLimits() const { return m_requestLimits; }
 
+    // Settled: signals and slots keep this order, in which the meta-object lists them. A new one
+    // follows the others of its kind.
 Q_SIGNALS:
     /** For the accepting thread only. */
     void startListening(quint16 listeningPort = 0);

@@ -39,6 +39,8 @@ public:
      */
     void stopListening();
 
+    // Settled: signals and slots keep this order, in which the meta-object lists them. A new one
+    // follows the others of its kind.
 Q_SIGNALS:
     /**
      * A request has been accepted; made by plain new, the receiver owns it. When a directly

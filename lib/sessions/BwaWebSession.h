@@ -52,6 +52,8 @@ public:
     /** Whether the token must no longer be accepted; generateNewToken() renews it. */
     bool isTokenExpired() const { return m_tokenExpired; }
 
+    // Settled: signals and slots keep this order, in which the meta-object lists them. A new one
+    // follows the others of its kind.
 Q_SIGNALS:
     /** The session ends. It still exists; the event loop deletes it later. */
     void aboutToRemove();

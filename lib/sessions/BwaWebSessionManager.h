@@ -53,6 +53,8 @@ public:
     /** The session of that id, or null. */
     BwaWebSession* findSession(const QUuid& sessionId) const { return m_sessions.value(sessionId); }
 
+    // Settled: signals and slots keep this order, in which the meta-object lists them. A new one
+    // follows the others of its kind.
 Q_SIGNALS:
     /** A session has been created, and can be found. */
     void sessionCreated(QUuid sessionId);

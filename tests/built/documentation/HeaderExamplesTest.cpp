@@ -5,6 +5,7 @@
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 #include "cgi/BwaCgiRequest.h"
+#include "fcgi/BwaFcgiListener.h"
 #include "fcgi/BwaFcgiRequest.h"
 #include "http/BwaHttpPlainTextHeader.h"
 #include "json/BwaJson.h"
@@ -14,10 +15,13 @@
 #include "sessions/BwaSessionTokenFcgiSessionIdentifier.h"
 #include "sessions/BwaWebSession.h"
 #include "sessions/BwaWebSessionManager.h"
+#include "support/ListenerFixture.h"
 #include "support/QtPrinters.h"
 #include "testing/BwaTestRequest.h"
 
+#include <QCoreApplication>
 #include <QMap>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -52,6 +56,26 @@ QMap<QString, QByteArray> storedBy(const BwaTestRequest& upload, int* statusCode
 }
 
 } // namespace
+
+// Only one test of this program may have a listener: a process listens once.
+TEST(FcgiListenerExample, ServesTheScript)
+{
+    const Application application;
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("socket"));
+    BwaStandardFcgiService service(new Greeting(nullptr));
+    FcgiReply reply;
+#include "in-headers/BwaFcgiListener.inc"
+
+    serveWhile([&] {
+        FcgiClient client(path.toLatin1());
+        client.sendRequest({{"SCRIPT_NAME", "/api"}, {"REQUEST_METHOD", "GET"}});
+        client.shutDownSending();
+        reply = client.readReply();
+    });
+
+    EXPECT_EQ(reply.out, "Content-Type: text/plain\n\nHello");
+}
 
 TEST(StandardFcgiRequestProcessorExample, AnswersGetOnly)
 {
