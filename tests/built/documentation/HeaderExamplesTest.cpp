@@ -87,6 +87,7 @@ TEST(StandardFcgiRequestProcessorExample, AnswersGetOnly)
 
 TEST(WebSessionManagerExample, AuthenticatesTheUserWhoHasLoggedIn)
 {
+    const Application application; // for the timers of sessions
     const QString user = QStringLiteral("ann");
 #include "in-headers/BwaWebSessionManager.inc"
     BwaTestRequest request("GET", "/");
