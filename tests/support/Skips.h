@@ -22,13 +22,21 @@ inline bool underValgrind()
 /** Whether this is built for another processor, which is emulated: that takes more time. */
 constexpr bool underEmulator()
 {
-    return BWA_EMULATED;
+#ifdef BWA_EMULATED
+    return true;
+#else
+    return false;
+#endif
 }
 
 /** Whether this is built with sanitizers: they take more time, memory and stack. */
 constexpr bool underSanitizer()
 {
-    return BWA_SANITIZED;
+#ifdef BWA_SANITIZED
+    return true;
+#else
+    return false;
+#endif
 }
 
 /** Whether this is built with Qt 6, whose conversions and null variants differ from those of Qt 5.
