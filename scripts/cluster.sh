@@ -9,9 +9,7 @@
 declare -A pid_of=()    # name of a part to the process that starts it again when it has ended
 declare -A redis_port=() # number of a server of Redis to its port
 declare -A sentinel_port=()
-
-cluster_packages=("${demo_packages[@]}" "${redis_packages[@]}" "${postgresql_packages[@]}" nginx-light redis-server
-    redis-sentinel redis-tools systemd)
+process_options=() # further ones for the processes of the showcase
 
 # keeper SIGNAL SECONDS COMMAND...: starts the command again so many seconds after it has ended, until
 # SIGTERM, and ends it by the signal.
@@ -153,7 +151,7 @@ start_process_number()
 start_processes()
 {
     local options=(--redis-sentinels "127.0.0.1:${sentinel_port[1]},127.0.0.1:${sentinel_port[2]},127.0.0.1:${sentinel_port[3]}"
-        --redis-master app --redis-replicas 1)
+        --redis-master app --redis-replicas 1 "${process_options[@]}")
     mkdir -p "$work/1" "$work/2"
     pick_free_port process_port_3
     pick_free_port process_port_4

@@ -10,6 +10,8 @@ library_packages=(g++ cmake ninja-build pkg-config qtbase5-dev libfcgi-dev libsi
 demo_packages=("${library_packages[@]}" libsodium-dev libsqlite3-dev lighttpd curl)
 redis_packages=(libhiredis-dev libssl-dev)
 postgresql_packages=(libpq-dev postgresql)
+cluster_packages=("${demo_packages[@]}" "${redis_packages[@]}" "${postgresql_packages[@]}" nginx-light redis-server
+    redis-sentinel redis-tools systemd python3)
 test_packages=("${demo_packages[@]}" "${redis_packages[@]}" redis-server redis-sentinel
     "${postgresql_packages[@]}" openssl libgtest-dev libgmock-dev nginx-light
     apache2-bin libapache2-mod-fcgid haproxy caddy h2o make systemd wrk)
