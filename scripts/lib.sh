@@ -32,6 +32,10 @@ if command -v ccache >/dev/null; then
     export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
 fi
 
+# For CMake: compile all files of a target as one, but for test programs. That takes a quarter of the
+# time, most of which goes into the headers that the files have in common.
+unity=(-D CMAKE_UNITY_BUILD=ON -D CMAKE_UNITY_BUILD_BATCH_SIZE=0)
+
 say()
 {
     printf '%s: %s\n' "${0##*/}" "$*"

@@ -204,12 +204,12 @@ QMultiHash<QString, QString> BwaUrlEncoding::variables(const QString& text)
 // half is decoded and freed before the second half is decoded.
 QMultiHash<QString, QString> BwaUrlEncoding::variables(QByteArray latin1)
 {
-    const int shortText = 64 * 1024; // bytes
+    const int longestWhole = 64 * 1024; // bytes
     if (const BwaSize nul = latin1.indexOf('\0'); nul >= 0) {
         latin1.truncate(nul);
     }
     QMultiHash<QString, QString> variables;
-    while (latin1.size() > shortText) {
+    while (latin1.size() > longestWhole) {
         const BwaSize half = firstSeparator(latin1, latin1.size() / 2);
         if (half == latin1.size()) {
             break;

@@ -212,13 +212,13 @@ bool Writer::write(const QVariant& value)
 
 bool Writer::writeElements(const QVariantList& list)
 {
-    const char* separator = "[";
+    const char* before = "[";
     for (const QVariant& element : list) {
-        m_text += separator;
+        m_text += before;
         if (!write(element)) {
             return false;
         }
-        separator = ",";
+        before = ",";
     }
     m_text += list.isEmpty() ? "[]" : "]";
     return true;
@@ -226,15 +226,15 @@ bool Writer::writeElements(const QVariantList& list)
 
 bool Writer::writeMembers(const QVariantMap& map)
 {
-    const char* separator = "{";
+    const char* before = "{";
     for (auto member = map.constBegin(); member != map.constEnd(); ++member) {
-        m_text += separator;
+        m_text += before;
         writeString(member.key());
         m_text += ':';
         if (!write(member.value())) {
             return false;
         }
-        separator = ",";
+        before = ",";
     }
     m_text += map.isEmpty() ? "{}" : "}";
     return true;
