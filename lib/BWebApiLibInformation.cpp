@@ -34,7 +34,7 @@ QString BWebApiLibInformation::libraryVersion()
 
 QDateTime BWebApiLibInformation::libraryDateTime()
 {
-    // A date that could not be read once, as when memory was short, is read again.
+    // Parsing can fail when memory is short; then the next call parses the date again.
     static const QDateTime dateTime = compilationDateTime();
     return dateTime.isValid() ? dateTime : compilationDateTime();
 }

@@ -19,14 +19,14 @@ QByteArray textOf(const redisReply& reply)
     return QByteArray(reply.str, static_cast<int>(reply.len));
 }
 
-// Errors of a primary that answers, but takes no changes now.
+// Whether the primary answers, but refuses changes for now.
 bool isRefusal(const BwaRedisReply& reply)
 {
     const QByteArray code = textOf(*reply).split(' ').first();
     return code == "OOM" || code == "MISCONF" || code == "NOREPLICAS";
 }
 
-// An equal part of what is left, for each of so many attempts.
+// The time that is left, divided by the number of attempts that are left.
 QDeadlineTimer shareOf(const QDeadlineTimer& deadline, int attempts)
 {
     return QDeadlineTimer(qMax<qint64>(1, deadline.remainingTime() / attempts), Qt::PreciseTimer);
@@ -70,7 +70,8 @@ BwaRedisReply BwaRedisClient::change(const BwaRedisScript& script, const QList<Q
                QDeadlineTimer(m_settings.timeout + wait, Qt::PreciseTimer));
 }
 
-// Tries once more if there is time left: the server may have been restarted, or be a replica now.
+// Tries a second time if there is time left, because the server may have been restarted or have
+// become a replica.
 BwaRedisReply BwaRedisClient::run(const Call& call, const QDeadlineTimer& deadline)
 {
     m_hasAnswered = false;
@@ -93,7 +94,7 @@ BwaRedisReply BwaRedisClient::run(const Call& call, const QDeadlineTimer& deadli
     return nullptr;
 }
 
-// Gives up the connection if it is of no use any more.
+// Runs the call once; drops the connection when it fails.
 BwaRedisReply BwaRedisClient::attempt(const Call& call, const QDeadlineTimer& deadline)
 {
     BwaRedisReplies replies = ask(call, deadline);
@@ -108,7 +109,8 @@ BwaRedisReply BwaRedisClient::attempt(const Call& call, const QDeadlineTimer& de
     return call.isChange ? accepted(std::move(replies)) : std::move(replies.front());
 }
 
-// The reply to the script, and to WAIT if replicas are wanted; none when the connection is lost.
+// The reply to the script and, if replicas must confirm changes, to WAIT; empty when the connection
+// is lost.
 BwaRedisReplies BwaRedisClient::ask(const Call& call, const QDeadlineTimer& deadline)
 {
     const auto both = [this, &call, &deadline](const BwaRedisCommand& run) {
@@ -127,7 +129,7 @@ BwaRedisReplies BwaRedisClient::ask(const Call& call, const QDeadlineTimer& dead
     return replies;
 }
 
-// The reply to a change, null if Redis refuses it or too few replicas have it.
+// The reply to a change; null when Redis refuses it or too few replicas have confirmed it.
 BwaRedisReply BwaRedisClient::accepted(BwaRedisReplies replies)
 {
     BwaRedisReply reply = std::move(replies.front());
@@ -147,8 +149,8 @@ BwaRedisReply BwaRedisClient::accepted(BwaRedisReplies replies)
     return reply;
 }
 
-// Each address gets an equal part of the time that is left, so that a silent one leaves some to the
-// others.
+// Each address gets an equal part of the time that is left, so that a server that does not answer
+// leaves time for the others.
 bool BwaRedisClient::findPrimary(const QDeadlineTimer& deadline)
 {
     m_failure = QString::fromLatin1("no address is set");
@@ -168,7 +170,7 @@ bool BwaRedisClient::findPrimary(const QDeadlineTimer& deadline)
     return false;
 }
 
-// Empty when the Sentinel does not know it, or does not answer.
+// The address of the primary; empty when the Sentinel does not know it or does not answer.
 QString BwaRedisClient::primaryBySentinel(const QString& sentinel, const QDeadlineTimer& deadline)
 {
     BwaRedisConnection connection(sentinel, &m_tls, deadline);
@@ -194,7 +196,7 @@ QString BwaRedisClient::primaryBySentinel(const QString& sentinel, const QDeadli
     return QString::fromLatin1(host.contains(':') ? '[' + host + "]:" + port : host + ':' + port);
 }
 
-// PING is refused while a server loads its data, which ROLE is not.
+// Sends PING as well as ROLE, because only PING is refused while a server loads its data.
 bool BwaRedisClient::connectToPrimary(const QString& address, const QDeadlineTimer& deadline)
 {
     auto connection = std::make_unique<BwaRedisConnection>(address, &m_tls, deadline);

@@ -13,10 +13,10 @@
 #include <memory>
 
 /**
- * Runs scripts on the primary, wherever it is.
+ * Finds the primary and runs scripts on it.
  *
- * A script may be run twice, when the connection is lost before the reply: it must do the same
- * again then.
+ * When the connection is lost before the reply, a script may run twice: the second run must have no
+ * further effect.
  */
 class BwaRedisClient
 {
@@ -26,13 +26,16 @@ public:
     explicit BwaRedisClient(const BwaRedisSettings& settings);
     ~BwaRedisClient();
 
-    /** Runs a script that changes nothing; null: there is no answer in time. */
+    /** Runs a script that changes nothing; null when there is no answer in time. */
     BwaRedisReply read(const BwaRedisScript& script, const QList<QByteArray>& keys,
                        const QList<QByteArray>& arguments);
-    /** Runs a script that changes something; null also when Redis or a replica refuses it. */
+    /**
+     * Runs a script that changes something. Null when there is no answer in time, when Redis
+     * refuses the change, and when too few replicas confirm it.
+     */
     BwaRedisReply change(const BwaRedisScript& script, const QList<QByteArray>& keys,
                          const QList<QByteArray>& arguments);
-    /** Whether the last call has an answer. */
+    /** Whether the last call has returned an answer. */
     bool hasAnswered() const { return m_hasAnswered; }
 
 private:
@@ -54,7 +57,7 @@ private:
     BwaRedisSettings m_settings;
     BwaRedisTlsContext m_tls;
     std::unique_ptr<BwaRedisConnection> m_connection; // null: none
-    QDeadlineTimer m_pause;                           // calls fail at once until it is over
+    QDeadlineTimer m_pause;                           // until it is over, calls fail at once
     QString m_failure;                                // why there is no connection
     bool m_hasAnswered = false;
     bool m_isReachable = true;  // what was told last

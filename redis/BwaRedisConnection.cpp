@@ -168,7 +168,7 @@ void BwaRedisConnection::send(const QByteArray& bytes)
     }
 }
 
-// Writes what there is to write, and reads what has come.
+// Writes as much of the output as the socket takes, and reads what has arrived.
 bool BwaRedisConnection::transfer(const QDeadlineTimer& deadline)
 {
     if (!writeSome()) {

@@ -26,28 +26,28 @@ using BwaRedisReply = std::unique_ptr<redisReply, BwaRedisReplyDeleter>;
 using BwaRedisReplies = std::vector<BwaRedisReply>;
 
 /**
- * A connection to one server, which never waits longer than the caller says.
+ * A connection to one server. No function waits longer than the caller's deadline.
  *
- * Of hiredis it takes how commands are written and replies are read. Its own connections bound each
- * single read, not all of them, and those of its older versions know no TLS.
+ * It uses hiredis only to format commands and to parse replies. The connections of hiredis limit
+ * the time of each read but not of all reads together, and older versions have no TLS.
  */
 class BwaRedisConnection
 {
     Q_DISABLE_COPY(BwaRedisConnection)
 
 public:
-    /** Connects; @a tls must outlive this. If that fails, failure() says why. */
+    /** Connects to @a address. When that fails, failure() says why. @a tls must outlive this. */
     BwaRedisConnection(const QString& address, BwaRedisTlsContext* tls,
                        const QDeadlineTimer& deadline);
     ~BwaRedisConnection();
 
     /**
-     * Sends the commands and returns their replies, in their order. Empty when that fails; then
-     * failure() says why, and the connection must not be used again.
+     * Sends the commands and returns their replies in the same order. When that fails, the result
+     * is empty, failure() says why, and the connection must not be used again.
      */
     BwaRedisReplies exchange(const QList<BwaRedisCommand>& commands,
                              const QDeadlineTimer& deadline);
-    /** What has gone wrong, behind the address. */
+    /** The address, and what has gone wrong. */
     QString failure() const { return m_address + QLatin1String(": ") + m_failure; }
 
 private:
@@ -71,9 +71,9 @@ private:
     QString m_address;
     QString m_failure;
     int m_socket = -1;
-    std::unique_ptr<BwaRedisTls> m_tls; // null: plain
+    std::unique_ptr<BwaRedisTls> m_tls; // null: not encrypted
     std::unique_ptr<redisReader, ReaderDeleter> m_reader;
-    QByteArray m_output; // what the socket has not taken yet
+    QByteArray m_output; // bytes that are still to be written
 };
 
 #endif

@@ -10,21 +10,21 @@
 #include "rest/BwaRestSessionStore.h"
 
 /**
- * Keeps the sessions of BwaRestSessions in Redis, with roles and data, so that each process of an
- * application knows them.
+ * Keeps the sessions of BwaRestSessions in Redis, with roles and data, so that every process of an
+ * application finds them.
  *
  *     BwaRedisSessions shared(settings);
  *     auto store = std::make_unique<BwaRedisRestStore>(&shared);
  *     BwaRestSessions sessions(QStringLiteral("notes"), std::move(store));
  *     BwaRestGroup& notes = api.group("/notes").needs(sessions);
  *
- * A call to such a group asks Redis once, if it presents a session. While Redis does not answer, it
- * is refused with 503 and Retry-After, and so are logins. The data must be what BwaJson writes, and
- * comes back as BwaJson::parse() returns it. An expired token cannot be renewed, so leave the
- * removalDelay of the settings at 0.
+ * A call to such a group asks Redis once, if the client sends an id and a token. While Redis does
+ * not answer, such calls and logins are refused with 503 and Retry-After. BwaJson must be able to
+ * write the data; they come back as BwaJson::parse() returns them. An expired token cannot be
+ * renewed, so leave the removalDelay of the settings at 0.
  *
- * All of it is in this header, so that neither library needs the other: link BWebApi::redis and
- * BWebApi::rest.
+ * The whole class is in this header, so that neither library depends on the other: link
+ * BWebApi::redis and BWebApi::rest.
  */
 class BwaRedisRestStore : public BwaRestSessionStore
 {
@@ -35,7 +35,7 @@ public:
     {
     }
 
-    /** @throws std::invalid_argument the data cannot be written as JSON */
+    /** @throws std::invalid_argument when BwaJson cannot write the data */
     BwaRestGrant create(const BwaRestSession& session) override
     {
         const BwaRedisSession* const created =

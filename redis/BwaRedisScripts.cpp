@@ -7,7 +7,8 @@
 
 namespace {
 
-// The fields of the session if it counts, else nil; and the time in milliseconds.
+// Functions for the scripts below: now() is the time in milliseconds; session() returns fields of
+// the session, or nil when there is none or it has been ended through a generation.
 const char preamble[] = R"lua(
 local function now()
     local time = redis.call('TIME')
@@ -42,7 +43,8 @@ local previous = s[6] and time < tonumber(s[6]) and s[5] or ''
 return {s[1], s[4], previous, time < tonumber(s[7]) and '1' or '0', s[8], s[9]}
 )lua";
 
-// The second HSET changes nothing, but has WAIT wait for what the first one did.
+// The second HSET changes nothing. WAIT waits for the last write of this connection, so it makes
+// WAIT wait until replicas have the change that an earlier run made.
 const char renewText[] = R"lua(
 local s = session('token', 'previous', 'grace', 'number')
 if not s then return false end

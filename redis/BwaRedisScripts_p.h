@@ -15,26 +15,27 @@ struct BwaRedisScript {
 };
 
 /**
- * What is done with sessions. The first key is the hash of a session, the second the word for all
- * sessions.
+ * The scripts for sessions. The first key is that of a session's hash, the second that of the
+ * generation of all sessions; BwaRedisSessions.cpp explains generations.
  */
 namespace BwaRedisScripts {
 
 /**
- * Keys: also the word of the user. Arguments: new words for all and for the user, user, hash of the
- * token, lifetime, removal delay, roles, data. The words are used if there are none yet.
+ * Third key: the generation of the user. Arguments: a generation for all sessions and one for the
+ * user, each used only if there is none yet; user, hash of the token, lifetime, removal delay,
+ * roles, data.
  */
 extern const BwaRedisScript create;
 /**
- * Argument: the key of users' words without the name. The reply is nil, or user, hash of the token,
- * hash of the one before (empty when its grace time is over), "1" if the token is valid, roles,
- * data.
+ * Argument: the key of users' generations without the name. The reply is nil, or user, hash of the
+ * token, hash of the previous token (empty when its grace time is over), "1" if the token is valid,
+ * roles, data.
  */
 extern const BwaRedisScript find;
 /**
- * Arguments: as for find; hashes of the presented and of the next token; the number between them;
- * lifetime, removal delay, grace time. The reply is nil, or the number that leads from the
- * presented token to the current one.
+ * Arguments: that of find; hashes of the client's token and of the next token; the random number
+ * from which the next token is computed; lifetime, removal delay, grace time. The reply is nil, or
+ * the random number from which the current token is computed.
  */
 extern const BwaRedisScript renew;
 /** Deletes its only key. */

@@ -12,15 +12,15 @@
 #include <QVariant>
 
 /**
- * A session as Redis had it when it was looked up, with what the application stored in it. What is
- * changed here changes nothing in Redis, but for remove().
+ * A copy of a session in Redis, made when it was looked up, with the roles and data of the
+ * application. Changing the copy changes nothing in Redis, except remove(), which ends the session.
  *
  *     if (const auto* session = qobject_cast<BwaRedisSession*>(authenticateRequest(request))) {
  *         const bool isAdmin = session->roles().contains(QStringLiteral("admin"));
  *
- * It belongs to the BwaRedisSessions that returned it, and lives until the control returns to the
- * event loop: copy what a later answer needs. For a new token call BwaRedisSessions::renew();
- * generateNewToken() makes one that no process accepts.
+ * The BwaRedisSessions that returned it owns it, and deletes it when control returns to the event
+ * loop: copy what a later answer needs. For a new token call BwaRedisSessions::renew(); no process
+ * accepts the token of generateNewToken().
  */
 class BWA_REDIS_EXPORT BwaRedisSession : public BwaWebSession
 {

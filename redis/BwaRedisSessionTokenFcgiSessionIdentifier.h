@@ -13,9 +13,9 @@ class BwaRedisSessions;
  * Finds a session in Redis by the Authorization header, as BwaSessionTokenFcgiSessionIdentifier
  * does in a manager. Its sessions are BwaRedisSession objects.
  *
- * When Redis does not answer, session() is null and the refusal is 503 with Retry-After instead, so
- * that clients do not take themselves for logged out. A request that presents nothing is refused as
- * ever. There is no manager: sessionManager() is null.
+ * When Redis does not answer, session() returns null and the request is refused with 503 and
+ * Retry-After, so that clients do not believe they are logged out. A request without credentials is
+ * refused as usual. There is no manager: sessionManager() returns null.
  */
 class BWA_REDIS_EXPORT BwaRedisSessionTokenFcgiSessionIdentifier
     : public BwaSessionTokenFcgiSessionIdentifier
@@ -25,14 +25,14 @@ public:
     BwaRedisSessionTokenFcgiSessionIdentifier(BwaRedisSessions* sessions, const QString& realm);
     ~BwaRedisSessionTokenFcgiSessionIdentifier() override;
 
-    /** The session lives until the control returns to the event loop. */
+    /** The session exists until control returns to the event loop. */
     BwaWebSession* session(BwaFcgiRequest* request) override;
-    /** To be called, if at all, before the next session(). */
+    /** Refuses the request of the last session() call, so call it before the next one. */
     void sendUnauthorizedReply(BwaFcgiRequest* request) override;
 
 private:
     BwaRedisSessions* m_sessions; // not owned
-    bool m_isUnanswered = false;  // the last look-up
+    bool m_isUnanswered = false;  // Redis did not answer the last look-up
 };
 
 #endif

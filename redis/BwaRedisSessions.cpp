@@ -1,14 +1,16 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// A session is a hash, named after its id, that Redis removes by itself. Two more keys end many
-// sessions at once: a random word for all, and one for each user. A session keeps the words of the
-// time when it was created, and counts while they are still the same. To end all sessions of a user
-// means to delete the word: the next login makes up another one.
+// A session is a Redis hash, named after its id, which expires by itself. Further keys make it
+// possible to end many sessions at once: they hold random texts, called generations, one for all
+// sessions and one for each user. A session stores both generations of the time when it was
+// created, and is valid while they are the current ones. To end all sessions of a user, the user's
+// generation is deleted; the next login creates another one. In the scripts, a session has them in
+// its fields "all" and "word".
 //
-// A new token is computed from the one before and a random number, which Redis keeps. So who
-// presents the old token within the grace time can be told the new one, though Redis does not have
-// it.
+// A new token is computed from the previous token and a random number, which Redis stores. Redis
+// has only hashes of tokens; but when a client sends the previous token within the grace time, the
+// new token can be computed from it again.
 
 #include "redis/BwaRedisSessions.h"
 
@@ -49,7 +51,7 @@ QUuid nextToken(const QUuid& token, const QByteArray& number)
     return QUuid::fromRfc4122(bytes);
 }
 
-// In the same time wherever they differ.
+// Takes the same time wherever the hashes differ.
 bool areEqual(const QByteArray& first, const QByteArray& second)
 {
     int difference = first.size() == second.size() ? 0 : 1;
@@ -206,7 +208,7 @@ void BwaRedisSessions::sendUnavailable(BwaFcgiRequest* request) const
                    << "The sessions cannot be reached. Try again soon." << std::endl;
 }
 
-// Has the session deleted by the event loop, and its remove() end it in Redis.
+// Has the event loop delete @a session, and its remove() end the session in Redis.
 BwaRedisSession* BwaRedisSessions::adopt(BwaRedisSession* session)
 {
     QObject::connect(session, &BwaWebSession::aboutToRemove, &m_parent,

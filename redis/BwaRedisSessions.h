@@ -33,59 +33,69 @@ class BwaRedisSession;
  *         sessions.sendUnavailable(request);
  *     }
  *
- * Each call asks Redis once and waits for the answer, in the thread of the caller, which is the
- * listener's. When Redis does not answer within the timeout, the call fails; so do the calls of the
- * next moments, at once, and the next one after these tries again. A warning on Qt's channel tells
- * when Redis is away and when it is back. When it is another server that has become the primary,
- * that one is found among the addresses or through the Sentinels.
+ * Call it in the listener's thread. Each call asks Redis once and waits for the answer. When Redis
+ * does not answer within the timeout, the call fails, and so do, at once, further calls until the
+ * pause of the settings is over. A warning on Qt's channel tells when Redis stops answering and
+ * when it answers again. When another server has become the primary, it is found among the
+ * addresses or through the Sentinels.
  *
- * Redis has hashes of the tokens (SHA-256), not the tokens, and its clock alone counts. Its setting
- * maxmemory-policy must be noeviction: otherwise it ends sessions when its memory is full.
+ * Redis stores only hashes of the tokens (SHA-256). All times are measured by the clock of Redis.
+ * Its setting maxmemory-policy must be noeviction: otherwise it ends sessions when its memory is
+ * full.
  *
- * Must outlive the identifiers that use it. Its sessions live until the control returns to the
- * event loop, or until it is destroyed.
+ * It must outlive the identifiers that use it. The sessions that it returns exist until control
+ * returns to the event loop, or until it is destroyed.
  */
 class BWA_REDIS_EXPORT BwaRedisSessions
 {
     Q_DISABLE_COPY(BwaRedisSessions)
 
 public:
-    /** Connects at the first call. */
+    /** Connects to Redis at the first call, not here. */
     explicit BwaRedisSessions(const BwaRedisSettings& settings);
     ~BwaRedisSessions();
 
     /**
      * A new session, with an id and a token of 122 random bits each. Null when Redis has not stored
-     * it. Roles and data are the application's own.
-     * @throws std::invalid_argument BwaJson cannot write the data
+     * it. The library does not interpret roles and data.
+     * @throws std::invalid_argument when BwaJson cannot write the data
      */
     BwaRedisSession* create(const QString& username, const QStringList& roles = QStringList(),
                             const QVariantMap& data = QVariantMap());
     /**
-     * The session of that id, if @a token is its token or, for the grace time, the one before.
-     * Otherwise null, and also when Redis has not answered: see hasAnswered().
+     * The session of that id, if @a token is its token or, within the grace time, its previous one.
+     * Otherwise null; also null when Redis has not answered: see hasAnswered().
      */
     BwaRedisSession* find(const QUuid& sessionId, const QUuid& token);
     /**
-     * The same session with a new token; the one of @a session is still taken for the grace time.
-     * When another request has renewed it within that time, the result has the token of that one.
-     * Null when the session has ended, and when Redis has not answered.
+     * The same session with a new token; the token of @a session stays valid for the grace time.
+     * When another request has renewed the session within that time, the result has the token of
+     * that renewal. Null when the session has ended and when Redis has not answered.
      */
     BwaRedisSession* renew(const BwaRedisSession* session);
-    /** Ends a session for every process; an unknown id is ignored. False without an answer. */
+    /**
+     * Ends a session for every process; an unknown id is ignored. Returns false when Redis does not
+     * answer.
+     */
     bool removeSession(const QUuid& sessionId);
-    /** Ends all sessions of a user, whose name must not be empty. False without an answer. */
+    /**
+     * Ends all sessions of a user, whose name must not be empty. Returns false when Redis does not
+     * answer.
+     */
     bool removeSessions(const QString& username);
-    /** Ends all sessions that share the key prefix. False without an answer. */
+    /** Ends all sessions that share the key prefix. Returns false when Redis does not answer. */
     bool removeSessions();
 
-    /** Whether Redis has answered the last call. If not, a null session says nothing. */
+    /**
+     * Whether Redis has answered the last call. If it has not, a null result does not mean that
+     * there is no session.
+     */
     bool hasAnswered() const;
-    /** When to ask again after Redis has not answered, in seconds. */
+    /** After how many seconds to ask again when Redis has not answered. */
     int retryAfter() const;
-    /** For how long a new token is taken, in milliseconds. */
+    /** How long a new token is valid, in milliseconds. */
     int tokenLifetime() const { return m_settings.tokenLifetime; }
-    /** Replies with 503 and retryAfter(). The request stays the caller's. */
+    /** Replies with 503 and retryAfter(). The caller still owns the request. */
     void sendUnavailable(BwaFcgiRequest* request) const;
 
 private:

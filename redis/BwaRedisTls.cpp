@@ -35,7 +35,7 @@ BwaRedisTls::BwaRedisTls(SSL_CTX* context, const QByteArray& name)
 
 bool BwaRedisTls::shakeHands(QByteArray* wire)
 {
-    ERR_clear_error(); // what others have left there would count as an error of this connection
+    ERR_clear_error(); // or an earlier error in this thread would count for this connection
     const bool isFine = !isFatal(SSL_do_handshake(m_ssl.get()));
     flush(wire);
     return isFine;

@@ -12,20 +12,23 @@
 
 #include <openssl/ssl.h>
 
-/** The TLS of one connection, between two buffers: it never touches the socket. */
+/** The TLS of one connection. It works on buffers only; the caller reads and writes the socket. */
 class BwaRedisTls
 {
 public:
-    /** @a name must be in the certificate of the server; if it is an IP address, as one. */
+    /** The server's certificate must contain @a name, as an IP address if it is one. */
     BwaRedisTls(SSL_CTX* context, const QByteArray& name);
 
-    /** Begins, or continues, with what is to be sent in @a wire. */
+    /**
+     * Begins or continues the handshake. Appends bytes for the server to @a wire; false when it has
+     * failed.
+     */
     bool shakeHands(QByteArray* wire);
-    /** Encrypts @a plain to the end of @a wire, at once or when the handshake is over. */
+    /** Encrypts @a plain and appends it to @a wire: at once, or when the handshake is over. */
     void send(const QByteArray& plain, QByteArray* wire);
     /**
-     * Decrypts @a received to the end of @a plain; what is to be sent goes to the end of @a wire.
-     * False if the connection is of no use: see failure().
+     * Decrypts @a received and appends it to @a plain. Appends bytes for the server to @a wire.
+     * False when the connection cannot be used any more: see failure().
      */
     bool receive(const QByteArray& received, QByteArray* plain, QByteArray* wire);
     /** What has gone wrong. */
@@ -42,17 +45,20 @@ private:
     std::unique_ptr<SSL, Deleter> m_ssl;
     BIO* m_input;         // owned by m_ssl
     BIO* m_output;        // owned by m_ssl
-    QByteArray m_waiting; // for the end of the handshake
+    QByteArray m_waiting; // plain bytes to be sent after the handshake
 };
 
-/** What the connections share: whom to trust, and the own certificate. */
+/** What the connections share: the certificates to trust, and this client's certificate. */
 class BwaRedisTlsContext
 {
 public:
     explicit BwaRedisTlsContext(const BwaRedisSettings& settings);
 
     bool isEncrypted() const { return m_isEncrypted; }
-    /** Begins with the server at the IP address @a host, empty at a path. Null on failure(). */
+    /**
+     * Begins TLS with the server at the IP address @a host, which is empty for a Unix socket. Null
+     * when it cannot; failure() says why.
+     */
     std::unique_ptr<BwaRedisTls> begin(const QByteArray& host, QByteArray* wire) const;
     /** Why the certificates cannot be used. */
     QString failure() const { return m_failure; }

@@ -26,7 +26,7 @@ namespace {
                            "\" has no " + what + " \"" + name + '"');
 }
 
-// A loop, because patterns have few parameters.
+// A linear search, because a pattern has few parameters.
 std::size_t indexOf(const BwaRestExchange& exchange, const char* name)
 {
     const std::vector<BwaRestSegment>& parameters = exchange.entry->parameters;

@@ -37,32 +37,43 @@ struct BwaRestSession;
  *         return device.json();
  *     });
  *
- * What it throws is for the service, which makes a reply of it. Texts are decoded from UTF-8.
+ * The functions throw BwaRestProblem for what the client did wrong; let it leave the handler, and
+ * the service replies with it. Texts are decoded from UTF-8.
  */
 class BWA_REST_EXPORT BwaRestCall
 {
     Q_DISABLE_COPY(BwaRestCall)
 
 public:
-    /** For the service. @a exchange must outlive this. */
+    /** Internal: for the service. @a exchange must outlive this. */
     explicit BwaRestCall(BwaRestExchange& exchange);
 
-    /** As sent: "HEAD" for a HEAD that GET's handler answers. */
+    /** The method as sent: "HEAD" for a HEAD request, although the handler of GET answers it. */
     QByteArray method() const;
-    /** Without the script name and the path of the service; percent-decoded by the web server. */
+    /**
+     * The path without the script name and the path of the service; percent-decoded by the web
+     * server.
+     */
     QString path() const;
     /**
-     * What the parameter @a name of the pattern holds, whatever its kind, as text.
-     * @throws std::logic_error when the pattern has no such parameter; so do the next two
+     * The value of the pattern's parameter @a name as a text, whatever its kind.
+     * @throws std::logic_error when the pattern has no such parameter; number() and uuid() do the
+     *         same
      */
     QString text(const char* name) const;
-    /** The number of {name:int}. @throws std::logic_error for other kinds, too */
+    /**
+     * The value of a parameter {name:int}. @throws std::logic_error also for a parameter of another
+     * kind
+     */
     qint64 number(const char* name) const;
-    /** The UUID of {name:uuid}. @throws std::logic_error for other kinds, too */
+    /**
+     * The value of a parameter {name:uuid}. @throws std::logic_error also for a parameter of
+     * another kind
+     */
     QUuid uuid(const char* name) const;
     /**
-     * The values of @a name in the query string, in their order; none when it is absent.
-     * @throws BwaRestProblem 400 when any text of the query is no UTF-8
+     * The values of @a name in the query string, in their order; empty when it is absent.
+     * @throws BwaRestProblem 400 when anything in the query is not UTF-8
      */
     QStringList query(const char* name) const;
     /** All names and values of the query string, in their order. @throws as query() */
@@ -84,49 +95,52 @@ public:
     QVariant json() const;
     /**
      * The names and values of a form (application/x-www-form-urlencoded), in their order.
-     * @throws BwaRestProblem as body() does; 415 for another media type; 400 when a text is no
+     * @throws BwaRestProblem as body() does; 415 for another media type; 400 when a text is not
      *         UTF-8
      */
     QList<QPair<QString, QString>> formPairs() const;
 
     /**
-     * What the web server tells of the client and the connection, such as remoteAddr() and https().
-     * Its texts have a character for each byte that came. Valid as long as this.
+     * The CGI variables of the request, such as remoteAddr() and https(). Their texts have one
+     * character for each byte that was sent. Valid as long as this call.
      */
     const BwaCgiEnvironment& environment() const;
 
     /**
-     * For handlers that change what has the entity tag @a tag, as given to BwaRestReply::etag().
-     * A weak tag counts, too, because web servers that compress make tags weak.
-     * @throws BwaRestProblem 428 without an If-Match header, 412 when that does not hold the tag
+     * For handlers that change something: makes sure that the client has seen its current state,
+     * whose entity tag is @a tag, as given to BwaRestReply::etag(). A weak tag matches, too,
+     * because web servers that compress replies make tags weak.
+     * @throws BwaRestProblem 428 when there is no If-Match header, 412 when it does not contain the
+     *         tag
      */
     void requireMatch(const QByteArray& tag) const;
 
-    /** Of the client; null unless the group needs one. Valid as long as this. */
+    /** The client's session; null unless the group needs one. Valid as long as this call. */
     const BwaRestSession* session() const;
 
     /**
-     * Keeps the call open when its handler returns the handle, for @a deadline milliseconds from
-     * then on. Further calls give the same handle.
+     * A handle to answer this call later. When the handler returns it, the call stays open for
+     * @a deadline milliseconds from then on. Further calls of this function give the same handle.
      */
     BwaRestLater later(int deadline = 30000) const;
     /**
-     * Has @a work done in a thread of the service's pool, which then replies. It never sees the
-     * call: what it needs of it is captured. It is done even when nobody waits any more; @a
-     * deadline is that of later().
+     * Runs @a work in a thread of the service's pool; what it returns is the reply. It must not use
+     * this call: capture what it needs. It runs even when the client has gone meanwhile.
+     * @a deadline is that of later().
      *
      *     return call.onPool([bus = call.number("bus")](const BwaRestCancel& cancel) {
      *         return BwaRestReply(scan(bus, cancel)); // blocks for seconds
      *     });
      *
-     * @throws BwaRestProblem 503 with Retry-After when too much waits: see
-     * BwaRestService::setPool()
+     * @throws BwaRestProblem 503 with Retry-After when too many calls wait: see
+     *         BwaRestService::setPool()
      */
     BwaRestReply onPool(const std::function<BwaRestReply(const BwaRestCancel&)>& work,
                         int deadline = 30000) const;
     /**
-     * As onPool(), but what @a work returns is given to @a finish, which replies in the listener's
-     * thread. Unless work throws or the service goes, finish is called even when nobody waits.
+     * As onPool(), but the result of @a work is passed to @a finish, which makes the reply in the
+     * listener's thread. It is called even when the client has gone, but not when work has thrown
+     * or the service has been destroyed.
      */
     template <class Work, class Finish>
     BwaRestReply onPoolThen(Work work, Finish finish, int deadline = 30000) const
@@ -140,10 +154,10 @@ public:
     }
 
     /**
-     * Takes the body piece by piece as @a sink says, and then answers; before and meanwhile others
-     * are served. @a deadline is that of later(), for the whole upload.
+     * Reads the body piece by piece as @a sink says, and then answers. Other requests are served
+     * meanwhile. @a deadline is that of later(), for the whole upload.
      * @throws BwaRestProblem 411 when its length is not announced; 413 when it is beyond the sink's
-     *         limit; 400 when its length is no number, or it is a form without a boundary
+     *         limit; 400 when its length is no number or a form has no boundary
      */
     BwaRestReply upload(const BwaRestUpload& sink, int deadline = 600000) const;
 
@@ -154,7 +168,7 @@ private:
 
     using Finisher = std::function<BwaRestReply()>;
 
-    QVariant json(QStringList* repeated) const; // repeated: as BwaJson::parse() has it
+    QVariant json(QStringList* repeated) const; // repeated: see BwaJson::parse()
     BwaRestReply start(const std::function<Finisher(const BwaRestCancel&)>& work,
                        int deadline) const;
 

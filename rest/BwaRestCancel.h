@@ -10,19 +10,19 @@
 #include <memory>
 
 /**
- * Tells work on the pool that nobody waits for its reply any more. Nothing is killed: work that
- * takes long asks it from time to time. Any thread may use it, and copies of it.
+ * Tells work on the pool that nobody waits for its reply any more. No thread is stopped: work that
+ * takes long calls isRequested() from time to time. Any thread may use this and its copies.
  */
 class BWA_REST_EXPORT BwaRestCancel
 {
 public:
-    /** For the service, which sets @a flag; not null. */
+    /** Internal: for the service, which sets @a flag; not null. */
     explicit BwaRestCancel(const std::shared_ptr<const std::atomic<bool>>& flag)
         : m_flag(flag)
     {
     }
 
-    /** The client has gone, the deadline is over or the service ends its calls. */
+    /** Whether the client has gone, the deadline is over, or the service ends its calls. */
     bool isRequested() const { return *m_flag; }
 
 private:

@@ -15,7 +15,7 @@ namespace {
 
 using Segments = std::vector<BwaRestSegment>;
 
-// JSON objects are easier to read with names that are no QString.
+// Makes a JSON object of names that are plain literals, which are easier to read than QStrings.
 QVariantMap object(std::initializer_list<std::pair<const char*, QVariant>> members)
 {
     QVariantMap object;
@@ -49,7 +49,8 @@ QVariantMap parameter(const QString& name, const char* place, bool isRequired,
         {{"name", name}, {"in", text(place)}, {"required", isRequired}, {"schema", schema}});
 }
 
-// Without the names of parameters: paths that differ in these alone are one to OpenAPI.
+// A path without the names of its parameters. To OpenAPI, paths that differ only in these names are
+// the same path.
 QString shapeOf(const Segments& segments)
 {
     QString shape;
@@ -138,7 +139,7 @@ QVariantMap operationOf(const BwaRestRoute& route, const Segments& segments)
     return operation;
 }
 
-// RFC 9457, and the member with which BwaRestFields refuses.
+// A problem (RFC 9457), with the member "errors" that BwaRestErrors adds.
 QVariantMap problemSchema()
 {
     const QVariantMap string = object({{"type", text("string")}});

@@ -14,7 +14,7 @@ class BwaRestRoute;
 /** The OpenAPI document of routes. */
 namespace BwaRestDescription {
 
-/** As BwaRestService::describe() has it. */
+/** The document that BwaRestService::describe() returns. */
 QVariantMap of(const std::vector<const BwaRestRoute*>& routes, const QString& title,
                const QString& version);
 

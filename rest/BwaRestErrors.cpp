@@ -7,7 +7,7 @@
 
 namespace {
 
-const int mostErrors = 100; // so that no request makes a reply long
+const int mostErrors = 100; // no request may cause a reply that is too long
 
 QString step(QString name)
 {
@@ -41,7 +41,7 @@ void BwaRestErrors::add(const BwaRestErrors& errors)
     addPrefixed(QString(), errors);
 }
 
-// Nearly always there are none, and nothing is to be made for them.
+// Nearly always there are no errors; then this allocates nothing.
 void BwaRestErrors::addBelow(const QString& name, const BwaRestErrors& errors)
 {
     if (!errors.isEmpty()) {

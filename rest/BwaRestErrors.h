@@ -12,26 +12,35 @@
 #include <QString>
 #include <QStringList>
 
-/** Why a value is refused: of each wrong part where it is, and a reason; at most 100 of them. */
+/** Why a value is refused: for each wrong part its path and a reason. The first 100 are kept. */
 class BWA_REST_EXPORT BwaRestErrors
 {
 public:
-    /** None. */
+    /** No errors. */
     BwaRestErrors() = default;
-    /** The value as a whole is wrong. Not explicit: what reads a value returns the reason. */
+    /**
+     * The value as a whole is wrong. Not explicit, so that a function that reads a value can return
+     * the reason.
+     */
     BwaRestErrors(const QString& reason);
     BwaRestErrors(const char* reason);
 
     bool isEmpty() const { return m_errors.isEmpty(); }
-    /** Something in it is wrong; @a path has the names and numbers of elements that lead to it. */
+    /**
+     * Adds a part that is wrong. @a path leads to it: names of members, and indexes of list
+     * elements.
+     */
     void add(const QStringList& path, const char* reason);
-    /** What else is wrong with it. */
+    /** Adds other errors of the same value. */
     void add(const BwaRestErrors& errors);
-    /** What is wrong with its part @a name. */
+    /** Adds the errors of its member @a name. */
     void addBelow(const QString& name, const BwaRestErrors& errors);
-    /** What is wrong with the element @a index of a list. */
+    /** Adds the errors of the element @a index of a list. */
     void addBelow(BwaSize index, const BwaRestErrors& errors);
-    /** 422 with a member "errors": a list of "pointer", as in "#/a/0" (RFC 6901), and "detail". */
+    /**
+     * A 422 with the member "errors": a list of objects with "pointer", as in "#/a/0" (RFC 6901),
+     * and "detail".
+     */
     BwaRestProblem problem() const;
 
 private:

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// The kept events are a window over all events, which are numbered. Of a client only a number is
-// kept, that of the event which it gets next, and the event that is being written to it. So clients
-// that take nothing cost the same memory however much is sent: the window moves past them.
+// Events are numbered, and the last ones are kept: they are a window that moves over all events.
+// For each client only the number of its next event is kept, and the event that is being written to
+// it. So a client that reads nothing costs the same memory however much is sent: the window moves
+// past it.
 
 #include "rest/BwaRestEvents.h"
 
@@ -28,7 +29,7 @@
 
 namespace {
 
-const int mostPieceSize = 8192; // bytes for which there is room whenever the request can write
+const int mostPieceSize = 8192; // bytes that fit whenever canWrite() is true
 const int noDeadline = -1;
 const QByteArray comment = QByteArrayLiteral(":\n\n");
 
@@ -70,8 +71,8 @@ private:
     struct Client {
         std::shared_ptr<BwaRestLaterState> state;
         BwaRestExchange* exchange = nullptr; // not owned; lives as long as the state is open
-        quint64 next = 0;                    // number of the event behind the one in text
-        QByteArray text;                     // what is being written
+        quint64 next = 0;                    // number of the event after the one in text
+        QByteArray text;                     // the event that is being written
         BwaSize written = 0;                 // bytes of text
         bool isBlocked = false;              // until the web server takes more
     };
@@ -91,8 +92,8 @@ private:
     int m_timer = 0;                     // 0: not started
     std::map<quint64, Client> m_clients; // by the id of the state
     mutable std::mutex m_mutex;          // guards what follows
-    std::deque<QByteArray> m_events;     // those that are kept
-    quint64 m_first = 1;                 // number of the first one
+    std::deque<QByteArray> m_events;     // the kept events
+    quint64 m_first = 1;                 // number of the first kept event
     bool m_isWoken = false;              // an event of Qt is on its way to sendToAll()
 };
 
@@ -118,7 +119,8 @@ void BwaRestEvents::Topic::add(const std::shared_ptr<BwaRestLaterState>& state,
     writeTo(client);
 }
 
-// Without an id the number of the event that is sent next.
+// The number of the first event that a client is sent: the one after @a lastEventId; the oldest
+// kept one when that id is not kept; the next new one when the id is empty.
 quint64 BwaRestEvents::Topic::numberBehind(const QByteArray& lastEventId) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -160,7 +162,8 @@ bool BwaRestEvents::Topic::event(QEvent* event)
     return QObject::event(event);
 }
 
-// An application that has a handle of the call may have ended it.
+// Whether a client's stream is to end: the application has answered the call through another
+// handle, or, with EndSlow, the client has missed an event.
 bool BwaRestEvents::Topic::isOver(const Client& client) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -194,7 +197,8 @@ void BwaRestEvents::Topic::beat()
     }
 }
 
-// Takes what comes next when all has been written; nothing when there is nothing.
+// When the client's text has been written, replaces it with the next event, or with an empty text
+// when there is none.
 void BwaRestEvents::Topic::fill(Client& client) const
 {
     if (client.written < client.text.size()) {
@@ -227,7 +231,7 @@ void BwaRestEvents::Topic::writeTo(Client& client)
         client.written += piece.size();
     }
     client.isBlocked = true;
-    // The exchange outlives the topic until the event loop has ended the stream.
+    // When the topic is destroyed, the exchange exists until the event loop has ended the stream.
     const QPointer<Topic> topic(this);
     client.exchange->whenReady(QSocketNotifier::Write, [topic, id = client.state->id()] {
         if (topic) {

@@ -22,44 +22,46 @@ class BwaRestCall;
  *     sensor.onValue([&](double value) { temperatures.send(QVariantMap{{"celsius", value}}); });
  *
  * An event is written as text once, for all clients. Its data is one line of JSON, its id a text
- * that no other event has. The last events are kept, once for all clients: a client that takes
- * nothing for a while finds them afterwards, and so does one that comes back with Last-Event-ID.
+ * that no other event has. The last events are kept, once for all clients: a client that reads
+ * nothing for a while gets them afterwards, and so does one that comes back with Last-Event-ID.
  *
- * To be made, joined and destroyed in the listener's thread. The streams end with the topic, and
- * when their service is stopping.
+ * Construct, join and destroy it in the listener's thread. The streams end when the topic is
+ * destroyed and when their service stops.
  */
 class BWA_REST_EXPORT BwaRestEvents
 {
     Q_DISABLE_COPY(BwaRestEvents)
 
 public:
-    /** What becomes of a client that has not taken an event as soon as the next one is sent. */
+    /** What a slow client gets: one that has not taken an event when the next one is sent. */
     enum Slow {
-        LatestWins, /**< Gets the last event alone: for states, such as a temperature. */
-        DropOldest, /**< Misses those that are not kept any more: for news. */
+        LatestWins, /**< Only the last event: for states, such as a temperature. */
+        DropOldest, /**< All events that are still kept; it misses older ones: for news. */
         EndSlow     /**< Its stream ends when it would miss one; browsers come back by themselves,
                          and get what is kept. */
     };
 
     /**
-     * @a mostWaiting events are kept, 1 at least. After @a heartbeat milliseconds, and again and
-     * again, an empty comment tells web servers and clients that the stream lives; 0: never.
+     * Keeps the last @a mostWaiting events, 1 at least. Every @a heartbeat milliseconds, each
+     * stream on which nothing is being sent gets an empty comment, so that web servers and clients
+     * know that it is open; 0: never.
      */
     explicit BwaRestEvents(Slow slow, int mostWaiting = 16, int heartbeat = 15000);
     /** Ends the streams. */
     ~BwaRestEvents();
 
     /**
-     * Answers @a call with the events that are sent from now on, and before them with those that
-     * are kept and behind its Last-Event-ID. An id that is not kept, such as that of another
-     * process, is before all of them. The reply may still get headers and cookies; HEAD gets these
-     * alone.
+     * Answers @a call with a stream: first the kept events after its Last-Event-ID, if it has one,
+     * then each event that is sent from now on. An id that is not kept, such as one of another
+     * process, counts as older than all kept events. You may add headers and cookies to the result.
+     * A HEAD request gets the headers only.
      */
     BwaRestReply join(const BwaRestCall& call);
     /**
      * Sends an event; an empty @a name is "message" for an EventSource. CR, LF and NUL in a name
-     * are left out. From any thread; in that of the topic at once, otherwise soon.
-     * @throws std::logic_error when @a json is none: see BwaJson::write()
+     * are left out. Call it in any thread. In the topic's thread the event is sent at once,
+     * otherwise soon.
+     * @throws std::logic_error when BwaJson::write() refuses @a json
      */
     void send(const QVariant& json, const QString& name = QString());
 

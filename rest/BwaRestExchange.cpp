@@ -19,7 +19,7 @@ namespace {
 
 const int usualBlockSize = 256;           // bytes of a header block
 const int mostCopied = 1024;              // bytes of a body
-const quint64 mostBodyBytes = 0xffffffff; // that the core counts
+const quint64 mostBodyBytes = 0xffffffff; // the largest number that the core counts
 
 bool isDigits(const QByteArray& text)
 {
@@ -34,7 +34,7 @@ bool isDigits(const QByteArray& text)
     throw BwaRestProblem(BwaRestProblem(413, detail).with(QString::fromLatin1("limit"), limit));
 }
 
-// Most are GET: a literal costs nothing.
+// Most methods are GET, for which a literal saves an allocation.
 QByteArray methodOf(BwaFcgiRequest& request)
 {
     const QString method = request.cgiRequest()->environment().requestMethod();
@@ -52,7 +52,10 @@ void addLine(QByteArray* block, const char* name, const Value& value)
 
 } // namespace
 
-/** Calls a function once. An override, as the signal differs between versions of Qt. */
+/**
+ * Calls a function once, when the connection is ready. It overrides event(), because the notifier's
+ * signal differs between versions of Qt.
+ */
 class BwaRestExchange::Notifier : public QSocketNotifier
 {
 public:
@@ -71,7 +74,7 @@ protected:
             return QSocketNotifier::event(event);
         }
         setEnabled(false);
-        const std::function<void()> function = m_function; // which may set another one
+        const std::function<void()> function = m_function; // a copy: the call may set another one
         function();
         return true;
     }
@@ -87,7 +90,7 @@ BwaRestExchange::BwaRestExchange(BwaFcgiRequest* request, const BwaRestSettings&
 {
 }
 
-// The notifier first: it watches the connection of the request.
+// Destroys the notifier first, because it watches the connection of the request.
 BwaRestExchange::~BwaRestExchange()
 {
     m_notifier.reset();
@@ -123,7 +126,8 @@ quint64 BwaRestExchange::bodyLimit() const
     return std::min(static_cast<quint64>(entry->route->group()->bodyLimit()), mostBodyBytes);
 }
 
-// HTTP/1.1 announces every body; from HTTP/2 on one may come unannounced (RFC 9113, 8.1.1).
+// Whether a body may follow although there is no Content-Length: a chunked one, or one over HTTP/2
+// or 3 (RFC 9113, 8.1.1).
 bool BwaRestExchange::mayHaveBodyWithoutLength() const
 {
     const QByteArray protocol = variable("SERVER_PROTOCOL");
@@ -131,7 +135,8 @@ bool BwaRestExchange::mayHaveBodyWithoutLength() const
         protocol.startsWith("HTTP/3");
 }
 
-// Not the number that the environment has: it is 0 for what is none, too.
+// Reads the variable itself, because BwaCgiEnvironment::contentLength() is 0 also for a text that
+// is no number.
 quint64 BwaRestExchange::checkBodySize(quint64 limit) const
 {
     const QByteArray length = variable("CONTENT_LENGTH");
@@ -241,7 +246,7 @@ QByteArray BwaRestExchange::headerBlock(const BwaRestReply& reply, bool isKnown)
     const int status = isKnown ? 304 : reply.m_status;
     if (status != 200 || !reply.m_headerNames.isEmpty() || reply.m_contentType.isNull()) {
         addLine(&block, "Status", BwaRestStatus::line(status));
-    } // otherwise there is a Content-Type and no Location, which means 200 (RFC 3875, 6.3.3)
+    } // otherwise a Content-Type without a Location means 200 (RFC 3875, 6.3.3)
     block += reply.m_lines;
     if (!reply.m_etag.isNull()) {
         addLine(&block, "ETag", reply.m_etag);
@@ -280,7 +285,7 @@ void BwaRestExchange::addContentLines(QByteArray* block, const BwaRestReply& rep
 {
     addLine(block, "Content-Type", reply.m_contentType);
     if (m_isStream) {
-        return; // nobody knows how long it will be
+        return; // its length is not known
     }
     if (reply.m_filePath.isNull()) {
         char digits[20] = {}; // QByteArray::number() takes longer than finding the route
@@ -297,7 +302,8 @@ QByteArray BwaRestExchange::location(const BwaRestReply& reply) const
     return BwaRestText::encodedPath(QString::fromUtf8(above.toLatin1()) + reply.m_createdPath);
 }
 
-// A path may hold anything: nothing in it is to make a line of its own.
+// A path may contain anything. Replaces control characters, so that a client cannot write a line of
+// its own into the log.
 void BwaRestExchange::log(const QByteArray& message)
 {
     QByteArray line = "Error in REST call " + method + " \"" + m_request->fullPath().toLatin1() +

@@ -23,7 +23,7 @@ class BwaRestLaterState;
 class BwaRestSessions;
 struct BwaRestSession;
 
-/** One request from its arrival at a service to its reply; lives in the listener's thread. */
+/** One request, from its arrival at a service to its reply. It lives in the listener's thread. */
 class BwaRestExchange
 {
     Q_DISABLE_COPY(BwaRestExchange)
@@ -42,47 +42,56 @@ public:
 
     /** Owned by this. */
     BwaFcgiRequest& request() const { return *m_request; }
-    /** Those of the service. */
+    /** The settings of the service. */
     const BwaRestSettings& settings() const { return m_settings; }
     /** A CGI variable; null when it is not set. */
     QByteArray variable(const QByteArray& name) const;
     /** A header of the request; null when it is absent. */
     QByteArray header(const QByteArray& name) const;
-    /** As BwaRestCall::body(). */
+    /** See BwaRestCall::body(). */
     QByteArray body();
-    /** What the group's limit() says, but no more than 4 GiB; in bytes. */
+    /** The group's limit for bodies in bytes, but less than 4 GiB. */
     quint64 bodyLimit() const;
-    /** How many bytes the body is to have. @throws BwaRestProblem 400, 411, 413: beyond @a limit */
+    /**
+     * The announced size of the body in bytes. @throws BwaRestProblem 400, 411; 413 when it is
+     * beyond @a limit
+     */
     quint64 checkBodySize(quint64 limit) const;
-    /** The pairs of the query string. @throws BwaRestProblem 400: it is no UTF-8 */
+    /** The names and values of the query string. @throws BwaRestProblem 400 when it is not UTF-8 */
     const QList<QPair<QString, QString>>& queryPairs();
 
-    /** Calls @a function when nobody waits for the reply any more; it may destroy this. */
+    /** Has @a function called when nobody waits for the reply any more; it may destroy this. */
     void whenGone(const std::function<void()>& function);
     /** Writes the reply, unless it is a stream; to be called once. */
     void write(const BwaRestReply& reply);
-    /** Writes the head of @a reply, which goes on with writePiece() and ends with this. */
+    /**
+     * Writes the header block of @a reply. writePiece() goes on with its body, which ends when this
+     * is destroyed.
+     */
     void beginStream(const BwaRestReply& reply);
     /** Whether the reply is a stream. */
     bool isStream() const { return m_isStream; }
-    /** Sends @a bytes of a stream; waits unless the request could write, and they are few. */
+    /**
+     * Sends @a bytes of a stream. It may wait, unless canWrite() of the request was true and there
+     * are at most 16 KiB.
+     */
     void writePiece(const QByteArray& bytes);
     /**
-     * Calls @a function once when the connection has input, or takes more of the reply; instead of
-     * one that was set before. It must not destroy this.
+     * Has @a function called once, when the connection has input (Read) or takes more of the reply
+     * (Write). It replaces a function that was set before, and must not destroy this.
      */
     void whenReady(QSocketNotifier::Type type, const std::function<void()>& function);
-    /** Writes a line on the log of the web server. */
+    /** Writes a line into the log of the web server. */
     void log(const QByteArray& message);
 
     QByteArray method;
     QString path;                                      // below the service
     const BwaRestRouter::Resource* resource = nullptr; // not owned; null: no such path
     const BwaRestRouter::Entry* entry = nullptr;       // not owned; null: no such method
-    BwaRestRouter::Spans spans;                        // of entry's parameters, within path
+    BwaRestRouter::Spans spans;                        // where in path the parameters of entry are
     std::shared_ptr<const BwaRestSession> session;     // null unless the group needs one
-    const BwaRestSessions* sessions = nullptr;         // whose it is; not owned
-    std::shared_ptr<BwaRestLaterState> later;          // null unless the handler has asked for it
+    const BwaRestSessions* sessions = nullptr;         // that session is from; not owned
+    std::shared_ptr<BwaRestLaterState> later;          // null unless the handler has called later()
 
 private:
     class Notifier;
@@ -99,7 +108,7 @@ private:
     const BwaRestSettings& m_settings;
     QString m_mount;
     bool m_isStream = false;
-    std::unique_ptr<Notifier> m_notifier;                       // null: nobody has waited
+    std::unique_ptr<Notifier> m_notifier;                       // null until whenReady() is called
     std::optional<QByteArray> m_body;                           // once read
     std::optional<QList<QPair<QString, QString>>> m_queryPairs; // once read
 };

@@ -17,8 +17,8 @@
 #include <utility>
 
 /**
- * The fields of a struct, declared once: reads them from a call with all errors at once, changes
- * them as a patch says, and writes them.
+ * The fields of a struct, declared once. This reads them from a call and reports all errors at
+ * once, changes them as a patch says, and writes them as JSON.
  *
  *     struct Device {
  *         qint64 id = 0;
@@ -35,26 +35,29 @@
  *     });
  *
  * A field is a bool, an integer, a double, a QString, QByteArray (base64), QUuid, QDateTime (RFC
- * 3339, read and written in UTC), a QList of these, or a std::optional, which takes null; or a
- * struct with fields of its own. Nothing is converted: "1" is no number, 1.0 is no integer.
+ * 3339, read and written in UTC), a QList of these, or a std::optional, which may be null; or a
+ * struct with fields of its own. Nothing is converted: "1" is no number, and 1.0 is no integer.
  *
- * T is made by its default constructor, and copied. Any thread may use this.
+ * T must have a default constructor and be copyable. Any thread may use this.
  */
 template <class T>
 class BwaRestFields : public BwaRestSchema
 {
 public:
     /**
-     * A field @a name, in UTF-8, for @a member.
-     * @throws std::logic_error when there is one of that name, or @a rule says what M cannot keep
-     *         to, such as a range of a text
+     * Adds a field @a name, in UTF-8, whose value is in @a member.
+     * @throws std::logic_error when there is a field of that name, or @a rule does not fit the type
+     *         M, such as a range for a text
      */
     template <class M>
     BwaRestFields& add(const char* name, M T::*member, const BwaRestRule& rule = BwaRestRule())
     {
         return addAs(name, member, rule, BwaRestType<M>(rule));
     }
-    /** The same for a struct, or a QList or std::optional of it, whose fields @a nested has. */
+    /**
+     * The same for a member that is a struct, or a QList or std::optional of structs; @a nested has
+     * the fields of the struct.
+     */
     template <class M, class N>
     BwaRestFields& add(const char* name, M T::*member, const BwaRestFields<N>& nested,
                        const BwaRestRule& rule = BwaRestRule())
@@ -62,8 +65,8 @@ public:
         return addAs(name, member, rule, BwaRestType<M>(rule, nested));
     }
     /**
-     * Has @a rule looked at a struct whose fields are all well; null says that it is, another text
-     * why it is not, and the client sees it.
+     * Adds a rule for the struct as a whole, called when each of its fields is valid. It returns
+     * null when the struct is valid, otherwise the reason why not, which the client sees.
      */
     BwaRestFields& check(const std::function<QString(const T&)>& rule)
     {
@@ -71,7 +74,7 @@ public:
             [rule](const void* value) { return rule(*static_cast<const T*>(value)); });
         return *this;
     }
-    /** Leaves members that are no field alone; otherwise they are errors. */
+    /** Ignores members that are no fields. Without this call they are errors. */
     BwaRestFields& keepUnknown()
     {
         m_keepsUnknown = true;
@@ -79,13 +82,13 @@ public:
     }
 
     /**
-     * What the body has, or the query when the method is GET or HEAD. In a query, a list is a name
-     * that is repeated.
+     * Reads a T from the body, or from the query when the method is GET or HEAD. In a query, a list
+     * is a repeated name.
      *
-     * @throws BwaRestProblem as BwaRestCall::json() does; 422 with a member "errors" when a field
-     *         is missing or wrong, or a member unknown or repeated: a list of the first 100 with
-     *         "pointer", as in "#/ports/0" (RFC 6901), and "detail", which never holds what was
-     *         sent
+     * @throws BwaRestProblem as BwaRestCall::json() does; 422 when a field is missing or wrong, or
+     *         a member is unknown or repeated. Its member "errors" is a list of the first 100
+     *         errors, each with "pointer", as in "#/ports/0" (RFC 6901), and "detail", which never
+     *         contains what was sent
      */
     T read(const BwaRestCall& call) const
     {
@@ -94,11 +97,11 @@ public:
         return value;
     }
     /**
-     * Changes @a target as the body, a merge patch (RFC 7396), says: what is absent stays; null
-     * makes an optional empty, and gives a field with orDefault() its default. A list is replaced
-     * as a whole.
+     * Changes @a target as the body, a merge patch (RFC 7396), says. Absent fields stay as they
+     * are. Null makes a std::optional empty and gives a field with orDefault() its default. A list
+     * is replaced as a whole.
      *
-     * @throws BwaRestProblem as read() does; @a target is as before then
+     * @throws BwaRestProblem as read() does; @a target is then unchanged
      */
     void patch(const BwaRestCall& call, T& target) const
     {
@@ -106,8 +109,10 @@ public:
         readCall(call, &changed, Merge);
         target = std::move(changed);
     }
-    /** All fields of @a value. A double that is no finite number, and a time before the year 1 or
-     * beyond 9999, become null. */
+    /**
+     * All fields of @a value as a JSON object. A double that is not finite and a time outside the
+     * years 1 to 9999 become null.
+     */
     QVariantMap json(const T& value) const { return writeObject(&value); }
 
 private:

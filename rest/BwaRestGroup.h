@@ -24,7 +24,7 @@ template <class T>
 class BwaRestFields;
 
 /**
- * Routes below a prefix, and what they need.
+ * Routes below a prefix, with the sessions, limits and hooks that they share.
  *
  *     BwaRestGroup& devices = api.group("/devices").limit(64 * 1024);
  *     devices.get("", listDevices);
@@ -32,15 +32,15 @@ class BwaRestFields;
  *         return store.device(call.number("id"));
  *     });
  *
- * A pattern is a path whose places between slashes are texts or parameters: {name} takes one that
- * is not empty, {name:int} a decimal number of 64 bits without leading zeros, {name:uuid}
- * 8-4-4-4-12 hexadecimal digits, {name...} at the end all that follows. A path that fits no pattern
- * is answered with 404. A text wins over a parameter, in whatever order they were added. Paths and
- * patterns are compared byte by byte: "/devices/" is not "/devices". An empty path of the service
- * is "/".
+ * A pattern is a path whose segments are texts or parameters. {name} matches any segment that is
+ * not empty, {name:int} a decimal number of 64 bits without leading zeros, {name:uuid} 8-4-4-4-12
+ * hexadecimal digits, and {name...}, at the end only, all segments that follow. A path that matches
+ * no pattern is answered with 404. A text is tried before a parameter, in whatever order the routes
+ * were added. Paths and patterns are compared byte by byte: "/devices/" is not "/devices". A
+ * request for the service itself, without a path below it, has the path "/".
  *
- * Patterns that are none, equal ones, and two kinds of parameters at one place, throw a
- * std::logic_error that names them. All routes are to be added before the first request.
+ * An invalid pattern, two equal ones, and two kinds of parameters at the same place throw a
+ * std::logic_error that names them. Add all routes before the first request.
  */
 class BWA_REST_EXPORT BwaRestGroup
 {
@@ -49,12 +49,15 @@ class BWA_REST_EXPORT BwaRestGroup
 public:
     /** Answers a call; what it throws becomes the reply. */
     using Handler = BwaRestRoute::Handler;
-    /** Looks at a call before its handler does; a reply is sent in the handler's place. */
+    /**
+     * Is called before the handler. When it returns a reply, that is sent and the handler is not
+     * called.
+     */
     using Hook = std::function<std::optional<BwaRestReply>(const BwaRestCall&)>;
 
     virtual ~BwaRestGroup();
 
-    /** Answers GET, and HEAD without the body. @a pattern is behind the prefix, in UTF-8. */
+    /** Answers GET, and HEAD without the body. @a pattern, in UTF-8, is appended to the prefix. */
     BwaRestRoute& get(const char* pattern, const Handler& handler);
     /** Answers POST. */
     BwaRestRoute& post(const char* pattern, const Handler& handler);
@@ -66,8 +69,8 @@ public:
     BwaRestRoute& remove(const char* pattern, const Handler& handler);
 
     /**
-     * The same for a handler that is given the struct that @a query reads: it is called with the
-     * call and a T. What a route takes is in the description of the service.
+     * The same for a handler that is called with the call and the T that @a query has read. The
+     * fields become part of BwaRestService::describe().
      */
     template <class T, class F>
     BwaRestRoute& get(const char* pattern, const BwaRestFields<T>& query, const F& handler)
@@ -87,8 +90,8 @@ public:
         return put(pattern, reading(body, handler)).takes(body);
     }
     /**
-     * For a handler that is called with the call and a function, which changes the T that it is
-     * given as the body says: see BwaRestFields::patch().
+     * For a handler that is called with the call and a function. The handler calls that function
+     * with a T to change it as the body says: see BwaRestFields::patch().
      *
      *     api.patch("/devices/{id:int}", deviceFields, [&](const BwaRestCall& call, auto change) {
      *         Device& device = store.at(call.number("id"));
@@ -105,37 +108,40 @@ public:
         return patch(pattern, answer).takes(body);
     }
 
-    /** A group below this one, which owns it; @a prefix may hold parameters. */
+    /** A group below this one, which owns it; @a prefix may contain parameters. */
     BwaRestGroup& group(const char* prefix);
-    /** Has @a hook called for each call of the group and those below; the outer ones first. */
+    /**
+     * Has @a hook called for each call of this group and those below; hooks of outer groups come
+     * first.
+     */
     BwaRestGroup& before(const Hook& hook);
     /**
-     * Refuses each call of the group and those below without a session (401), whose session has not
-     * @a role, unless that is empty, and those that would write and come from a page of another
-     * origin, unless BwaRestService::allowOrigins() names it (403). When the store of the sessions
-     * cannot be reached, a call that presents one is refused as the store says (503). A further
-     * need is checked, too. @a sessions is not owned.
+     * Refuses calls of this group and those below: with 401 those without a session; with 403 those
+     * whose session lacks @a role, unless @a role is empty, and writing calls from pages of another
+     * origin, unless BwaRestService::allowOrigins() names that origin; with 503 those that present
+     * a session while the store cannot be reached. When it is called several times, each call adds
+     * a need. @a sessions is not owned.
      */
     BwaRestGroup& needs(const BwaRestSessions& sessions, const QString& role = QString());
     /**
-     * How many bytes a body may have, here and in the groups below; 1 MiB unless set.
+     * Sets how many bytes a body may have, in this group and those below; 1 MiB unless set.
      * @throws std::logic_error when it is negative
      */
     BwaRestGroup& limit(qint64 bodySize);
 
-    /** What limit() has set, here or above, in bytes. */
+    /** What limit() has set for this group or a group above, in bytes. */
     qint64 bodyLimit() const;
 
 protected:
-    /** The outermost group. */
+    /** Constructs the outermost group. */
     BwaRestGroup();
 
-    /** All routes of this and the groups above and below. */
+    /** All routes of the service. */
     const BwaRestRouter& router() const { return *m_router; }
-    /** What the first hook with a reply says, from the outermost group on. */
+    /** Calls the hooks, from the outermost group on, and returns the first reply. */
     std::optional<BwaRestReply> askHooks(const BwaRestCall& call) const;
 
-    /** Checks what this and the groups above need. @throws BwaRestProblem 401, 403, 503 */
+    /** Checks the needs of this group and those above. @throws BwaRestProblem 401, 403, 503 */
     void checkNeeds(BwaRestExchange* exchange) const;
 
 private:
@@ -157,7 +163,7 @@ private:
     BwaRestRoute& add(const char* method, const char* pattern, const Handler& handler);
 
     BwaRestGroup* m_parent;                  // not owned; owns this; null for the outermost
-    QByteArray m_prefix;                     // with those of the groups above
+    QByteArray m_prefix;                     // begins with those of the groups above
     std::shared_ptr<BwaRestRouter> m_router; // one for all groups
     std::vector<std::unique_ptr<BwaRestGroup>> m_groups;
     std::vector<Need> m_needs;

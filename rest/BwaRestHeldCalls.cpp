@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Who answers a call later shares a state with others, in any thread. The exchange, with the
-// request, stays here: whatever happens to a state ends in a letter, which finds the exchange by
-// the number of the state, or finds that it has been answered.
+// The handles of a call, which any thread may use, share a state (BwaRestLaterState). The exchange
+// with the request stays here, in the listener's thread. A reply reaches it as a letter of the
+// mailbox, which names the state by its id. When the call has been answered before, no exchange is
+// found and the letter has no effect.
 
 #include "rest/BwaRestExchange_p.h"
 #include "rest/BwaRestHeldCalls_p.h"
@@ -122,13 +123,13 @@ std::unique_ptr<BwaRestExchange> BwaRestHeldCalls::release(quint64 id)
     return exchange;
 }
 
-// When somebody has replied, or the last handle has gone, the answer is already on its way in a
-// letter.
+// Called when the deadline is over. When somebody has replied, or the last handle has been
+// destroyed, the answer is already in a letter, and this does nothing.
 void BwaRestHeldCalls::expire(quint64 id)
 {
     const auto call = m_calls.find(id);
     if (call == m_calls.end()) {
-        return; // answered by a letter that came with its timer
+        return; // answered by a letter that was read before
     }
     const std::shared_ptr<BwaRestLaterState> state = call->second.state.lock();
     if (state && state->end()) {
@@ -139,7 +140,8 @@ void BwaRestHeldCalls::expire(quint64 id)
 void BwaRestHeldCalls::loseClient(quint64 id)
 {
     const std::shared_ptr<BwaRestLaterState> state = m_calls.at(id).state.lock();
-    const std::unique_ptr<BwaRestExchange> exchange = release(id); // with it goes the request
+    const std::unique_ptr<BwaRestExchange> exchange =
+        release(id); // deletes the request when it goes out of scope
     if (state) {
         state->end();
     }
@@ -159,7 +161,7 @@ void BwaRestHeldCalls::endStreams()
     }
 }
 
-// Also those whose answer is in a letter that the mailbox has not taken any more.
+// Also ends calls whose answer was posted after the mailbox was closed, and therefore dropped.
 void BwaRestHeldCalls::endAll()
 {
     readLetters();
@@ -183,7 +185,8 @@ void BwaRestHeldCalls::readLetters()
     }
 }
 
-// A timer: what is posted would come before what other connections bring.
+// Uses a timer, because Qt delivers posted events before it looks at the sockets of other
+// connections.
 void BwaRestHeldCalls::inNextTurn(const std::function<void()>& function)
 {
     m_turns.insert(startTimer(0), function);
@@ -199,7 +202,8 @@ void BwaRestHeldCalls::ring(int timer)
     }
 }
 
-// The letters first: with their lock this sees what the thread that posted the event has written.
+// Reads the letters first. Their mutex also makes visible to this thread what the posting thread
+// has written.
 bool BwaRestHeldCalls::event(QEvent* event)
 {
     readLetters();

@@ -17,7 +17,9 @@
 
 class BwaRestExchange;
 
-/** The calls of a service that are answered after their handlers; lives in the listener's thread.
+/**
+ * The calls of a service whose handlers have returned and which are answered later. It lives in the
+ * listener's thread.
  */
 class BwaRestHeldCalls : public QObject
 {
@@ -26,17 +28,25 @@ public:
     /** Ends all calls. */
     ~BwaRestHeldCalls() override;
 
-    /** What the handler of @a exchange shares with whoever answers; the same at each call. */
+    /**
+     * The state that the handles of @a exchange share; the same one at each call of this function.
+     */
     std::shared_ptr<BwaRestLaterState> stateFor(BwaRestExchange& exchange, int deadline);
-    /** The handler has returned @a reply: writes it, or keeps the exchange until there is one. */
+    /**
+     * Called when the handler has returned @a reply: writes it, or keeps the exchange when the
+     * reply is to come later.
+     */
     void conclude(std::unique_ptr<BwaRestExchange> exchange, const BwaRestReply& reply);
-    /** Writes the reply of a call; does nothing when that has ended. */
+    /** Writes the reply of a call; does nothing when the call has ended. */
     void answer(quint64 id, const BwaRestReply& reply);
-    /** Ends all calls that are held with 503. */
+    /** Answers all held calls with 503. */
     void endAll();
-    /** Calls @a function when the event loop has seen to everything else. */
+    /**
+     * Calls @a function in the next turn of the event loop, after what other connections have
+     * waiting.
+     */
     void inNextTurn(const std::function<void()>& function);
-    /** Ends the streams, from now on also each that begins. */
+    /** Ends all streams. From then on, each new one ends at once. */
     void endStreams();
 
 protected:
@@ -46,7 +56,7 @@ private:
     struct Call {
         std::weak_ptr<BwaRestLaterState> state;
         std::unique_ptr<BwaRestExchange> exchange; // null as long as its handler runs
-        std::optional<BwaRestReply> early;         // came while the handler ran
+        std::optional<BwaRestReply> early;         // a reply that came while the handler ran
         int timer = 0;                             // 0: no deadline
     };
 

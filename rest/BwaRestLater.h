@@ -13,8 +13,8 @@ class BwaRestLaterState;
 class BwaRestReply;
 
 /**
- * The right to answer a call after its handler has returned. Copies share it; any thread may use
- * them.
+ * A handle to answer a call after its handler has returned. Copies are handles of the same call;
+ * any thread may use them.
  *
  *     api.get("/temperature", [&](const BwaRestCall& call) -> BwaRestReply {
  *         const BwaRestLater later = call.later();
@@ -22,21 +22,24 @@ class BwaRestReply;
  *         return later;
  *     });
  *
- * The first reply is sent. A call whose last copy goes without one is answered with 500, which is
- * logged; one whose deadline passes, or whose service goes, with 503.
+ * The first reply is sent. When the last handle is destroyed without a reply, the call is answered
+ * with 500, and that is logged; when the deadline passes or the service is destroyed, with 503.
  */
 class BWA_REST_EXPORT BwaRestLater
 {
 public:
-    /** Has the listener's thread send @a reply. False, and without effect, when it comes too late.
+    /**
+     * Has the listener's thread send @a reply. Returns false, and has no effect, when the call has
+     * ended.
      */
     bool reply(const BwaRestReply& reply) const;
-    /** Nobody has replied, and somebody still waits. */
+    /** Whether nobody has replied yet and the client still waits. */
     bool isOpen() const;
     /**
-     * Calls @a function once, in the listener's thread, when the call ends without a reply by this:
-     * the client has gone, the deadline is over, the service goes, or the handler has answered in
-     * another way. When that has been so already, it is called soon. It must throw nothing.
+     * Has @a function called once, in the listener's thread, when the call ends without a reply
+     * through a handle: the client has gone, the deadline is over, the service is destroyed, or the
+     * handler has returned another reply. When the call has ended that way already, it is called
+     * soon. It must not throw.
      */
     void onGone(const std::function<void()>& function) const;
 

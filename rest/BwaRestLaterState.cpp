@@ -28,12 +28,13 @@ BwaRestLaterState::BwaRestLaterState(const std::shared_ptr<BwaRestMailbox>& mail
 
 BwaRestLaterState::~BwaRestLaterState()
 {
-    if (isOpen()) { // making the reply costs more than asking
+    if (isOpen()) { // checked first, because making the reply takes longer
         reply(BwaRestOutcome::failure("Nobody is left to answer the call"));
     }
 }
 
-// The functions are destroyed when the lock is free: other handles may go with them, and lock, too.
+// Declares the functions before the lock, so that they are destroyed after unlocking: they may own
+// the last handles of other calls, which lock as well.
 bool BwaRestLaterState::leaveOpen(Progress progress)
 {
     std::vector<std::function<void()>> functions;

@@ -15,35 +15,41 @@
 #include <optional>
 #include <vector>
 
-/** What the copies of a BwaRestLater share. Any thread may use it, but for end(). */
+/**
+ * The state that all handles of a call share. Any thread may use it; end() is for the listener's
+ * thread.
+ */
 class BwaRestLaterState
 {
     Q_DISABLE_COPY(BwaRestLaterState)
 
 public:
-    /** @a deadline in milliseconds from the moment on at which the call is held; -1: none. */
+    /** @a deadline is in milliseconds, counted from when the handler has returned; -1: none. */
     BwaRestLaterState(const std::shared_ptr<BwaRestMailbox>& mailbox, int deadline);
     /** Answers with 500 when nobody has replied. */
     ~BwaRestLaterState();
 
-    /** No other one of this process has the same. */
+    /** A number that no other call of this process has. */
     quint64 id() const { return m_id; }
-    /** In milliseconds. */
+    /** The deadline in milliseconds; -1: none. */
     int deadline() const { return m_deadline; }
-    /** Requested by end(). */
+    /** Tells work on the pool when end() has been called. */
     BwaRestCancel cancel() const { return BwaRestCancel(m_isCancelled); }
 
-    /** As of BwaRestLater. @{ */
+    /** See the functions of BwaRestLater. @{ */
     bool reply(const BwaRestReply& reply);
     bool isOpen() const;
     void onGone(const std::function<void()>& function);
     /** @} */
-    /** Has the listener's thread reply what @a finish returns, which is called in any case. */
+    /**
+     * Has the listener's thread call @a finish and reply with its result. It is called even when
+     * the call has ended.
+     */
     void replyWith(const std::shared_ptr<BwaRestLaterState>& self,
                    const std::function<BwaRestReply()>& finish);
     /**
-     * Nobody waits any more; calls the functions of onGone(). False, and without effect, when there
-     * has been a reply or an end. For the listener's thread only.
+     * Ends the call without a reply, and calls the functions of onGone(). Returns false, and has no
+     * effect, after a reply or an earlier end. For the listener's thread only.
      */
     bool end();
 

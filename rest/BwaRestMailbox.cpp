@@ -32,8 +32,8 @@ std::vector<BwaRestMailbox::Letter> BwaRestMailbox::take()
     return std::exchange(m_letters, {});
 }
 
-// The letters are destroyed when the lock is free: the last handle of a call may go with them, and
-// posts a letter.
+// The letters are destroyed after unlocking: they may own the last handle of a call, whose
+// destructor posts a letter.
 void BwaRestMailbox::close()
 {
     std::vector<Letter> letters;

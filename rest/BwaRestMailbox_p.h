@@ -12,23 +12,23 @@ class BwaRestHeldCalls;
 class QObject;
 
 /**
- * What other threads want done in the listener's. Its own lock guards the letters, not that of Qt's
- * events: those only wake the receiver up.
+ * Functions ("letters") that other threads want called in the listener's thread. A mutex of its own
+ * guards them; an event of Qt only wakes the receiver up.
  */
 class BwaRestMailbox
 {
 public:
-    /** Does something in the listener's thread, where the calls are. */
+    /** A function to be called in the listener's thread. */
     using Letter = std::function<void(BwaRestHeldCalls&)>;
 
-    /** @a receiver gets an event of the type QEvent::User when there are letters. */
+    /** Posts an event of the type QEvent::User to @a receiver when there are letters. */
     explicit BwaRestMailbox(QObject* receiver);
 
-    /** Any thread; false when the mailbox is closed, and the letter is then dropped. */
+    /** Adds a letter, in any thread. When the mailbox is closed, drops it and returns false. */
     bool post(Letter letter);
-    /** Gives the letters to the caller, in the order in which they came. */
+    /** Removes and returns all letters, in the order in which they came. */
     std::vector<Letter> take();
-    /** To be called before the receiver goes. Letters that are left are dropped. */
+    /** Drops the letters that are left. To be called before the receiver is destroyed. */
     void close();
 
 private:

@@ -10,7 +10,8 @@ namespace {
 
 const char preflightLifetime[] = "600"; // seconds
 
-// What a client names is written back only when it is a list of header names.
+// The names in @a requested, a list from the client, that are valid names of headers: nothing else
+// is written back.
 QByteArray headerNames(const QByteArray& requested)
 {
     QList<QByteArray> names;
@@ -50,7 +51,8 @@ bool BwaRestOrigins::allows(const QByteArray& origin) const
     return !origin.isNull() && (m_origins.contains("*") || m_origins.contains(origin));
 }
 
-// Vary also without an origin: a cache is not to give that reply to a page of another origin.
+// Writes Vary also without an origin, so that a cache does not give that reply to a page of another
+// origin.
 QByteArray BwaRestOrigins::lines(const QByteArray& origin, const QList<QByteArray>& exposed) const
 {
     QByteArray vary = line("Vary", "Origin");

@@ -12,25 +12,25 @@
 class BwaRestOrigins
 {
 public:
-    /** None. */
+    /** Allows no origin. */
     BwaRestOrigins();
     /**
-     * These, each as in "https://example.org:8443", or all for "*".
+     * Allows these origins, each as in "https://example.org:8443", or any for "*".
      * @throws std::logic_error for "*" with @a credentials, which browsers refuse
      */
     BwaRestOrigins(const QStringList& origins, bool credentials);
 
     bool isEmpty() const { return m_origins.isEmpty(); }
-    /** Whether @a origin is one of these, by its name: "*" names nobody. */
+    /** Whether the list contains @a origin itself; "*" does not count. */
     bool names(const QByteArray& origin) const { return m_origins.contains(origin); }
     /**
-     * The header lines of a reply to @a origin, which may be null, whose script is to see the
-     * headers of these names.
+     * The header lines of a reply to a page of @a origin, which may be null. Its scripts may read
+     * the headers named in @a exposed.
      */
     QByteArray lines(const QByteArray& origin, const QList<QByteArray>& exposed) const;
     /**
-     * Those that a preflight reply has besides: a request may have one of @a methods and the
-     * headers that @a requested, the value of Access-Control-Request-Headers, names.
+     * The further lines of a preflight reply: a request may use @a methods, an Allow list, and the
+     * headers in @a requested, the value of Access-Control-Request-Headers.
      */
     QByteArray preflightLines(const QByteArray& origin, const QByteArray& methods,
                               const QByteArray& requested) const;

@@ -7,7 +7,7 @@
 #include "rest/BwaRestProblem.h"
 #include "rest/BwaRestReply.h"
 
-/** Makes a reply of whatever an application's function does. Any thread may use it. */
+/** Makes a reply of what a function of the application returns or throws. Any thread may use it. */
 class BwaRestOutcome
 {
 public:
@@ -24,13 +24,13 @@ public:
         }
     }
 
-    /** Ends the function with a problem. */
+    /** Throws a BwaRestProblem. */
     [[noreturn]] static void refuse(int status, const char* detail)
     {
         throw BwaRestProblem(status, QString::fromLatin1(detail));
     }
 
-    /** 500; @a reason is for the log alone, where the client's reply says nothing of it. */
+    /** A 500. @a reason goes to the log only, not to the client. */
     static BwaRestReply failure(const QByteArray& reason)
     {
         BwaRestReply reply = BwaRestProblem(500);

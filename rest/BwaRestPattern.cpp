@@ -20,7 +20,7 @@ bool isNameCharacter(char character)
         (character >= '0' && character <= '9') || character == '_';
 }
 
-// Behind the colon of a parameter.
+// The kind that a pattern names after the colon of a parameter.
 BwaRestKind kindOf(const QByteArray& kind, const QByteArray& pattern)
 {
     if (kind != "int" && kind != "uuid") {
@@ -29,7 +29,7 @@ BwaRestKind kindOf(const QByteArray& kind, const QByteArray& pattern)
     return kind == "int" ? BwaRestKind::Number : BwaRestKind::Uuid;
 }
 
-// What stands between the braces.
+// The parameter that @a text, which is between the braces, declares.
 BwaRestSegment parameterOf(QByteArray text, const QByteArray& pattern)
 {
     BwaRestSegment segment = {BwaRestKind::Text, QString(), QByteArray()};
@@ -55,7 +55,7 @@ BwaRestSegment segmentOf(const QByteArray& text, const QByteArray& pattern)
     if (text.contains('{') || text.contains('}')) {
         refuse(pattern, "has a parameter that is only a part of what stands between two slashes");
     }
-    // Qt would take U+FEFF at the front for a byte order mark, and drop it.
+    // The slash keeps a leading U+FEFF, which Qt would drop as a byte order mark.
     return {BwaRestKind::Literal, QString::fromUtf8('/' + text).mid(1), QByteArray()};
 }
 

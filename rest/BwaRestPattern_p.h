@@ -12,16 +12,16 @@
 #include <optional>
 #include <vector>
 
-/** What a place of a path may hold. */
+/** What a segment of a path may be. */
 enum class BwaRestKind {
     Literal, /**< This text. */
     Text,    /**< {name}: one segment, not empty. */
-    Number,  /**< {name:int}: decimal digits behind a "-" or not, within 64 bits. */
+    Number,  /**< {name:int}: decimal digits, with or without a "-" before them, within 64 bits. */
     Uuid,    /**< {name:uuid}: 8-4-4-4-12 hexadecimal digits. */
-    Rest     /**< {name...}: all that follows, with its slashes, not empty. */
+    Rest     /**< {name...}: all segments that follow, with the slashes between them, not empty. */
 };
 
-/** One place of a pattern. */
+/** One segment of a pattern. */
 struct BwaRestSegment {
     BwaRestKind kind;
     QString text;    // of a literal
@@ -32,13 +32,13 @@ struct BwaRestSegment {
 namespace BwaRestPattern {
 
 /**
- * The places between the slashes; an empty pattern is "/".
- * @throws std::logic_error with @a pattern in its text when it is none
+ * The segments of @a pattern; an empty pattern is "/".
+ * @throws std::logic_error, with @a pattern in its text, when it is invalid
  */
 std::vector<BwaRestSegment> segmentsOf(const QByteArray& pattern);
-/** Whether @a text is of @a kind, which is not that of literals. */
+/** Whether a parameter of @a kind matches @a text. @a kind is not Literal. */
 bool fits(BwaRestKind kind, QStringView text);
-/** What a {name:int} holds; nothing when it is none. */
+/** The number that @a text is for {name:int}; nothing when it is none. */
 std::optional<qint64> number(QStringView text);
 
 } // namespace BwaRestPattern

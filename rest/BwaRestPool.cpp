@@ -11,7 +11,10 @@
 
 namespace {
 
-/** One work. It goes with this, in whichever thread: also when the pool is cleared. */
+/**
+ * One function to run. It is destroyed with this object, in any thread, also when the application
+ * clears the pool.
+ */
 class Work : public QRunnable
 {
 public:

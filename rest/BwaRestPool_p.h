@@ -10,7 +10,7 @@
 
 class QThreadPool;
 
-/** Threads that work beside the listener's, with a bound on what waits for them. */
+/** Runs functions in the threads of a pool, and limits how many wait. */
 class BwaRestPool
 {
 public:
@@ -18,15 +18,15 @@ public:
     BwaRestPool(QThreadPool* pool, int mostWaiting);
 
     /**
-     * Has @a work done in another thread; it must throw nothing.
-     * @throws BwaRestProblem 503 when too much waits
+     * Runs @a work in a thread of the pool; it must not throw.
+     * @throws BwaRestProblem 503 when too many functions wait
      */
     void start(std::function<void()> work);
 
 private:
     QThreadPool* m_pool; // not owned
     int m_mostWaiting;
-    std::shared_ptr<std::atomic<int>> m_unfinished; // works, also those that wait
+    std::shared_ptr<std::atomic<int>> m_unfinished; // functions, running and waiting
 };
 
 #endif

@@ -15,7 +15,7 @@
 #include <exception>
 
 /**
- * Why a call is refused, as application/problem+json (RFC 9457); returned by a handler or thrown.
+ * Why a call is refused, as application/problem+json (RFC 9457). A handler returns or throws it.
  *
  *     throw BwaRestProblem(404, QStringLiteral("There is no device 7"));
  *     return BwaRestProblem(503).header("Retry-After", "5");
@@ -28,8 +28,7 @@ class BWA_REST_EXPORT BwaRestProblem : public std::exception
 {
 public:
     /**
-     * A @a status that is none of an error, 400 to 599, becomes 500, and is logged with the reply.
-     * An empty @a detail is left out.
+     * A @a status outside 400 to 599 becomes 500, which is logged. An empty @a detail is left out.
      */
     explicit BwaRestProblem(int status, const QString& detail = QString());
     ~BwaRestProblem() override;
@@ -37,20 +36,20 @@ public:
     BwaRestProblem& operator=(const BwaRestProblem&) = default;
 
     /**
-     * Adds a member, which becomes JSON as in BwaRestReply; instead of an earlier one of that name.
-     * The member "status" is always the status.
+     * Sets a member, which becomes JSON as in BwaRestReply. It replaces an earlier one of that
+     * name; "status" cannot be replaced.
      */
     BwaRestProblem& with(const QString& member, const QVariant& value);
     /** Adds a header of the reply, as BwaRestReply::header() does. */
     BwaRestProblem& header(const QByteArray& name, const QByteArray& value);
 
-    /** From 400 to 599. */
+    /** The status, from 400 to 599. */
     int status() const { return m_status; }
     /** The body of the reply. */
     QVariantMap members() const { return m_members; }
-    /** Name and value of each header in its order. */
+    /** Name and value of each header, in the order in which they were added. */
     QList<QPair<QByteArray, QByteArray>> headers() const { return m_headers; }
-    /** For the log alone; null when all is well with the problem itself. */
+    /** What is wrong with the problem itself, for the log; null when nothing is. */
     QString complaint() const { return m_complaint; }
     /** Status, title and detail, in UTF-8. */
     const char* what() const noexcept override { return m_what.constData(); }

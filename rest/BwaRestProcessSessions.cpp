@@ -6,7 +6,7 @@
 
 namespace {
 
-// In the same time wherever they differ.
+// Takes the same time wherever the tokens differ.
 bool areEqual(const QUuid& first, const QUuid& second)
 {
     const QByteArray firstBytes = first.toRfc4122();

@@ -10,7 +10,7 @@
 #include <QDeadlineTimer>
 #include <QHash>
 
-/** Sessions in this process alone. */
+/** A store that keeps sessions in this process. */
 class BwaRestProcessSessions : public BwaRestSessionStore
 {
 public:

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// The multipart reader of the core asks for what it needs, and would wait for it. Here the pieces
-// come as they like: what is not yet known to be content, such as the beginning of a delimiter,
-// stays in the buffer until the next one.
+// The core's multipart reader reads from the connection and waits until it has what it needs. Here
+// pieces of any size arrive while other requests are served. Bytes that may belong to a delimiter
+// stay in the buffer until the next piece shows what they are.
 
 #include "cgi/BwaCgiRequest.h"
 #include "fcgi/BwaFcgiRequest.h"
@@ -43,7 +43,7 @@ QString headerOf(const QString& header, QLatin1String name)
     return QString();
 }
 
-// Browsers write these three characters of a file name as escapes, and no other.
+// Browsers write exactly these three characters of a name as escapes (HTML standard).
 QString withoutEscapes(QString text)
 {
     return text.replace(QLatin1String("%22"), QLatin1String("\""))
@@ -105,7 +105,7 @@ void BwaRestReception::nextTurn(const std::shared_ptr<BwaRestReception>& self)
 void BwaRestReception::step(const std::shared_ptr<BwaRestReception>& self)
 {
     if (!m_state->isOpen()) {
-        return; // and the exchange may have gone
+        return; // the exchange may have been destroyed
     }
     const auto most = static_cast<unsigned int>(std::min(m_size - m_received, pieceSize));
     const QByteArray piece = m_exchange.request().readAvailable(most);
@@ -127,7 +127,8 @@ void BwaRestReception::step(const std::shared_ptr<BwaRestReception>& self)
     }
 }
 
-// Answered as another turn: the application may destroy what this stands on.
+// Answers in another turn of the event loop, because the application's function may destroy the
+// service and, with it, the exchange that step() uses.
 void BwaRestReception::finish(const std::shared_ptr<BwaRestReception>& self)
 {
     m_state->replyWith(m_state, [self] {
@@ -162,7 +163,7 @@ void BwaRestReception::take(const QByteArray& piece)
         return;
     }
     if (isWhole) {
-        m_buffer += "\r\n"; // which some clients leave out behind the last delimiter
+        m_buffer += "\r\n"; // some clients leave it out after the last delimiter
     }
     while (m_progress == Header ? takeHeader() : takeContent()) { }
     if (isWhole && m_progress != Over) {
@@ -170,7 +171,7 @@ void BwaRestReception::take(const QByteArray& piece)
     }
 }
 
-// False when the rest of it has not come yet.
+// Takes the header of a part from the buffer; false when it has not arrived completely.
 bool BwaRestReception::takeHeader()
 {
     const BwaSize size = m_buffer.indexOf("\r\n\r\n");
@@ -187,7 +188,7 @@ bool BwaRestReception::takeHeader()
     return true;
 }
 
-// False when more is needed to go on.
+// Takes content up to the next delimiter from the buffer; false when more input is needed.
 bool BwaRestReception::takeContent()
 {
     if (m_progress == Over) {
@@ -208,7 +209,7 @@ bool BwaRestReception::takeContent()
         endPart();
     }
     m_progress = m_buffer.startsWith(m_form.delimiter()) ? Header : Over;
-    m_buffer.remove(0, m_form.delimiter().size()); // the last one is longer: its end is ignored
+    m_buffer.remove(0, m_form.delimiter().size()); // the rest of a close delimiter is ignored
     return true;
 }
 
@@ -251,7 +252,7 @@ void BwaRestReception::add(const QByteArray& content)
         m_upload.m_data(part, content);
         if (!m_state->isOpen()) {
             BwaRestOutcome::refuse(503,
-                                   "The service stops"); // nobody hears it, but the files have gone
+                                   "The service stops"); // not sent: the call has ended
         }
     }
     if (!part.path.isNull() && m_files.back()->write(content) != content.size()) {

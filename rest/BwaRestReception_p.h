@@ -15,20 +15,23 @@
 
 class BwaRestExchange;
 
-/** One upload from its first byte to its reply; lives in the listener's thread. */
+/** Receives one upload and answers it. It lives in the listener's thread. */
 class BwaRestReception
 {
     Q_DISABLE_COPY(BwaRestReception)
 
 public:
     /**
-     * @a exchange is answered through @a state, and must live as long as that is open.
-     * @throws BwaRestProblem 400, 411, 413: nothing of the body is to be read
+     * Will answer through @a state. @a exchange must exist as long as that is open.
+     * @throws BwaRestProblem 400, 411, 413 before anything of the body is read
      */
     BwaRestReception(const BwaRestUpload& upload, BwaRestExchange& exchange,
                      const std::shared_ptr<BwaRestLaterState>& state);
 
-    /** To be called once the exchange is held; @a self is this, and is kept until the end. */
+    /**
+     * Begins to receive; to be called when the exchange is held. @a self is this object, which
+     * exists until the upload ends.
+     */
     static void begin(const std::shared_ptr<BwaRestReception>& self);
 
 private:
@@ -50,11 +53,11 @@ private:
     const std::shared_ptr<BwaRestLaterState> m_state;
     const quint64 m_size; // bytes of the body
     const bool m_isForm;
-    const BwaCgiMultipartFormDataReader m_form; // knows the delimiters, reads nothing
+    const BwaCgiMultipartFormDataReader m_form; // only used to find delimiters
     quint64 m_received = 0;                     // bytes of the body
-    QByteArray m_buffer;                        // came and not taken yet
+    QByteArray m_buffer;                        // has arrived and is not taken yet
     Progress m_progress = Preamble;
-    bool m_isFile = false; // the last part
+    bool m_isFile = false; // the current part
     QList<BwaRestPart> m_parts;
     std::vector<std::unique_ptr<QTemporaryFile>> m_files;
 };

@@ -16,7 +16,7 @@ bool isReserved(const QByteArray& name)
         name.compare("Content-Length", Qt::CaseInsensitive) == 0;
 }
 
-// No attribute ends early, and no line.
+// Whether @a text can be in a cookie without ending its attribute or the header line.
 bool isCookieText(const QByteArray& text)
 {
     for (const char byte : text) {

@@ -21,7 +21,7 @@ class BwaRestLaterState;
 class BwaRestProblem;
 
 /**
- * What a handler answers: a value, which any thread may make and which the service writes once.
+ * The reply that a handler returns: a value, which any thread may make and the service sends.
  *
  *     return QVariantMap{{"id", 7}, {"name", name}};
  *     return BwaRestReply::created(QStringLiteral("/notes/7"), note);
@@ -30,8 +30,9 @@ class BwaRestProblem;
  *     return BwaRestReply(note).header("Cache-Control", "no-cache");
  *     return BwaRestProblem(404);
  *
- * A reply to HEAD loses its body by itself, and one with an ETag that the client has becomes 304.
- * What cannot be sent, such as a value that is no JSON, becomes a logged 500.
+ * The service leaves out the body when it answers HEAD, and sends 304 when the client has the ETag
+ * of the reply already. A reply that cannot be sent, such as a value that BwaJson cannot write,
+ * becomes a 500 and is logged.
  */
 class BWA_REST_EXPORT BwaRestReply
 {
@@ -39,13 +40,24 @@ public:
     /** When browsers send a cookie with requests that come from other sites (RFC 6265bis). */
     enum SameSite { Strict, Lax, None };
 
-    /** application/json, as BwaJson writes it. Not explicit: handlers return the map. */
+    /**
+     * A body of application/json, as BwaJson writes it. Not explicit, so that handlers can return a
+     * map.
+     */
     BwaRestReply(const QVariantMap& json, int status = 200);
-    /** application/json, as BwaJson writes it. Not explicit: handlers return the list. */
+    /**
+     * A body of application/json, as BwaJson writes it. Not explicit, so that handlers can return a
+     * list.
+     */
     BwaRestReply(const QVariantList& json, int status = 200);
-    /** application/problem+json (RFC 9457). Not explicit: handlers return the problem. */
+    /**
+     * A body of application/problem+json (RFC 9457). Not explicit, so that handlers can return a
+     * problem.
+     */
     BwaRestReply(const BwaRestProblem& problem);
-    /** The reply that @a later brings. Not explicit: handlers return the handle. */
+    /**
+     * The reply that comes through @a later. Not explicit, so that handlers can return the handle.
+     */
     BwaRestReply(const BwaRestLater& later);
     ~BwaRestReply();
     BwaRestReply(const BwaRestReply&) = default;
@@ -53,42 +65,43 @@ public:
     BwaRestReply& operator=(const BwaRestReply&) = default;
     BwaRestReply& operator=(BwaRestReply&&) = default;
 
-    /** No body. */
+    /** A reply without a body. */
     static BwaRestReply empty(int status = 204);
-    /** Any body; @a contentType is written as it stands. */
+    /** A reply with any body; @a contentType is written unchanged. */
     static BwaRestReply bytes(const QByteArray& body, const QByteArray& contentType,
                               int status = 200);
-    /** 201 with the Location of @a path, which is below the service and not percent-encoded. */
+    /** A 201 whose Location is @a path, a path below the service that is not percent-encoded. */
     static BwaRestReply created(const QString& path, const QVariantMap& json);
     /**
-     * Sends the client to @a target, a URL or an absolute path, whose characters that no URL may
-     * hold are percent-encoded. 303: with GET.
+     * Sends the client to @a target, a URL or an absolute path. Characters that no URL may contain
+     * are percent-encoded. With 303, the client uses GET.
      */
     static BwaRestReply redirect(const QString& target, int status = 303);
     /**
-     * Has the web server send a file: @a path is what the header that is set by
-     * BwaRestService::setFileHeader() takes, not percent-encoded.
+     * Has the web server send a file. @a path, not percent-encoded, is of the kind that the header
+     * chosen with BwaRestService::setFileHeader() needs.
      */
     static BwaRestReply file(const QString& path, const QByteArray& contentType);
 
     /**
-     * Adds a header line. Left out and logged are a name that is no token (RFC 9110), the names
-     * Status and Content-Length, and a value that holds CR, LF or NUL.
+     * Adds a header line. It is left out, and that is logged, when the name is no token (RFC 9110),
+     * is Status or Content-Length, or when the value contains CR, LF or NUL.
      */
     BwaRestReply& header(const QByteArray& name, const QByteArray& value);
     /**
-     * Sets a cookie, whose texts are written in UTF-8. Left out and logged is one with a control
-     * character or ";". None implies Secure, without which browsers drop such a cookie.
+     * Sets a cookie; its texts are written in UTF-8. It is left out, and that is logged, when a
+     * text contains a control character or ";". SameSite None also sets Secure, without which
+     * browsers drop such a cookie.
      */
     BwaRestReply& cookie(const BwaHttpCookie& cookie, SameSite sameSite = Lax);
     /**
-     * Sets the ETag, @a tag in quotes; bytes that none may hold are percent-encoded. A GET or HEAD
-     * whose If-None-Match has it is answered with 304. Weak tags match: web servers that compress
-     * make tags weak.
+     * Sets the ETag to @a tag in quotes; bytes that no entity tag may contain are percent-encoded.
+     * A GET or HEAD whose If-None-Match contains the tag is answered with 304. Weak tags match,
+     * too, because web servers that compress replies make tags weak.
      */
     BwaRestReply& etag(const QByteArray& tag);
 
-    /** From 200 to 599; of a reply that comes later 202. */
+    /** The status, from 200 to 599; 202 for a reply that comes later. */
     int status() const { return m_status; }
 
 private:
@@ -111,8 +124,8 @@ private:
     QString m_createdPath;                      // below the service; null: none
     QString m_filePath;                         // null: none
     QList<QByteArray> m_complaints;             // for the log
-    std::shared_ptr<BwaRestLaterState> m_later; // null: this is the reply
-    // What the exchange does while the reply is awaited; may be empty.
+    std::shared_ptr<BwaRestLaterState> m_later; // null unless the reply comes later
+    // Called when the exchange is held until the reply comes; may be empty.
     std::function<void(BwaRestExchange&, const BwaRestReply&)> m_whenHeld;
 };
 

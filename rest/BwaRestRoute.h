@@ -18,7 +18,10 @@ class BwaRestCall;
 class BwaRestGroup;
 class BwaRestSchema;
 
-/** A method, a pattern of paths, and the handler of both; get() and others of groups return it. */
+/**
+ * A route: a method, a pattern of paths, and their handler. BwaRestGroup::get() and its like return
+ * one.
+ */
 class BWA_REST_EXPORT BwaRestRoute
 {
     Q_DISABLE_COPY(BwaRestRoute)
@@ -27,31 +30,31 @@ public:
     /** Answers a call; what it throws becomes the reply. */
     using Handler = std::function<BwaRestReply(const BwaRestCall&)>;
 
-    /** For groups, which own their routes. */
+    /** Internal: for groups, which own their routes. */
     BwaRestRoute(const BwaRestGroup* group, const QByteArray& method, const QByteArray& pattern,
                  const Handler& handler);
     ~BwaRestRoute();
 
-    /** What it is for, in one line; for the description of the service. */
+    /** Sets what the route is for, in one line; for BwaRestService::describe(). */
     BwaRestRoute& says(const QString& summary);
-    /** The fields of the body, or of the query of a GET; for the description, too. */
+    /** Sets the fields of the body, or of the query of a GET; for BwaRestService::describe(). */
     BwaRestRoute& takes(const BwaRestSchema& body);
-    /** The fields of what a reply with @a status holds; for the description, too. */
+    /** Sets the fields of the body of a reply with @a status; for BwaRestService::describe(). */
     BwaRestRoute& gives(const BwaRestSchema& reply, int status = 200);
 
-    /** Such as "GET". */
+    /** The method, such as "GET". */
     QByteArray method() const { return m_method; }
-    /** With the prefixes of its groups, in UTF-8. */
+    /** The pattern, after the prefixes of its groups, in UTF-8. */
     QByteArray pattern() const { return m_pattern; }
-    /** What says() was told; null before. */
+    /** What says() has set; null before. */
     QString summary() const { return m_summary; }
-    /** The JSON Schema of what takes() was told; empty before. */
+    /** The JSON Schema of what takes() has set; empty before. */
     QVariantMap taken() const { return m_taken; }
-    /** By their status, the JSON Schemas of what gives() was told. */
+    /** The JSON Schemas of what gives() has set, by their status. */
     QMap<int, QVariantMap> given() const { return m_given; }
     /** The group that it was added to. */
     const BwaRestGroup* group() const { return m_group; }
-    /** What answers. */
+    /** The handler. */
     const Handler& handler() const { return m_handler; }
 
 private:

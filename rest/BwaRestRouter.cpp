@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// The patterns make a tree with a level for each place between two slashes:
+// The patterns make a tree with a level for each segment of a path:
 //
 //     /devices/{id:int}/log        root - "devices" - {int} - "log"
 //     /devices/new                                  \ "new"
 //
-// A node has any number of literals and one parameter at most. The literal is tried first, then the
-// parameter; when neither leads to a route, the search goes back. As a node stands on one level, it
-// is visited at most once for a path: however the path is made, the search ends after as many steps
-// as there are nodes.
+// A node has children for any number of literals and for at most one parameter. The search tries
+// the literal first, then the parameter; when neither leads to a route, it goes back. As each node
+// is on one level only, it is visited at most once for a path: whatever the path, the search takes
+// no more steps than there are nodes.
 
 #include "rest/BwaRestRouter_p.h"
 
@@ -18,11 +18,11 @@
 #include <utility>
 
 struct BwaRestRouter::Node {
-    QString text;                                       // that it stands for; empty for a parameter
+    QString text;                                       // the literal; empty for a parameter
     QHash<QStringView, std::shared_ptr<Node>> literals; // by their texts
     std::unique_ptr<Node> parameter;                    // null: none
     BwaRestKind parameterKind = BwaRestKind::Text;      // of parameter
-    std::string parameterRoute;                         // that parameter came with
+    std::string parameterRoute;                         // the route that added the parameter
     Resource resource;
 };
 
@@ -128,7 +128,8 @@ const BwaRestRouter::Resource* BwaRestRouter::find(const QString& path, Spans* s
     return path.startsWith(QLatin1Char('/')) ? Search{path, *spans}.below(*m_root, 1) : nullptr;
 }
 
-// @a begin is where the next place of the path begins; behind the end of the path there is none.
+// Searches below @a node. The next segment of the path begins at @a begin; there is none when
+// @a begin is after the end of the path.
 const BwaRestRouter::Resource* BwaRestRouter::Search::below(const Node& node, BwaSize begin) const
 {
     if (begin > path.size()) {

@@ -20,12 +20,12 @@ class BwaRestRouter
     Q_DISABLE_COPY(BwaRestRouter)
 
 public:
-    /** A parameter's text within a path. */
+    /** Where in a path the text of a parameter is. */
     struct Span {
         BwaSize begin;
         BwaSize size;
     };
-    /** Those of the parameters, in their order in the pattern. */
+    /** The spans of all parameters, in their order in the pattern. */
     using Spans = QVarLengthArray<Span, 8>;
 
     /** A route, and the parameters of its pattern in their order. */
@@ -36,7 +36,7 @@ public:
 
     /** The routes of a path. */
     struct Resource {
-        /** The one of @a method, or of GET for HEAD; null when there is none. */
+        /** The entry for @a method; for HEAD that of GET; null when there is none. */
         const Entry* entry(const QByteArray& method) const;
         /** The value of an Allow header. */
         QByteArray allow() const;
@@ -49,10 +49,13 @@ public:
 
     /**
      * Adds a route, which it owns from then on.
-     * @throws std::logic_error when the pattern is none, or can not stand beside another one
+     * @throws std::logic_error when the pattern is invalid or conflicts with that of another route
      */
     BwaRestRoute& add(std::unique_ptr<BwaRestRoute> route);
-    /** The resource of @a path, which then fills @a spans; null, with no spans, when none fits. */
+    /**
+     * The resource whose pattern matches @a path, and in @a spans its parameters; null, without
+     * spans, when there is none.
+     */
     const Resource* find(const QString& path, Spans* spans) const;
     /** All routes in the order in which they were added; owned by this. */
     const std::vector<const BwaRestRoute*>& routes() const { return m_routes; }
@@ -64,7 +67,7 @@ private:
     Node* childFor(Node* node, const BwaRestSegment& segment, const BwaRestRoute& route);
 
     std::unique_ptr<Node> m_root;
-    std::vector<const BwaRestRoute*> m_routes; // not owned here: by their resources
+    std::vector<const BwaRestRoute*> m_routes; // owned by their resources
 };
 
 #endif

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The first is the one of a value that is not null.
+// The type in a JSON Schema; in a list of types the first one, because null comes second.
 QString typeOf(const QVariantMap& description)
 {
     return description.value(QStringLiteral("type")).toStringList().value(0);
@@ -21,7 +21,8 @@ bool isList(const QVariantMap& description)
     return typeOf(description) == QLatin1String("array");
 }
 
-// In a query, numbers and booleans are written as in JSON, texts without quotes.
+// The JSON value of a text in a query. Numbers and booleans are written there as in JSON, texts
+// without quotes.
 QVariant valueOf(const QString& text, const QVariantMap& description)
 {
     if (isList(description)) {

@@ -19,7 +19,9 @@
 
 class BwaRestCall;
 
-/** The fields of some struct: what BwaRestFields is without its type. Any thread may use it. */
+/**
+ * The part of BwaRestFields that does not depend on the type of the struct. Any thread may use it.
+ */
 class BWA_REST_EXPORT BwaRestSchema
 {
 public:
@@ -29,39 +31,42 @@ public:
         Merge  /**< A merge patch (RFC 7396): what is absent stays. */
     };
 
-    /** Its JSON Schema (draft 2020-12). */
+    /** The JSON Schema of the struct (draft 2020-12). */
     QVariantMap description() const;
-    /** That of a merge patch. */
+    /** The JSON Schema of a merge patch. */
     QVariantMap mergeDescription() const;
-    /** @a description, a JSON Schema with a type, that takes null, too. */
+    /** The JSON Schema @a description, which has a type, changed so that null is valid, too. */
     static QVariantMap nullable(QVariantMap description);
 
 protected:
-    /** @cond INTERNAL one field; the functions get the struct */
+    /** @cond INTERNAL one field; its functions are called with the struct */
     struct Field {
         QString name;
         BwaRestRule rule;
         QVariantMap description;
         std::function<BwaRestErrors(const QVariant& json, void* target, Reading reading)> read;
-        std::function<void(void* target)> reset; // takes JSON's null; empty: read() does
+        std::function<void(void* target)> reset; // for null; empty: read() is called
         std::function<QVariant(const void* value)> write;
     };
     /** @endcond */
 
     BwaRestSchema() = default;
 
-    /** @throws std::logic_error when there is one of that name */
+    /** @throws std::logic_error when there is a field of that name */
     void add(const Field& field);
-    /** Reads an object into the struct at @a target, which errors leave half read. */
+    /**
+     * Reads an object into the struct at @a target. When there are errors, only some members have
+     * been read.
+     */
     BwaRestErrors readObject(const QVariant& json, void* target, Reading reading) const;
-    /** The same with the body of @a call, or the query of a GET. @throws BwaRestProblem */
+    /** The same for the body of @a call, or the query of a GET. @throws BwaRestProblem */
     void readCall(const BwaRestCall& call, void* target, Reading reading) const;
-    /** The object of the struct at @a value. */
+    /** The JSON object for the struct at @a value. */
     QVariantMap writeObject(const void* value) const;
 
-    /** As BwaRestFields::check() got them. */
+    /** The rules that BwaRestFields::check() has added. */
     std::vector<std::function<QString(const void*)>> m_checks;
-    /** As BwaRestFields::keepUnknown() has it. */
+    /** Whether BwaRestFields::keepUnknown() has been called. */
     bool m_keepsUnknown = false;
 
 private:

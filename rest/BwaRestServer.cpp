@@ -16,7 +16,7 @@
 
 namespace {
 
-const int endTime = 1000; // milliseconds that the last replies may take
+const int endTime = 1000; // milliseconds for the last replies
 
 QByteArray withoutControls(QByteArray text)
 {
@@ -87,7 +87,7 @@ int BwaRestServer::run(const QString& address)
 
     QObject::connect(&signals, &BwaRestStopSignals::received, &listener, [&] {
         if (stopTimer.isActive()) {
-            return; // a second signal does not wait longer
+            return; // a second signal does not start the time again
         }
         stopTimer.start(m_stopTime);
         listener.stopAccepting();

@@ -15,7 +15,7 @@ class BwaAbstractFcgiService;
 class BwaFcgiListener;
 
 /**
- * What main() does: listens, writes the access log, and stops in order.
+ * Runs an application: listens, writes the access log, and stops in an orderly way at a signal.
  *
  *     int main(int argc, char** argv)
  *     {
@@ -29,7 +29,10 @@ class BWA_REST_EXPORT BwaRestServer
     Q_DISABLE_COPY(BwaRestServer)
 
 public:
-    /** The root service of each script name; not owned, they must outlive this. */
+    /**
+     * @a services has the root service of each script name; they are not owned and must outlive
+     * this.
+     */
     explicit BwaRestServer(const QMap<QString, BwaAbstractFcgiService*>& services);
     ~BwaRestServer();
 
@@ -40,23 +43,27 @@ public:
      */
     BwaRestServer& accessLog();
     /**
-     * Has run() call @a function with its listener before that listens: for a longer backlog, or to
-     * connect its signal requestCompleted.
+     * Has run() call @a function with its listener before it listens, for example to set a longer
+     * backlog or to connect the signal requestCompleted.
      */
     BwaRestServer& prepare(const std::function<void(BwaFcgiListener&)>& function);
-    /** How long run() waits for open calls when it is to stop; 10000 unless set. */
+    /**
+     * Sets for how many milliseconds run() waits for open calls after a signal to stop; 10000
+     * unless set.
+     */
     BwaRestServer& stopWithin(int milliseconds);
 
     /**
      * Serves at @a address, as BwaFcgiListener::listen() takes it: null is descriptor 0. Needs a
      * QCoreApplication, whose event loop it runs.
      *
-     * SIGTERM and SIGINT stop it: from then on nothing new is accepted, event streams end, and what
-     * is open may be answered. When the time of stopWithin() is over, the calls that are still held
-     * are answered with 503.
+     * SIGTERM and SIGINT stop it: it accepts no more connections, ends event streams, and waits
+     * until the open calls are answered. After the time of stopWithin(), the calls that are still
+     * held are answered with 503.
      *
-     * @return 0 when all that was accepted has been answered; 1 when it could not listen, which it
-     *         says on the standard error, or when a request has stayed open
+     * @return 0 when all accepted requests have been answered; 1 when it could not listen, for a
+     * reason that it writes to the standard error, or when a request was still open one second
+     * after the time of stopWithin()
      * @throws std::runtime_error when no descriptor is left for the signals
      */
     int run(const QString& address = QString());

@@ -22,7 +22,8 @@ BwaRestService::BwaRestService(QObject* parent)
     connect(this, &BwaRestService::stopping, m_calls, [this] { m_calls->endStreams(); });
 }
 
-// The calls first: what ends them needs the settings, and may need the hooks of the application.
+// Destroys the calls before other members: ending a call needs the settings and may call functions
+// of the application.
 BwaRestService::~BwaRestService()
 {
     delete m_calls;

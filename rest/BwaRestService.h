@@ -19,7 +19,8 @@ class QThreadPool;
 struct BwaRestSettings;
 
 /**
- * The outermost group of routes, as a root service or a child of a dispatcher.
+ * A service that answers by routes: the outermost group of them, used as a root service or as a
+ * child of a dispatcher.
  *
  *     BwaRestService api;
  *     api.get("/greeting/{name}", [](const BwaRestCall& call) -> BwaRestReply {
@@ -52,37 +53,42 @@ public:
     explicit BwaRestService(QObject* parent = nullptr);
     ~BwaRestService() override;
 
-    /** For BwaRestReply::file(); XSendfile unless set. */
+    /** Sets the header for BwaRestReply::file(); XSendfile unless set. */
     void setFileHeader(FileHeader header);
     /**
-     * Has pages of these origins read all replies, errors included (CORS). Each is as browsers
-     * write it: scheme, host, and a port that is not the scheme's ("https://example.org:8443"). "*"
-     * is any. With @a credentials, requests may carry cookies and Authorization.
+     * Lets pages of these origins read all replies, errors included (CORS). Write each origin as
+     * browsers do: scheme, host, and the port unless it is the scheme's own
+     * ("https://example.org:8443"). "*" allows any origin. With @a credentials, requests may have
+     * cookies and an Authorization header.
      *
      * @throws std::logic_error for "*" with @a credentials, which browsers refuse
      */
     void allowOrigins(const QStringList& origins, bool credentials = false);
 
     /**
-     * Where BwaRestCall::onPool() works; QThreadPool::globalInstance() unless set. Beside the works
-     * that the threads of @a pool do, @a mostWaiting may wait; further calls are answered with 503.
+     * Sets the pool of BwaRestCall::onPool(); QThreadPool::globalInstance() unless set. When all
+     * its threads are busy, @a mostWaiting more calls may wait; further ones are answered with 503.
      * @a pool is not owned, and must outlive the calls.
      */
     void setPool(QThreadPool* pool, int mostWaiting = 64);
 
     /**
-     * The OpenAPI 3.1 document of the routes so far: the parameters of their patterns, and what
-     * BwaRestRoute::says(), takes() and gives() were told. HEAD and OPTIONS are not in it, nor
-     * where the service is: clients take the host, unless a member "servers" is added.
+     * The OpenAPI 3.1 document of the routes added so far: the parameters of their patterns, and
+     * what BwaRestRoute::says(), takes() and gives() have set. HEAD and OPTIONS are not in it. Nor
+     * is the address of the service: add a member "servers" unless its paths begin at the root of
+     * the host.
      */
     QVariantMap describe(const QString& title, const QString& version) const;
 
     void processRequest(BwaFcgiRequest* request) override;
-    /** Ends the calls that are held: answers them with 503, and asks work on the pool to stop. */
+    /** Answers the calls that are held with 503, and asks work on the pool to stop. */
     void endCalls();
 
 Q_SIGNALS:
-    /** The server is to stop, and accepts nothing more: for what would go on without an end. */
+    /**
+     * Emitted when the server is to stop and accepts nothing more: end what would otherwise go on
+     * for ever.
+     */
     void stopping();
 
 private:

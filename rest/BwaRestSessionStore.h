@@ -13,23 +13,23 @@
 
 #include <memory>
 
-/** Who has logged in; what BwaRestCall::session() gives. */
+/** A user who has logged in; BwaRestCall::session() returns one. */
 struct BwaRestSession {
     QString user;      /**< As given to BwaRestSessions::login(). */
-    QStringList roles; /**< What the user may do, in words of the application. */
-    QVariantMap data;  /**< The application's own; the store may take JSON only. */
+    QStringList roles; /**< The roles of the user; the application chooses their names. */
+    QVariantMap data;  /**< Data of the application; a store may accept only what is JSON. */
 };
 
-/** A session, and what proves it. */
+/** A session with the id and the token that prove it. */
 struct BwaRestGrant {
-    QUuid sessionId;                               /**< Says which session it is. */
-    QUuid token;                                   /**< The current one, or the one before. */
+    QUuid sessionId;                               /**< The id of the session. */
+    QUuid token;                                   /**< The current token, or the previous one. */
     std::shared_ptr<const BwaRestSession> session; /**< Null: there is no such session. */
 };
 
 /**
- * Keeps the sessions of BwaRestSessions, where other processes may have them, too.
- * BwaRedisRestStore is one.
+ * Keeps the sessions of BwaRestSessions. Several processes can share a store, such as
+ * BwaRedisRestStore.
  *
  * Its functions are called in the listener's thread, which serves nothing else until they return.
  * What they throw becomes the reply: BwaRestProblem with 503 when the store cannot be reached.
@@ -42,22 +42,25 @@ public:
     BwaRestSessionStore();
     virtual ~BwaRestSessionStore();
 
-    /** A new session, with an id and a token that nobody can guess. Never without one. */
+    /**
+     * Creates a session, with an id and a token that nobody can guess. The result always has a
+     * session.
+     */
     virtual BwaRestGrant create(const BwaRestSession& session) = 0;
     /**
-     * The session with that id, if @a token is its token and has not expired, or if it is the token
-     * before, for a grace time; otherwise none. The arguments are not null. How long the comparison
-     * takes must not depend on where a wrong token differs.
+     * The session with that id, if @a token is its current token and has not expired, or is its
+     * previous token within a grace time; otherwise a grant without a session. The arguments are
+     * not null. Compare tokens in a time that does not depend on where they differ.
      */
     virtual BwaRestGrant find(const QUuid& sessionId, const QUuid& token) = 0;
     /**
      * Finds the session as find() does, gives it a new token, and returns it with that. When
-     * @a token is the one before, returns the current one instead.
+     * @a token is the previous one, the result has the current token instead.
      */
     virtual BwaRestGrant renew(const QUuid& sessionId, const QUuid& token) = 0;
     /** Ends a session; an unknown id is ignored. */
     virtual void remove(const QUuid& sessionId) = 0;
-    /** For how long a new token is taken, in milliseconds. */
+    /** How long a new token is valid, in milliseconds. */
     virtual int tokenLifetime() const = 0;
 };
 

@@ -35,8 +35,8 @@ QString cookieOf(const BwaRestExchange& exchange, const char* name)
     return QString();
 }
 
-// Null where the client sends none, or none that are UUIDs. Another scheme may be for the web
-// server.
+// The id and the token that the client sends; null when it sends none or one that is no UUID. An
+// Authorization header of another scheme is ignored: it may be for the web server.
 Credentials credentialsOf(const BwaRestExchange& exchange)
 {
     const QString authorization = QString::fromLatin1(exchange.header("Authorization"));
@@ -49,8 +49,8 @@ Credentials credentialsOf(const BwaRestExchange& exchange)
     return {QUuid(cookieOf(exchange, idCookie)), QUuid(cookieOf(exchange, tokenCookie))};
 }
 
-// A page of another site may have the browser write with its cookies. Hosts are compared, as the
-// scheme is known to the outermost web server alone.
+// Refuses a writing call from a page of another site, with which browsers send the user's cookies.
+// Only hosts are compared, because only the outermost web server knows the scheme.
 void refuseForeignWrite(const BwaRestExchange& exchange)
 {
     const QByteArray origin = exchange.header("Origin");
@@ -138,7 +138,7 @@ BwaRestReply BwaRestSessions::logout(const BwaRestCall& call)
     return reply;
 }
 
-// The session that the client proves, if any.
+// The session whose id and token the client has sent, if any.
 BwaRestGrant BwaRestSessions::find(const BwaRestExchange& exchange) const
 {
     const Credentials credentials = credentialsOf(exchange);
@@ -153,7 +153,7 @@ void BwaRestSessions::require(const BwaRestGrant& grant) const
     }
 }
 
-// A group and one within it may need the same sessions: then their store is asked once.
+// A group and a group within it may need the same sessions. Then the store is asked only once.
 void BwaRestSessions::check(BwaRestExchange* exchange, const QString& role) const
 {
     if (exchange->sessions != this) {

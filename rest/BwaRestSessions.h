@@ -21,8 +21,8 @@ class BwaRestExchange;
 class BwaRestProcessSessions;
 
 /**
- * Sessions of users, with roles and data: in this process, in a BwaWebSessionManager, or in a store
- * that other processes have, too.
+ * Sessions of users, with roles and data. They are in this process, in a BwaWebSessionManager, or
+ * in a store that several processes share.
  *
  *     BwaRestSessions sessions(QStringLiteral("notes"));
  *     api.post("/login", [&](const BwaRestCall& call) -> BwaRestReply {
@@ -35,31 +35,35 @@ class BwaRestProcessSessions;
  *     BwaRestGroup& admin = api.group("/admin").needs(sessions, QStringLiteral("admin"));
  *
  * A client proves its session by the header "Authorization: SESSION-TOKEN session:token", or by the
- * cookies SESSION-ID and SESSION-TOKEN, which scripts of a page cannot read. A token that has
- * expired ends its session: clients renew it before. The previous token is still taken for a grace
- * time, as requests may be on their way while another one renews.
+ * cookies SESSION-ID and SESSION-TOKEN, which scripts of a page cannot read. When a token expires,
+ * its session ends: clients must renew it before. After a renewal the previous token is accepted
+ * for a grace time, because other requests with it may be on their way.
  *
- * To be used in the listener's thread; must outlive the services whose groups need it.
+ * Use it in the listener's thread only. It must outlive the services whose groups need it.
  */
 class BWA_REST_EXPORT BwaRestSessions
 {
     Q_DISABLE_COPY(BwaRestSessions)
 
 public:
-    /** In this process. @a realm is what a 401 names; both times in milliseconds. */
+    /** Sessions in this process. A 401 names @a realm. Both times are in milliseconds. */
     explicit BwaRestSessions(const QString& realm, int tokenLifetime = 900000,
                              int graceTime = 10000);
-    /** In @a store, which must not be null and has times of its own. */
+    /** Sessions in @a store, which must not be null and has times of its own. */
     BwaRestSessions(const QString& realm, std::unique_ptr<BwaRestSessionStore> store);
     ~BwaRestSessions();
 
-    /** Has browsers send the cookies over plain HTTP as well, for networks without TLS. */
+    /**
+     * Sets the cookies without Secure, so that browsers send them over plain HTTP as well: for
+     * networks without TLS.
+     */
     BwaRestSessions& allowHttp();
 
     /**
-     * Begins a session: the reply sets the cookies, and is {"session", "token", "expiresIn"
-     * (seconds), "user", "roles"}. The application has checked who it is.
-     * @throws BwaRestProblem and others, as the store says
+     * Begins a session for a user whom the application has authenticated. The reply sets the
+     * cookies; its body has the members "session", "token", "expiresIn" (seconds), "user" and
+     * "roles".
+     * @throws BwaRestProblem and other exceptions, as the store says
      */
     BwaRestReply login(const QString& user, const QStringList& roles,
                        const QVariantMap& data = QVariantMap());
@@ -70,14 +74,14 @@ public:
      */
     BwaRestReply renew(const BwaRestCall& call);
     /**
-     * Ends the session of @a call, if it has one, and takes the cookies away: 204.
-     * @throws BwaRestProblem 403: it comes from a page of another origin; 503: as the store says
+     * Ends the session of @a call, if it has one, and replies with a 204 that deletes the cookies.
+     * @throws BwaRestProblem 403 when it comes from a page of another origin; 503 as the store says
      */
     BwaRestReply logout(const BwaRestCall& call);
 
     /**
-     * Owns the sessions: removes those of a user, for example.
-     * @throws std::logic_error they are in a store, which has functions of its own
+     * The manager that owns the sessions, for example to remove those of a user.
+     * @throws std::logic_error when the sessions are in a store, which has functions of its own
      */
     BwaWebSessionManager& manager();
 
@@ -92,7 +96,7 @@ private:
     QByteArray m_challenge;
     bool m_isSecure = true;
     std::unique_ptr<BwaRestSessionStore> m_store;
-    BwaRestProcessSessions* m_inProcess = nullptr; // the store; null when it is another one
+    BwaRestProcessSessions* m_inProcess = nullptr; // the store; null when it is of another class
 };
 
 #endif

@@ -13,7 +13,7 @@
 
 class BwaRestHeldCalls;
 
-/** What the calls of a service share. */
+/** The settings of a service, which its calls share. */
 struct BwaRestSettings {
     const char* fileHeader = "X-Sendfile";
     BwaRestOrigins origins;

@@ -11,7 +11,7 @@ struct KnownLine {
     const char* line;
 };
 
-// Ready to be written, as these are the most frequent.
+// The most frequent statuses, as complete lines, so that these are not put together for each reply.
 const KnownLine knownLines[] = {
     {200, "200 OK"},
     {201, "201 Created"},

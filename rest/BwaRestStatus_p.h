@@ -9,7 +9,10 @@
 /** The status codes of HTTP (RFC 9110, section 15). */
 namespace BwaRestStatus {
 
-/** "404 Not Found"; a status that has no registered phrase is named after its class. */
+/**
+ * The code and its phrase, such as "404 Not Found". A status without a registered phrase has that
+ * of its class.
+ */
 QByteArray line(int status);
 
 } // namespace BwaRestStatus

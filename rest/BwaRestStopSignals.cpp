@@ -14,7 +14,7 @@
 
 namespace {
 
-int counter = -1; // an event descriptor: a handler of signals may do little but write to it
+int counter = -1; // an eventfd, to which a signal handler may write
 
 void count(int /*signal*/)
 {

@@ -8,19 +8,22 @@
 
 #include <csignal>
 
-/** SIGTERM and SIGINT, as events of this thread; one object at a time. */
+/**
+ * Turns SIGTERM and SIGINT into a signal of Qt, in this object's thread. Only one object may exist
+ * at a time.
+ */
 class BwaRestStopSignals : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Takes the signals over. @throws std::runtime_error without a descriptor for them */
+    /** Installs the signal handlers. @throws std::runtime_error when no descriptor is left */
     BwaRestStopSignals();
-    /** Gives them back. */
+    /** Restores the previous handlers. */
     ~BwaRestStopSignals() override;
 
 Q_SIGNALS:
-    /** One of them has come. */
+    /** SIGTERM or SIGINT has arrived. */
     void received();
 
 protected:

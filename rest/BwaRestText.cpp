@@ -42,8 +42,8 @@ QString notNull(const QString& text)
 
 } // namespace
 
-// Writing it again shows whether reading it had to replace anything. The blank before it keeps a
-// byte order mark, which Qt would take away.
+// Qt replaces bytes that are not UTF-8; encoding the text again shows whether it did. The blank in
+// front keeps a byte order mark, which Qt would drop.
 QString BwaRestText::fromUtf8(const QByteArray& bytes)
 {
     const QByteArray marked = ' ' + bytes;
@@ -120,6 +120,7 @@ QByteArray BwaRestText::encodedPath(const QString& path)
 
 QByteArray BwaRestText::encodedUrl(const QString& url)
 {
-    // Qt 6 encodes each percent sign, even one to exclude; those of the URL stay as they are.
+    // Qt 6 always encodes percent signs. The URL's own are restored, so that its escapes stay as
+    // they are.
     return url.toUtf8().toPercentEncoding("/!$&'()*+,;=:@?#[]").replace("%25", "%");
 }

@@ -9,29 +9,31 @@
 #include <QPair>
 #include <QString>
 
-/** How texts are written in requests and replies. */
+/** Decodes texts of requests and encodes texts of replies. */
 namespace BwaRestText {
 
-/** The text that @a bytes are in UTF-8; never null. @throws BwaRestProblem 400: they are none */
+/** @a bytes decoded from UTF-8; never null. @throws BwaRestProblem 400 when they are not UTF-8 */
 QString fromUtf8(const QByteArray& bytes);
-/** The same for bytes that came as Latin-1 characters, one a byte, as those of CGI variables. */
+/**
+ * The same for bytes that are in a QString, each as one Latin-1 character, as CGI variables are.
+ */
 QString fromUtf8(const QString& bytes);
 /**
  * The pairs of a query string or form in their order (application/x-www-form-urlencoded); a name
- * without "=" has an empty value. @throws BwaRestProblem 400: not UTF-8
+ * without "=" has an empty value. @throws BwaRestProblem 400 when the text is not UTF-8
  */
 QList<QPair<QString, QString>> urlEncodedPairs(const QString& text);
-/** A name of headers (RFC 9110, section 5.1). */
+/** Whether @a name can be the name of a header (RFC 9110, section 5.1). */
 bool isToken(const QByteArray& name);
-/** May stand in a header: without CR, LF and NUL. */
+/** Whether @a value can be the value of a header: it has no CR, LF or NUL. */
 bool isHeaderValue(const QByteArray& value);
-/** @a tag in quotes, percent-encoded where no entity tag may hold its bytes (RFC 9110, 8.8.3). */
+/** @a tag in quotes; bytes that no entity tag may contain are percent-encoded (RFC 9110, 8.8.3). */
 QByteArray entityTag(const QByteArray& tag);
-/** A list such as If-None-Match holds @a tag, be it strong or weak, or is "*". */
+/** Whether @a list, as in If-None-Match, contains @a tag, strong or weak, or is "*". */
 bool listHasEntityTag(const QByteArray& list, const QByteArray& tag);
-/** @a path as part of a URL. */
+/** @a path percent-encoded, as the path of a URL. */
 QByteArray encodedPath(const QString& path);
-/** @a url with percent escapes in place of what no URL may hold. */
+/** @a url; characters that no URL may contain are percent-encoded. */
 QByteArray encodedUrl(const QString& url);
 
 } // namespace BwaRestText

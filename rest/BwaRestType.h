@@ -24,7 +24,10 @@
 template <class T>
 class BwaRestFields;
 
-/** Turns JSON into a member of a struct, and back; for BwaRestFields. This one: a nested struct. */
+/**
+ * Turns JSON into a member of a struct, and back; for BwaRestFields. This template is for a nested
+ * struct.
+ */
 template <class M, class = void>
 class BwaRestType
 {
@@ -46,7 +49,7 @@ private:
     BwaRestFields<M> m_fields;
 };
 
-/** A value without parts. */
+/** A single value. */
 template <class M>
 class BwaRestType<M, std::enable_if_t<BwaRestValue::kindOf<M>().has_value()>>
 {
@@ -139,7 +142,7 @@ private:
     BwaRestType<typename M::value_type> m_element;
 };
 
-/** What may be null. */
+/** A std::optional, which may be null. */
 template <class M>
 class BwaRestType<std::optional<M>>
 {

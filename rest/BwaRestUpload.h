@@ -15,18 +15,18 @@
 
 class BwaRestCall;
 
-/** What has been uploaded: a part of a form (RFC 7578), or a whole body of another media type. */
+/** A part of an uploaded form (RFC 7578), or a whole body of another media type. */
 struct BwaRestPart {
-    QString name;        /**< The field's; null for a whole body. */
-    QString fileName;    /**< The client's, never to be used as a path; null for other fields. */
-    QString contentType; /**< As sent; empty when it was not. */
-    QString path;        /**< The file that holds the content; null without toFolder(). */
-    QByteArray value;    /**< The content of a field that is no file. */
-    qint64 size = 0;     /**< Bytes of the content. */
+    QString name;        /**< The name of the field; null for a whole body. */
+    QString fileName;    /**< The client's; do not use it as a path. Null for other fields. */
+    QString contentType; /**< As sent; empty when it was not sent. */
+    QString path;        /**< The file with the content; null without toFolder(). */
+    QByteArray value;    /**< The content of a field that is not a file. */
+    qint64 size = 0;     /**< The size of the content in bytes. */
 };
 
 /**
- * Takes bodies piece by piece, however large they are, while other requests are answered.
+ * Receives bodies of any size, piece by piece, while other requests are answered.
  *
  *     BwaRestUpload images(300 * 1024 * 1024);
  *     images.toFolder("/srv/images/incoming").done(
@@ -38,21 +38,22 @@ struct BwaRestPart {
  *         });
  *     api.post("/images", [&](const BwaRestCall& call) { return call.upload(images); });
  *
- * Each turn of the event loop takes 64 KiB at most. Files of a refused or broken upload, and those
- * that done() leaves where they are, are deleted. What a function of the application throws becomes
- * the reply, as in a handler. To be used in the listener's thread.
+ * Each turn of the event loop reads 64 KiB at most. The files are deleted when the upload is
+ * refused or breaks off, and otherwise when done() has returned, unless it has renamed them. What a
+ * function of the application throws becomes the reply, as in a handler. Use it in the listener's
+ * thread.
  */
 class BWA_REST_EXPORT BwaRestUpload
 {
 public:
-    /** Takes a piece of a file, or of a whole body; none is empty. */
+    /** Called with each piece of a file or of a whole body; never with an empty one. */
     using Piece = std::function<void(const BwaRestPart&, const QByteArray&)>;
-    /** Answers when all has come. */
+    /** Makes the reply when the whole body has arrived. */
     using Done = std::function<BwaRestReply(const BwaRestCall&, const QList<BwaRestPart>&)>;
 
     /**
-     * A body of more than @a mostBytes, or with more than @a mostParts parts, is refused with 413;
-     * limits of groups do not count. So is a field that is no file and has more than 64 KiB.
+     * Refuses with 413 a body of more than @a mostBytes, one with more than @a mostParts parts, and
+     * a field of more than 64 KiB that is not a file. Limits of groups do not apply.
      * @throws std::logic_error when @a mostBytes is negative
      */
     explicit BwaRestUpload(qint64 mostBytes, int mostParts = 16);
@@ -60,13 +61,15 @@ public:
     BwaRestUpload(const BwaRestUpload&) = default;
     BwaRestUpload& operator=(const BwaRestUpload&) = default;
 
-    /** Writes each file to a new file of its own in @a folder, which only this user may read. */
+    /**
+     * Writes each file into a new file in @a folder, which only the user of this process may read.
+     */
     BwaRestUpload& toFolder(const QString& folder);
-    /** Has @a piece called with the content of files as it comes: for digests and progress. */
+    /** Has @a piece called with the content of files as it arrives: for digests and progress. */
     BwaRestUpload& data(const Piece& piece);
     /**
-     * Has @a function answer; without, the reply is 204. The files are deleted when it returns: it
-     * renames those that are to stay.
+     * Has @a function make the reply. Without this call it is 204. The files are deleted when the
+     * function has returned, so it must rename those that are to stay.
      */
     BwaRestUpload& done(const Done& function);
 

@@ -18,7 +18,7 @@ const quint64 largestSigned = static_cast<quint64>(std::numeric_limits<qint64>::
 
 struct KindWords {
     const char* name;
-    const char* unit; // of its length; null: it has none
+    const char* unit; // of its length; null: values have no length
 };
 
 // In the order of the kinds.
@@ -30,7 +30,7 @@ const KindWords words[] = {{"true or false", nullptr},
                            {"a UUID", nullptr},
                            {"a date and time as in RFC 3339", nullptr}};
 
-// Written again it is the same: neither "+1" nor "01" is one.
+// Accepts only a text that is the same when written again, so neither "+1" nor "01".
 QVariant integerOfText(const QString& text)
 {
     bool ok = false;
@@ -45,7 +45,7 @@ qint64 codePoints(const QString& text)
                          [](QChar character) { return !character.isLowSurrogate(); });
 }
 
-// Written again it is the same: every other text is none.
+// Accepts only base64 that is the same when written again.
 QVariant bytesOf(const QString& text)
 {
     const QByteArray base64 = text.toLatin1();
@@ -58,7 +58,8 @@ bool hasRfc3339(const QDateTime& utc)
     return utc.isValid() && utc.date().year() >= 1 && utc.date().year() <= 9999;
 }
 
-// Qt takes more than RFC 3339 has, such as dates alone and times without an offset.
+// Checks the form first, because Qt accepts more than RFC 3339 allows, such as a date alone and a
+// time without an offset.
 QVariant timeOf(const QString& text)
 {
     static const QRegularExpression form(
@@ -77,7 +78,7 @@ QVariant timeJson(const QDateTime& time)
     return hasRfc3339(utc) ? QVariant(utc.toString(Qt::ISODateWithMs)) : QVariant();
 }
 
-// Of a kind whose JSON is no text.
+// The value of a kind that is not a JSON string.
 QVariant valueOfJson(BwaRestValue::Kind kind, const QVariant& json)
 {
     switch (json.userType()) {

@@ -16,11 +16,11 @@
 #include <optional>
 #include <type_traits>
 
-/** What a field without parts may hold, and how JSON has it; for BwaRestType. */
+/** Reads, checks and writes a field that is a single value; for BwaRestType. */
 class BWA_REST_EXPORT BwaRestValue
 {
 public:
-    /** What it is in C++; the comments tell what it is in JSON. */
+    /** The kind of a value. The comments say how it is written in JSON. */
     enum Kind {
         Boolean, /**< true or false */
         Integer, /**< a number without fraction and exponent, or a text of its digits */
@@ -31,7 +31,7 @@ public:
         Time     /**< date and time with an offset (RFC 3339), written in UTC with milliseconds */
     };
 
-    /** Of a C++ type; none for one that has parts. */
+    /** The kind of the C++ type M; none for a list, an optional or a struct. */
     template <class M>
     static constexpr std::optional<Kind> kindOf()
     {
@@ -55,21 +55,24 @@ public:
     }
 
     /**
-     * The type of an integer takes those from @a least to @a most.
-     * @throws std::logic_error when @a rule says what @a kind cannot keep to
+     * @a least and @a most are the limits of an integer type.
+     * @throws std::logic_error when @a rule does not fit @a kind
      */
     BwaRestValue(Kind kind, const BwaRestRule& rule, qint64 least, quint64 most);
 
     /**
      * The value of @a json: a bool, qlonglong or qulonglong, double, QString that is never null,
-     * QByteArray, QUuid, or QDateTime in UTC; invalid when it is to be refused.
+     * QByteArray, QUuid, or QDateTime in UTC; invalid when @a json must be refused.
      */
     QVariant read(const QVariant& json) const;
-    /** Why read() refuses: what the value must be. */
+    /** Why read() refuses a value: what it must be. */
     QString reason() const;
-    /** The JSON of @a value. Numbers and times that JSON or RFC 3339 do not have become null. */
+    /**
+     * The JSON of @a value. Numbers that JSON does not have and times that RFC 3339 does not have
+     * become null.
+     */
     QVariant json(const QVariant& value) const;
-    /** Its JSON Schema. */
+    /** The JSON Schema of such a value. */
     QVariantMap description() const;
 
 private:
@@ -78,8 +81,8 @@ private:
     QVariantMap integerDescription() const;
 
     Kind m_kind;
-    BwaRestRule m_rule; // an integer has a range in it
-    bool m_takesLarge;  // integers beyond qint64
+    BwaRestRule m_rule; // for an integer, always with a range
+    bool m_takesLarge;  // whether integers beyond qint64 are valid
 };
 
 #endif

@@ -136,7 +136,7 @@ void BwaTestExchange::takeWritten(FCGX_Stream* stream, int doClose)
     }
 }
 
-// Called when the reply is closed, which is the last that a request does with this object.
+// Called when the reply is closed, which is the request's last access to this object.
 void BwaTestExchange::complete()
 {
     const std::shared_ptr<BwaTestExchange> self = std::move(m_self);

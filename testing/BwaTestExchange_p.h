@@ -14,7 +14,7 @@
 #include <memory>
 
 /**
- * The web server's side of one request, all in memory. It keeps itself alive until the request has
+ * The web server's side of one request, in memory. The object exists at least until the request has
  * been finished.
  */
 class BwaTestExchange

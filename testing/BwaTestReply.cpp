@@ -41,7 +41,8 @@ bool readHeaderLine(BwaTestReply* reply, const QByteArray& line, bool isFirst)
     return true;
 }
 
-// Reads up to the empty line. Returns the position behind it, -1 when this is no header block.
+// Reads up to the empty line. Returns the position after it; -1 when @a raw does not begin with a
+// header block.
 BwaSize readHeaderBlock(BwaTestReply* reply, const QByteArray& raw)
 {
     BwaSize lineStart = 0;

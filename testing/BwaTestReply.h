@@ -16,7 +16,7 @@ struct BwaTestReply {
 
     /**
      * The value of the first header @a name, in whatever case; null when there is none, empty when
-     * there is nothing behind its colon.
+     * nothing follows its colon.
      */
     QByteArray header(const QByteArray& name) const;
     /** The values of all headers @a name in their order, such as those of several Set-Cookie. */
@@ -28,13 +28,13 @@ struct BwaTestReply {
      * header block that a web server would accept; headers and body are then empty.
      */
     int statusCode = 0;
-    /** The text behind the status code; empty when there was none. */
+    /** The text after the status code; empty when there was none. */
     QByteArray reasonPhrase;
     /** Name and value, without blanks around them, of each header but Status, in their order. */
     QList<QPair<QByteArray, QByteArray>> headers;
-    /** What follows the empty line behind the headers. */
+    /** What follows the empty line after the headers. */
     QByteArray body;
-    /** What was written on err(), which a web server would have logged. */
+    /** What was written on err(); a web server would have logged it. */
     QByteArray errorText;
     /** What was written on out(), byte for byte. */
     QByteArray raw;

@@ -40,7 +40,7 @@ QByteArray variableOf(const QByteArray& header)
     return name == "CONTENT_TYPE" || name == "CONTENT_LENGTH" ? name : "HTTP_" + name;
 }
 
-// As browsers write a name in the header of a part.
+// A name as browsers write it in the header of a part.
 QByteArray quoted(const QByteArray& name)
 {
     return '"' + QByteArray(name).replace('"', "%22").replace('\r', "%0D").replace('\n', "%0A") +
@@ -180,7 +180,7 @@ QList<QByteArray> BwaTestRequest::entries() const
     return entries;
 }
 
-// As in "GET /notes".
+// The method and the path, as in "GET /notes", for messages.
 QByteArray BwaTestRequest::shownName() const
 {
     return m_variables.value("REQUEST_METHOD") + ' ' + m_variables.value("SCRIPT_NAME") +

@@ -29,7 +29,7 @@ class BwaFcgiRequest;
  *     // reply.statusCode, reply.header("Location"), reply.body, reply.errorText
  *
  * It takes the path of a real request from the listener on. So a std::exception that leaves the
- * service is told on Qt's debug channel, and the reply ends where it was. A request may be sent
+ * service is logged on Qt's debug channel, and the reply ends where it was. A request may be sent
  * several times and in any thread, and needs no test framework.
  */
 class BwaTestRequest
@@ -39,7 +39,7 @@ public:
     using Handler = std::function<void(BwaFcgiRequest*)>;
 
     /**
-     * @a target is the path as a client writes it, and behind a "?" the query string. As a web
+     * @a target is the path as a client writes it and, after a "?", the query string. As a web
      * server does, this percent-decodes the path (PATH_INFO), but not the query string
      * (QUERY_STRING).
      *

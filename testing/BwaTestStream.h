@@ -20,21 +20,21 @@ class BwaAbstractFcgiService;
  *     topic.send(7);
  *     // stream.waitFor("\n\n") ends with "data: 7\n\n"
  *
- * It receives whenever the event loop runs; the functions that wait run it. Its destruction means
- * to the service that the client has gone.
+ * It receives whenever the event loop runs; the functions that wait run it. When it is destroyed,
+ * it closes the connection: to the service, the client has gone.
  */
 class BwaTestStream
 {
 public:
     ~BwaTestStream();
-    /** Takes the reply over; @a other is then only to be destroyed. */
+    /** Takes the reply over. @a other may then only be destroyed. */
     BwaTestStream(BwaTestStream&& other) noexcept;
-    /** Takes the reply over; @a other is then only to be destroyed. */
+    /** Takes the reply over. @a other may then only be destroyed. */
     BwaTestStream& operator=(BwaTestStream&& other) noexcept;
 
     /**
-     * Waits for @a text, and returns the reply, header block and body, up to the end of it. The
-     * next call goes on behind it. @a timeout is in milliseconds.
+     * Waits for @a text, and returns the reply, header block and body, up to the end of that text.
+     * The next call goes on after it. @a timeout is in milliseconds.
      * @throws std::runtime_error when the text does not arrive in time, or the reply ends first
      */
     QByteArray waitFor(const QByteArray& text, int timeout = 10000);
@@ -45,7 +45,10 @@ public:
      * sent some 50 KB more, it finds that it cannot write.
      */
     void stopReading();
-    /** Ends the client's side. waitFor() still returns what has arrived by then. */
+    /**
+     * Closes the connection, as a client that goes away does. waitFor() still returns what has
+     * arrived by then.
+     */
     void disconnect();
 
 private:

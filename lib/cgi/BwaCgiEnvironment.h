@@ -48,7 +48,7 @@ public:
 
     /** The input that the variables were read from; not owned. */
     BwaAbstractCgiInput* input() const { return m_input; }
-    /** The variable of the same name, as the web server sent it. @{ */
+    /** The CGI variable of the same name, as the web server sent it. @{ */
     QString serverSoftware() const { return m_serverSoftware; }
     QString serverName() const { return m_serverName; }
     QString gatewayInterface() const { return m_gatewayInterface; }
@@ -83,7 +83,7 @@ public:
     QString httpAuthorization() const { return m_httpAuthorization; }
     /** What parseCookies() makes of httpCookie(). */
     QList<BwaHttpCookie> cookies() const { return m_cookies; }
-    /** Whether the variable HTTPS is exactly "on". */
+    /** Whether the variable HTTPS is exactly "on", in lower case. */
     bool https() const { return m_https; }
 
 private:

@@ -9,8 +9,9 @@
 // The boundary is the client's choice, and may be long and repeat its own beginning. So its search
 // looks at each byte once (Knuth, Morris and Pratt). An example is the search for "abac" in
 // "ababac": it matches "aba" and then meets "b" instead of "c". The "a" at the end of "aba" may
-// still begin a match, so the search goes on as if it had matched just that "a". A text that others
-// both begin and end with, as "aba" does with "a", is called a border of them.
+// still begin a match, so the search goes on as if it had matched just that "a". A text that a
+// longer text both begins and ends with, as "aba" does with "a", is called a border of the longer
+// one.
 
 #include "cgi/BwaCgiMultipartFormDataReader.h"
 
@@ -289,7 +290,7 @@ void BwaCgiMultipartFormDataReader::appendFromPart(QByteArray& content, qint64 s
     while (true) {
         const qint64 begin = m_lookahead->begin();
         const qint64 delimiter = findDelimiter();
-        // Without a delimiter, the last bytes may be the start of one.
+        // When no delimiter is found, the last bytes may be the start of one.
         const qint64 partEnd =
             delimiter >= 0 ? delimiter : m_lookahead->end() - m_closeDelimiter.size();
         const qint64 taken = std::min(std::max<qint64>(partEnd - begin, 0), missing);

@@ -28,8 +28,8 @@ class QString;
  *         request->sendHttpError(BwaFcgiRequest::BadRequest);
  *     }
  *
- * A part's header is held in memory whole, of its content only a few kilobytes. The time taken is
- * linear in the size of the body, whatever it contains.
+ * The reader holds the whole header of a part in memory, but only a few kilobytes of its content.
+ * The time taken is linear in the size of the body, whatever it contains.
  */
 class BWA_EXPORT BwaCgiMultipartFormDataReader
 {
@@ -117,7 +117,7 @@ private:
     int m_matched;    // how many bytes before m_scanned are the first ones of m_delimiterStart
     Search m_emptyLineSearch;
     Search m_dispositionSearch;
-    qint64 m_refusedDisposition; // the position of the one that was refused last, or -1
+    qint64 m_refusedDisposition; // position of the Content-Disposition refused last, or -1
 };
 
 /** The current part of a reader as a stream buffer, for reading it through a std::istream. */

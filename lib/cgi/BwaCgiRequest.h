@@ -17,8 +17,8 @@
 class BwaAbstractCgiInput;
 
 /**
- * One request as an application sees it. Environment and query variables are there at once; form
- * variables, files or the raw body are there after processBodyContent() has returned true.
+ * One request as an application sees it. Environment and query variables can be read at once; form
+ * variables, files or the raw body can be read after processBodyContent() has returned true.
  *
  * A variable may be sent several times: value(name) is the value sent last, values(name) is all of
  * them, the last one first.
@@ -91,7 +91,9 @@ public:
     QMultiHash<QString, QString> formVariables() const { return m_formVariables; }
     /** The files of a form by the names of their fields; of two in one field the last counts. */
     QHash<QString, BwaCgiFile> files() const { return m_files; }
-    /** The raw body; empty when its media type is one of the two that forms have. */
+    /**
+     * The raw body; empty for the media types of forms, which become formVariables() and files().
+     */
     QByteArray body() const { return m_body; }
     /** The body has been read and decoded completely; true from the start when there is none. */
     bool bodyProcessed() const { return m_bodyProcessed; }

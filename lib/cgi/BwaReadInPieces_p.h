@@ -11,7 +11,8 @@
 
 /**
  * Reads as many bytes as a client has announced, in pieces: the first has 64 kB, each further one
- * as many bytes as have arrived before. So a client that only announces bytes costs no memory.
+ * as many bytes as have arrived before. So memory grows with the bytes that arrive, not with the
+ * number announced.
  */
 namespace BwaReadInPieces {
 

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-/** What the parsers of texts have in common. */
+/** Functions that several parsers of texts use. */
 namespace BwaTextScanning {
 
 /** The characters of @a text from @a begin up to @a end; empty, never null, when there are none. */
@@ -24,7 +24,7 @@ template <char... Characters>
 BwaSize indexOfAny(const QString& text, BwaSize begin, BwaSize end)
 {
     const auto isWanted = [](QChar character) {
-        // NOLINTNEXTLINE(google-readability-casting): takes the pack for a cast
+        // NOLINTNEXTLINE(google-readability-casting): clang-tidy takes the pack for a cast
         return ((character == QLatin1Char(Characters)) || ...);
     };
     const QChar* const characters = text.constData();

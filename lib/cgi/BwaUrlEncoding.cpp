@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// A text is taken apart in one scan that asks of each character only its kind. In "a=1+2&b=3" the
-// name "a" ends at the first character that is an equals sign or a separator, and its value "1+2"
-// at the first separator. The scan sees on its way that the value has an encoded character and the
-// name has none, so only the value is decoded.
+// One scan splits the text. It looks only at the kind of each character. In "a=1+2&b=3" the name
+// "a" ends at the first character that is an equals sign or a separator, and its value "1+2" at the
+// first separator. The scan sees on its way that the value has an encoded character and the name
+// has none, so only the value is decoded.
 //
 // The same code reads 16-bit characters and Latin-1 bytes, so that the bytes of a body need not be
 // converted first.

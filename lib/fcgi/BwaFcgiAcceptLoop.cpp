@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Most requests come in one piece: a look at the connection finds the header, and one read of
-// libfcgi, which takes up to 8192 bytes, has the header and the whole input.
+// Most requests arrive in one piece. The loop peeks at the connection (MSG_PEEK) and finds the
+// header and the whole input; then libfcgi reads both with a single read of up to 8192 bytes.
 //
-// The header of any other request is taken from the connection here, as it comes, and libfcgi reads
-// it from a file in memory. From the connection, libfcgi would wait for the rest of the header, or
-// read into the body.
+// The header of any other request arrives in several pieces, or is followed by a part of the body.
+// The loop collects such a header and has libfcgi read it from a file in memory. From the
+// connection, libfcgi would wait for the rest of the header, or read bytes of the body.
 
 #include "BwaGlobal.h"
 #include "fcgi/BwaFcgiAcceptLoop_p.h"
@@ -44,8 +44,8 @@ bool isShortage(int error)
     return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-// Only the new connection has failed, not the listening socket, or another process has accepted it
-// (accept(2), "Error handling").
+// Whether the listening socket still works: only the new connection has failed, or another process
+// has accepted it (accept(2), "Error handling").
 bool isPassing(int error)
 {
     static const int errors[] = {EAGAIN,      EINTR,        ECONNABORTED, ECONNRESET, ETIMEDOUT,
@@ -145,8 +145,8 @@ void BwaFcgiAcceptLoop::handle(int descriptor)
     }
 }
 
-// Whoever has connected already is served. With a socket that was handed over, those who connect
-// from now on wait for the next process that is handed it.
+// Accepts the connections that are waiting already, so that their requests are served. If the
+// socket was handed over, later connections wait for the next process that receives it.
 void BwaFcgiAcceptLoop::drain()
 {
     while (!m_orders.stop && acceptConnection()) { }
@@ -181,7 +181,7 @@ bool BwaFcgiAcceptLoop::handleAcceptError(int error)
         handleShortage(error);
         return m_failure.isNull();
     }
-    m_shortSince = 0; // accept() looks for a descriptor first, and has found one
+    m_shortSince = 0; // accept() takes a descriptor before anything else can fail
     if (!isPassing(error)) {
         fail("cannot accept connections", error);
     } else if (m_connections->listeningHasEnded()) {
@@ -244,8 +244,8 @@ void BwaFcgiAcceptLoop::readRecords(int connection)
     }
 }
 
-// A record in front of a request: it concerns the connection, or comes late for a request that has
-// ended, as an ABORT_REQUEST may.
+// Handles a record that comes before a request. It concerns the whole connection, or a request that
+// has ended already, as a late ABORT_REQUEST does.
 void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size_t size)
 {
     const Record record(bytes);
@@ -257,7 +257,7 @@ void BwaFcgiAcceptLoop::takeForeignRecord(int connection, char* bytes, std::size
                 send(connection,
                      answerToManagement(record, bytes + BwaFcgiRecords::headerSize,
                                         m_connections->mostWaiting())))) {
-        // What follows is reported by epoll, after other connections.
+        // epoll will report what follows, after other connections have had their turn.
         m_connections->watchInput(connection);
     } else {
         m_connections->closeNow(connection);
@@ -294,20 +294,20 @@ void BwaFcgiAcceptLoop::takeHeader(int connection)
     }
 }
 
-// Makes libfcgi read the header, which is complete. It reads from @a header, or, when that is null,
-// from the connection, which then has all the input of the request as well.
+// Makes libfcgi read the complete header: from @a header, or, when that is null, from the
+// connection, on which all the input of the request has arrived as well.
 void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
 {
     m_connections->deleteEnded();
     auto request = std::make_unique<FCGX_Request>();
     FCGX_InitRequest(request.get(), m_listening, 0);
-    // These fields tell libfcgi that it has served a request on this connection before, so that it
-    // reads from it. With a socket to accept from, it would wait for another connection after a
-    // header that it refuses.
+    // These fields make libfcgi take the descriptor for a kept connection and read from it. If it
+    // had a socket to accept from, it would wait for another connection after a header that it
+    // refuses.
     request->ipcFd = header ? fillHeaderFile(*header) : connection;
     request->keepConnection = 1;
     request->listen_sock = -1;
-    request->detached = 1; // a descriptor with a refused header is closed at once
+    request->detached = 1; // libfcgi closes the descriptor at once if it refuses the header
     const int result = FCGX_Accept_r(request.get());
     if (result != 0) {
         if (header) {
@@ -322,15 +322,15 @@ void BwaFcgiAcceptLoop::acceptRequest(int connection, const QByteArray* header)
     request->listen_sock = m_listening;
     request->detached = 0;
     if (FCGX_GetError(request->in) != 0) {
-        BwaFcgiExchange::drop(request.release(), m_connections); // the parameters were cut short
+        BwaFcgiExchange::drop(request.release(), m_connections); // a parameter is incomplete
     } else {
         giveAway(connection, request.release(), !header);
     }
 }
 
 // Writes @a header to the file from which libfcgi will read it, and returns the file; when that
-// fails, closes the file and returns -1. The file is made before it is needed, because a request
-// must not fail when descriptors have run out.
+// fails, closes the file and returns -1. The constructor creates the file, so that requests can be
+// read even when descriptors have run out.
 int BwaFcgiAcceptLoop::fillHeaderFile(const QByteArray& header)
 {
     if (m_headerFile < 0) {

@@ -15,13 +15,16 @@
 #include <functional>
 
 /**
- * What the accepting thread does: accepts connections, waits until the header of a request is
- * whole, and only then has libfcgi read it. So no web server can make another one wait.
+ * The loop of the accepting thread. It accepts connections, waits until the header of a request is
+ * complete, and only then has libfcgi read it, so that no web server can make another one wait.
  */
 class BwaFcgiAcceptLoop
 {
 public:
-    /** What other threads ask of a running loop; they call BwaFcgiConnections::wake() then. */
+    /**
+     * Flags that other threads set for a running loop. After setting one they call
+     * BwaFcgiConnections::wake().
+     */
     struct Orders {
         const std::atomic<bool>& stop;  // end at once
         const std::atomic<bool>& drain; // accept no more, and end when no request is open
@@ -68,7 +71,7 @@ private:
     Orders m_orders;
     std::function<void(FCGX_Request*)> m_handOver;
     const QByteArray m_webServers; // the only IPv4 addresses that may connect; empty: all may
-    int m_headerFile;              // in memory; for a header that libfcgi is to read; -1: none
+    int m_headerFile;              // a file in memory from which libfcgi reads headers; -1: none
     bool m_isDraining = false;
     qint64 m_shortSince = 0; // ms of the steady clock; 0: no shortage of descriptors
     QString m_failure;

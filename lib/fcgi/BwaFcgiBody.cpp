@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Each call of recvmsg() takes three things: the content that is wanted; content that is read
-// ahead; and, when that is all that is left of the record's content, the tail after it: padding and
-// the header of the next record.
+// Each call of recvmsg() reads up to three things: the content that the caller wants; more content
+// of the record, which is read ahead; and, if no other content of the record is left, its tail,
+// which is the padding and the header of the next record.
 
 #include "fcgi/BwaFcgiBody_p.h"
 #include "fcgi/BwaFcgiRecords_p.h"
@@ -47,8 +47,8 @@ std::size_t BwaFcgiBody::takeAhead(char* buffer, std::size_t size)
     return taken;
 }
 
-// Takes what comes next, and adds the number of its bytes of content to @a taken. Returns false
-// when nothing has come and when the body has failed.
+// Receives once, and adds the number of content bytes in @a buffer to @a taken. Returns false when
+// nothing has arrived and when the body has failed.
 bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t* taken)
 {
     char tail[256 + sizeof m_header];
@@ -85,7 +85,7 @@ bool BwaFcgiBody::receive(char* buffer, std::size_t size, Wait wait, std::size_t
     return true;
 }
 
-// After the timeout the body has failed, so that the next read does not wait once more.
+// Marks the body as failed after the timeout, so that the next read does not wait again.
 bool BwaFcgiBody::waitForInput()
 {
     pollfd input = {m_connection, POLLIN, 0};
@@ -123,6 +123,6 @@ void BwaFcgiBody::takeHeader()
         m_skipLeft = record.paddingSize;
         m_isLastRecord = record.contentSize == 0;
     } else {
-        m_state = Failed; // aborted, or no record that may come here
+        m_state = Failed; // an ABORT_REQUEST, or a record that is not allowed here
     }
 }

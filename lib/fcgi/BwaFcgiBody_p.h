@@ -8,14 +8,14 @@
 #include <memory>
 
 /**
- * The body of a request of which libfcgi has read no input: takes its STDIN records from the
- * connection right into the caller's buffer, where libfcgi would copy them from pieces of 8 KiB.
+ * The body of a request of which libfcgi has read no input: reads its STDIN records from the
+ * connection straight into the caller's buffer. libfcgi would read pieces of 8 KiB and copy them.
  *
- * A read that waits and ends within a record, as those of multipart bodies do, takes up to 32 KiB
- * more of it, and keeps that for the next reads.
+ * A read that may wait and ends within a record, as those of multipart bodies do, reads up to 32
+ * KiB more of the record and keeps them for the next reads.
  *
- * It can also be read without waiting. libfcgi cannot: of a record's header that has come in part,
- * it forgets that part.
+ * A body can also be read without waiting. libfcgi cannot do that: when only a part of a record's
+ * header has arrived, it loses that part.
  */
 class BwaFcgiBody
 {
@@ -26,8 +26,8 @@ public:
     enum Wait { ForAll, ForNothing };
     /**
      * Reads up to @a size bytes and returns how many. There are fewer at the end of the body, after
-     * a failure, when the web server sends nothing for too long, and, with ForNothing, when no more
-     * have come.
+     * a failure, and when the web server sends nothing until the timeout. ForAll waits for all of
+     * them; ForNothing never waits, and returns what has arrived.
      */
     std::size_t read(char* buffer, std::size_t size, Wait wait);
 

@@ -7,7 +7,9 @@
 #include <chrono>
 #include <cstdint>
 
-/** The clock of deadlines and durations, which nobody sets. */
+/**
+ * The steady clock, for deadlines and durations: it goes on evenly when the system's time is set.
+ */
 namespace BwaFcgiClock {
 
 /** Milliseconds of the steady clock. */

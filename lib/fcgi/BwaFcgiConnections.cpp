@@ -17,12 +17,12 @@
 namespace {
 
 const std::int64_t headerTime = 10000; // ms from the first byte of a header to its last
-const std::int64_t lingerTime = 1000;  // ms that an ended connection waits for its close
+const std::int64_t lingerTime = 1000;  // ms until an ended connection is closed
 const std::int64_t drainTime = 1000;  // ms that a new connection has for its request while draining
-const std::int64_t lastUseTime = 200; // ms that a kept connection has for one while draining
-const std::int64_t silentTime = 1000; // ms of silence, after which closeOldest() may close one
+const std::int64_t lastUseTime = 200; // the same for a kept connection
+const std::int64_t silentTime = 1000; // ms of silence before closeOldest() may close one
 const int mostEvents = 64;
-const int mostReads = 16; // of an ended connection, before others have their turn
+const int mostReads = 16; // of an ended connection, before other connections have their turn
 
 // Whether an ABORT_REQUEST comes next. To be called only when the whole input of the request has
 // been read, so that the next byte begins a record.
@@ -64,12 +64,12 @@ bool BwaFcgiConnections::open(int listening)
     m_listeningHasEnded = false;
     m_keeps = true;
     epoll_event wakeUp = {};
-    wakeUp.events = EPOLLIN | EPOLLET; // so nobody has to read it
+    wakeUp.events = EPOLLIN | EPOLLET; // edge-triggered, so that nobody has to reset it by reading
     wakeUp.data.fd = m_wakeUp;
     epoll_event connection = {};
     connection.events = EPOLLIN | EPOLLRDHUP;
     connection.data.fd = listening;
-    return m_epoll >= 0 && m_wakeUp >= 0 && // otherwise errno says why
+    return m_epoll >= 0 && m_wakeUp >= 0 && // when false, errno says why
         ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, m_wakeUp, &wakeUp) == 0 &&
         ::epoll_ctl(m_epoll, EPOLL_CTL_ADD, listening, &connection) == 0;
 }
@@ -93,8 +93,8 @@ void BwaFcgiConnections::close()
     }
 }
 
-// Connections that wait are not closed at once: a web server may have picked one just now, for a
-// request that is on its way.
+// Waiting connections are not closed at once: a web server may have chosen one for a request that
+// is on its way.
 void BwaFcgiConnections::stopKeeping(int listening)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -162,7 +162,7 @@ void BwaFcgiConnections::handleEvent(int descriptor, std::uint32_t events)
             noteNews(descriptor, connection);
         }
         break;
-    case Connection::Closed: // the last report of a connection that has been closed meanwhile
+    case Connection::Closed: // reported before the connection was closed
         break;
     }
 }
@@ -185,7 +185,7 @@ void BwaFcgiConnections::tellGone(int descriptor)
         m_gone.push_back(descriptor);
         whenGone();
     } catch (const std::exception&) {
-        // When memory is short, nobody is told, but isGone() still answers.
+        // Memory is short. whenGone() is not called, but isGone() still returns true.
     }
 }
 
@@ -204,7 +204,7 @@ void BwaFcgiConnections::discardInput(int connection)
         size = ::recv(connection, unread, sizeof unread, MSG_DONTWAIT);
     } while (size > 0 && ++reads < mostReads);
     if (size > 0) {
-        watchInput(connection); // epoll reports the rest, after other connections
+        watchInput(connection); // epoll reports the rest after other connections
     } else if (size == 0 || errno != EAGAIN) {
         closeNow(connection);
     }
@@ -232,7 +232,7 @@ void BwaFcgiConnections::watchInput(int connection)
     const std::lock_guard<std::mutex> lock(m_mutex);
     Connection& waiting = m_connections[static_cast<std::size_t>(connection)];
     if (m_keeps) {
-        waiting.deadline = 0; // for a record, which has been read in time
+        waiting.deadline = 0; // it was set for a record, which has been read in time
     }
     if (!watchWithEpoll(connection, waiting)) {
         release(connection);
@@ -268,14 +268,15 @@ void BwaFcgiConnections::serve(int connection, FCGX_Request* request, bool input
     if (isForListener) {
         m_untaken.push_back(request);
     } else {
-        // Whoever receives the request has libfcgi read its input, from a connection that must
-        // block for that, and does not give the connection back.
+        // The receiver of newRequest() has libfcgi read the input, for which the connection must be
+        // blocking, and does not give the connection back.
         ::fcntl(connection, F_SETFL, 0);
         request->keepConnection = 0;
     }
     Connection& served = m_connections[static_cast<std::size_t>(connection)];
     changeState(served, Connection::Served);
-    // After unread input there may be the next request, which epoll has reported already.
+    // Behind unread input the next request may have arrived. epoll has reported that already and
+    // will not do so again.
     served.hasNews = !inputIsWhole;
     served.inputIsWhole = inputIsWhole;
     served.deadline = 0;
@@ -316,7 +317,7 @@ void BwaFcgiConnections::setMostWaiting(int requests)
 BwaFcgiConnections::Input BwaFcgiConnections::take(FCGX_Request* request)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    // Requests are taken in their order, so the first one is found at once.
+    // The listener takes requests in the order of acceptance, so the search ends at the first one.
     const auto found = std::find(m_untaken.begin(), m_untaken.end(), request);
     if (found == m_untaken.end()) {
         return Input::Unknown;
@@ -418,12 +419,12 @@ void BwaFcgiConnections::closeNow(int connection)
             return;
         }
     }
-    ::close(connection); // without the lock, which the other thread would wait for
+    ::close(connection); // after unlocking, so that the other thread does not wait for it
 }
 
 void BwaFcgiConnections::wake()
 {
-    const std::lock_guard<std::mutex> lock(m_mutex); // so that the waiter cannot miss it
+    const std::lock_guard<std::mutex> lock(m_mutex); // or the waiter could miss it
     signalWakeUp();
     m_room.notify_one();
 }
@@ -476,7 +477,7 @@ void BwaFcgiConnections::closeOverdue()
     }
 }
 
-// Watching a connection once more makes epoll report input that is there already.
+// To watch a connection that is watched already makes epoll report input that has arrived.
 bool BwaFcgiConnections::watchWithEpoll(int descriptor, Connection& connection)
 {
     epoll_event event = {};
@@ -512,7 +513,7 @@ bool BwaFcgiConnections::markClosed(int descriptor)
     changeState(connection, Connection::Closed);
     connection = Connection();
     if (!m_keeps) {
-        signalWakeUp(); // the last connection may have been waited for
+        signalWakeUp(); // the accepting thread may wait for the last connection to close
     }
     return true;
 }

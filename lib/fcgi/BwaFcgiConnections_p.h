@@ -32,8 +32,8 @@ class BwaFcgiRequest;
  * the listener's thread while a request of it is served. Both threads use this class; a mutex
  * guards every move from one to the other.
  *
- * epoll watches connections edge-triggered, also while they are served: giving one back takes no
- * system call unless something has come meanwhile.
+ * epoll watches connections edge-triggered, also while a request on them is served. So giving a
+ * connection back takes no system call, unless something has arrived meanwhile.
  */
 class BwaFcgiConnections
 {
@@ -53,11 +53,14 @@ public:
 
     /** Starts to watch @a listening, a non-blocking socket; false when descriptors are short. */
     bool open(int listening);
-    /** Closes the connections that wait; those that are served close when their request ends. */
+    /**
+     * Closes the connections that wait. Those whose request is being served are closed when it
+     * ends.
+     */
     void close();
     /** Watches @a listening no more. From now on no connection is kept. */
     void stopKeeping(int listening);
-    /** Whether a connection is kept when its web server wants it. In any thread. */
+    /** Whether connections are kept for web servers that want that. May be called in any thread. */
     bool areKept() const { return m_keeps; }
     /** Whether no request is open and no connection may still bring one. */
     bool isIdle();
@@ -72,7 +75,10 @@ public:
 
     /** Takes over a new connection, which is non-blocking. */
     void add(int connection);
-    /** Makes wait() return the connection when it has input, also when that is there already. */
+    /**
+     * Makes wait() return the connection when it has input, also when the input has arrived
+     * already.
+     */
     void watchInput(int connection);
     /** Whether the connection waits for a request, so that the accepting thread may read from it.
      */
@@ -101,19 +107,25 @@ public:
     /** What take() has found. */
     enum class Input { Unknown, Unread, Whole };
     /**
-     * Makes @a request the caller's. Whole: libfcgi has read all of its input already; Unread: none
-     * of it; Unknown: the request does not come from these connections.
+     * Hands @a request to the caller, who owns it from then on. Whole: libfcgi has read all of its
+     * input already; Unread: none of it; Unknown: the request does not come from these connections.
      */
     Input take(FCGX_Request* request);
-    /** Makes the next request that nobody has taken the caller's; null when there is none. */
+    /**
+     * Hands the next request that nobody has taken to the caller, who owns it; null when there is
+     * none.
+     */
     FCGX_Request* takeNext();
 
     /**
-     * Makes nextGone() return @a request, once, when its client has gone. With null, it returns no
-     * request of this connection any more.
+     * Makes nextGone() return @a request, once, when its client has gone. With null, nextGone() no
+     * longer returns a request of this connection.
      */
     void watch(int connection, BwaFcgiRequest* request);
-    /** All input of the request has been read: an ABORT_REQUEST may come next. */
+    /**
+     * Tells that all input of the request has been read, so that the next record may be an
+     * ABORT_REQUEST.
+     */
     void noteEndOfInput(int connection);
     /** Whether the web server has closed the connection or aborted the request on it. */
     bool isGone(int connection);
@@ -121,12 +133,12 @@ public:
     BwaFcgiRequest* nextGone();
 
     /**
-     * Deletes @a request, of which nothing is left but its parameters. The accepting thread does so
-     * soon, because the thread that allocated memory frees it fastest; but one request at most
-     * waits for that, and a further call deletes it at once.
+     * Takes over @a request, of which nothing is left but its parameters, and has the accepting
+     * thread delete it soon: the thread that allocated memory frees it fastest. At most one request
+     * waits for that; a further call deletes the waiting one at once.
      */
     void deleteLater(FCGX_Request* request) { deleteParameters(m_ended.exchange(request)); }
-    /** Deletes the request that waits for it. For the accepting thread. */
+    /** Deletes the request that deleteLater() has stored. For the accepting thread. */
     void deleteEnded() { deleteParameters(m_ended.exchange(nullptr)); }
 
     /** Waits for the next request on a connection whose input has been read. */
@@ -141,8 +153,8 @@ public:
     /** Ends wait() and waitForRoom(). */
     void wake();
 
-    bool isForListener = false;          // requests are taken with take(); set before open()
-    BwaFcgiListener* listener = nullptr; // not owned; for its own thread; null once it has gone
+    bool isForListener = false;          // its requests are fetched with take(); set before open()
+    BwaFcgiListener* listener = nullptr; // not owned; for its thread; null once destroyed
     // Called when nextGone() has a request: by wait() and watch(), so in either thread. It must not
     // call this object, which is locked.
     std::function<void()> whenGone;

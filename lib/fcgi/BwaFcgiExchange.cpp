@@ -15,7 +15,7 @@
 
 namespace {
 
-const int mostUnread = 64 * 1024; // bytes that are read to save a connection
+const int mostUnread = 64 * 1024; // bytes of input, dropped so that a connection can be kept
 
 void finishAndDelete(FCGX_Request* request)
 {
@@ -23,7 +23,8 @@ void finishAndDelete(FCGX_Request* request)
     delete request;
 }
 
-// The accepting thread has allocated the parameters, some dozen pieces, and frees them fastest.
+// Leaves the parameters to the accepting thread: it has allocated them, in some dozen pieces, and
+// frees them fastest.
 void deleteInTwoSteps(FCGX_Request* request, BwaFcgiConnections* connections)
 {
     FCGX_Request parameters = {};
@@ -33,8 +34,8 @@ void deleteInTwoSteps(FCGX_Request* request, BwaFcgiConnections* connections)
     connections->deleteLater(request);
 }
 
-// Ends the reply. What a failed write has cut off within a record must not be followed by another
-// one, which the web server would take for the rest of it.
+// Ends the reply. A write that failed may have stopped within a record. Then nothing more is sent,
+// because the web server would take another record for the rest of that one.
 void closeStreams(FCGX_Request* request)
 {
     if (FCGX_GetError(request->out) != 0 || FCGX_GetError(request->err) != 0) {
@@ -79,8 +80,8 @@ int BwaFcgiExchange::readWith(BwaFcgiBody::Wait wait, char* buffer, int size)
                   : FCGX_GetStr(buffer, size, m_request->in);
 }
 
-// Without m_body, libfcgi reads. It has all of the input already, unless the connection is not a
-// listener's: then it waits.
+// Without m_body, libfcgi reads. On a listener's connection it has all of the input already; on
+// another connection it waits for input.
 QByteArray BwaFcgiExchange::readAvailable(unsigned int most)
 {
     QByteArray bytes(static_cast<BwaSize>(std::min(most, BwaReadInPieces::mostBytes)),
@@ -134,7 +135,7 @@ void BwaFcgiExchange::complete()
 {
     closeStreams(m_request);
     if (m_connections && !m_connections->areKept()) {
-        // At once, so that a web server that keeps connections does not pick this one.
+        // Tells a web server that keeps connections not to choose this one for its next request.
         ::shutdown(m_request->ipcFd, SHUT_WR);
     }
     const bool isReplySent = FCGX_GetError(m_request->out) == 0;
@@ -142,13 +143,14 @@ void BwaFcgiExchange::complete()
         leaveConnection(isReplySent);
         deleteInTwoSteps(std::exchange(m_request, nullptr), m_connections.data());
     } else {
-        m_request->keepConnection = 0;                 // nobody waits for its next request
-        m_request->detached = inputHasEnded() ? 1 : 0; // closes at once; else waits for the peer
+        m_request->keepConnection = 0;                 // nobody would read the next request
+        m_request->detached = inputHasEnded() ? 1 : 0; // 1: close at once; 0: wait for the peer
         finishAndDelete(std::exchange(m_request, nullptr));
     }
 }
 
-// Closing a connection with input unread resets it, and a reply on its way may be lost.
+// Keeps the connection or closes it. To close a connection that has unread input resets it, and the
+// web server may lose the reply; so such a connection lingers.
 void BwaFcgiExchange::leaveConnection(bool isReplySent)
 {
     const bool hasEnded = isReplySent && inputHasEnded();
@@ -162,7 +164,7 @@ void BwaFcgiExchange::leaveConnection(bool isReplySent)
     }
 }
 
-// Reads what has come of the input, without a wait.
+// Reads and drops the input that has arrived, without waiting. Returns whether the input has ended.
 bool BwaFcgiExchange::inputHasEnded()
 {
     char unread[4096];

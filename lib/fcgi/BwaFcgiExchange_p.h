@@ -35,17 +35,19 @@ public:
      */
     void join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole);
 
-    /** Not owned; null when it has gone and when the connection is not a listener's. */
+    /**
+     * The listener; not owned; null once destroyed, and when the connection is not a listener's.
+     */
     BwaFcgiListener* listener() const { return m_connections ? m_connections->listener : nullptr; }
 
     /**
-     * Reads the next @a size bytes of the body into @a buffer and returns how many; fewer at its
-     * end and when the web server fails.
+     * Reads the next @a size bytes of the body into @a buffer and returns how many there were:
+     * fewer at the end of the body and when the web server fails.
      */
     int read(char* buffer, int size);
     /**
-     * Up to @a most bytes of the body that have come and have not been read. Never waits when the
-     * connection is a listener's.
+     * The bytes of the body that have arrived and have not been read, @a most at most. Never waits
+     * when the connection is a listener's.
      */
     QByteArray readAvailable(unsigned int most);
     /** Whether readAvailable() will return nothing more. */
@@ -53,11 +55,11 @@ public:
 
     /** Lets reads and writes of libfcgi wait for the web server, as long as the listener says. */
     void waitForPeer();
-    /** Whether the web server takes more of the reply without a wait. */
+    /** Whether more of the reply can be written without waiting for the web server. */
     bool canWrite() const;
     /** Whether the web server has closed the connection or aborted the request. */
     bool isGone() const;
-    /** Tells @a request through the listener, once, when isGone() becomes true. */
+    /** Has the listener tell @a request, once, when isGone() becomes true. */
     void watch(BwaFcgiRequest* request);
 
     /**
@@ -65,7 +67,7 @@ public:
      * it is closed a little later.
      */
     void complete();
-    /** Ends a request that nobody answers: its connection is closed at once. */
+    /** Ends a request without a reply, and closes its connection at once. */
     static void drop(FCGX_Request* request, BwaFcgiConnections* connections);
 
 private:

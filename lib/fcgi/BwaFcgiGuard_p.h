@@ -7,8 +7,8 @@
 #include "fcgi/BwaFcgiRequest.h"
 
 /**
- * Knows, as long as it lives, whether a request has been deleted. Guards of one request nest: that
- * of a processor lives within that of its dispatcher, and this one within that of the listener.
+ * Knows, as long as it exists, whether a request has been deleted. Guards of one request nest: the
+ * listener's is the outermost, then come those of the dispatchers, then that of the processor.
  */
 class BwaFcgiRequest::Guard
 {

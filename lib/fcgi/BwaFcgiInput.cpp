@@ -12,7 +12,8 @@
 
 namespace {
 
-// The names of CGI differ in their size, their middle and their end.
+// A hash of a variable's name, made of its size, its middle and its last character: these tell the
+// names of CGI variables apart.
 template <typename Character>
 unsigned int hashOf(const Character* name, BwaSize size)
 {
@@ -23,10 +24,10 @@ unsigned int hashOf(const Character* name, BwaSize size)
 
 const unsigned int smallRead = 4096; // bytes
 
-// Small reads return this buffer, so that they allocate nothing; while a caller keeps what it got,
-// other reads allocate. An allocation above 1 KiB makes malloc join all small free pieces, and then
-// split them again for the strings of the request. That was a quarter of the cost of a form of 50
-// fields.
+// Small reads return this buffer, so that they allocate nothing. As long as a caller keeps a
+// result, further reads allocate. An allocation above 1 KiB makes malloc join all small free
+// pieces, and then split them again for the strings of the request. That was a quarter of the cost
+// of a form of 50 fields.
 QByteArray& keptBuffer()
 {
     thread_local QByteArray buffer = [] {
@@ -39,8 +40,8 @@ QByteArray& keptBuffer()
 
 } // namespace
 
-// Few of the variables are ever asked for. So their bytes are copied in one go, and getenv() makes
-// text of those that it is asked for.
+// Applications ask for few of the variables. So the constructor only copies their bytes, and
+// getenv() converts the one that it returns.
 BwaFcgiRequest::BwaFcgiInput::BwaFcgiInput(FCGX_Request* request)
     : m_request(request)
     , m_exchange(nullptr)
@@ -94,7 +95,7 @@ QByteArray BwaFcgiRequest::BwaFcgiInput::read(unsigned int size)
 QString BwaFcgiRequest::BwaFcgiInput::getenv(const QString& name)
 {
     int index = m_buckets[hashOf(name.utf16(), name.size()) % bucketCount];
-    while (index >= 0) { // from the last to the first: the last counts
+    while (index >= 0) { // from the last variable to the first, because the last one counts
         const Variable& variable = m_variables.at(index);
         const QLatin1String variableName(m_text.constData() + variable.position, variable.nameSize);
         if (name == variableName) {

@@ -4,18 +4,19 @@
 #ifndef BWAFCGILIBRARY_P_H
 #define BWAFCGILIBRARY_P_H
 
-/** libfcgi as a whole, of which each process has one. */
+/** Sets libfcgi up and shuts it down, for the whole process. */
 namespace BwaFcgiLibrary {
 
 /**
- * Sets libfcgi up, once. It would take SIGTERM and SIGUSR1 for itself, so that the process outlives
- * its SIGTERM: their dispositions stay as they were, and one that comes meanwhile is not lost.
+ * Sets libfcgi up at the first call. libfcgi would install handlers for SIGTERM and SIGUSR1, and
+ * SIGTERM would no longer end the process. This keeps the dispositions of both signals as they
+ * were; a signal that arrives meanwhile is not lost.
  */
 void initialize();
 
 /** Shuts libfcgi down, for good: no listener of this process can accept any more. */
 void shutDown();
-/** Whether that has been done. */
+/** Whether shutDown() has been called. */
 bool isShutDown();
 
 } // namespace BwaFcgiLibrary

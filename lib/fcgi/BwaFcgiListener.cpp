@@ -53,7 +53,7 @@ BwaFcgiListener::BwaFcgiListener(const QMap<QString, BwaAbstractFcgiService*>& s
 BwaFcgiListener::~BwaFcgiListener()
 {
     m_thread.quit();
-    // Again and again: the thread may be about to open its socket.
+    // Repeated, because the thread may not have opened its socket yet.
     do {
         m_worker.stopListening();
     } while (!m_thread.wait(stopInterval));
@@ -62,7 +62,7 @@ BwaFcgiListener::~BwaFcgiListener()
     Q_ASSERT(!m_worker.m_stopRequested);
     m_connections->listener = nullptr;
     m_connections->whenGone = nullptr;
-    // Their signals are queued, and Qt drops those together with this object.
+    // The signals that announce these requests are still queued; Qt drops them with this object.
     while (FCGX_Request* const request = m_connections->takeNext()) {
         BwaFcgiExchange::drop(request, m_connections.data());
     }
@@ -124,7 +124,8 @@ bool BwaFcgiListener::startThread()
         }
         m_thread.quit();
         m_thread.wait();
-        // The end has posted another quit(), which must not reach the thread that starts now.
+        // The thread that has ended posted a further quit(), which must not end the one that starts
+        // now.
         QCoreApplication::removePostedEvents(&m_thread, QEvent::MetaCall);
     }
     m_worker.m_hasEnded = false;
@@ -156,7 +157,7 @@ void BwaFcgiListener::newRequest(FCGX_Request* request)
             wrapper->abandon(); // not deleted: the service may still hold it
         });
     if (livesOn) {
-        wrapper->goOn(); // NOLINT(clang-analyzer-cplusplus.NewDelete): the guard knows that it does
+        wrapper->goOn(); // NOLINT(clang-analyzer-cplusplus.NewDelete): the guard says so
     }
 }
 

@@ -29,8 +29,8 @@ class BwaFcgiRequest;
  *     listener.listen(path); // a Unix socket, or a TCP port such as "127.0.0.1:9000"
  *
  * The listener's thread must run an event loop. Requests are served one after another, in the order
- * in which their headers were complete. A web server that is slow, silent or half done makes no
- * other one wait; connections are kept open when the web server asks for it.
+ * in which their headers were complete. A web server that is slow, silent or stops within a request
+ * makes no other one wait. Connections are kept open when the web server asks for it.
  */
 class BWA_EXPORT BwaFcgiListener : public QObject
 {
@@ -45,32 +45,35 @@ public:
                              QObject* parent = nullptr);
     /**
      * Ends listening, waits for the accepting thread, and drops the requests that have been
-     * accepted and not yet handed out. With the last listener of the process libfcgi is shut down:
-     * no listener that is made later can accept.
+     * accepted but not yet handed to a service. The last listener of the process shuts libfcgi
+     * down: a listener that is constructed later cannot listen.
      */
     ~BwaFcgiListener() override;
 
     /**
-     * Accepts who has connected already, closes the listening socket without shutting it down, and
-     * goes on answering; drained() follows. For an orderly end: destroy the listener then. With a
-     * socket that was handed over nothing is lost, as the next process has it, too. Until drained()
-     * listen() does nothing.
+     * Begins an orderly end: accepts the connections that are waiting already, closes the listening
+     * socket, and goes on answering. drained() follows when all is answered; then destroy the
+     * listener. The socket is not shut down: if it was handed over, the next process accepts from
+     * it and no request is lost. Until drained(), listen() does nothing.
      */
     void stopAccepting();
     /** Why listening could not start or has ended by itself; null when neither has happened. */
     QString errorString();
 
-    /** How many connections may wait to be accepted, 50 unless set. For the next listen(). */
+    /**
+     * Sets how many connections may wait to be accepted, 50 unless set; takes effect at the next
+     * listen().
+     */
     void setBacklog(int connections);
     /**
-     * How many accepted requests may wait for their service, 1024 unless set and 1 at least.
-     * Further ones stay in their connections until a service has returned.
+     * Sets how many accepted requests may wait until their service is called: 1024 unless set, 1 at
+     * least. Further requests are not read from their connections until a service has returned.
      */
     void setMostWaiting(int requests);
     /**
-     * How long a service waits for a web server that sends nothing more of a body, or takes nothing
-     * of a reply: milliseconds, 10,000 unless set, 0 without end. Then the body is cut short, or
-     * the rest of the reply is lost, and the connection is closed.
+     * Sets how long reading a body waits for a web server that sends nothing, and writing a reply
+     * for one that takes nothing: in milliseconds, 10,000 unless set, 0 for ever. After that the
+     * body ends early, or the rest of the reply is lost, and the connection is closed.
      */
     void setTransferTimeout(int milliseconds);
 
@@ -85,9 +88,9 @@ public:
     // Settled: signals and slots keep this order, in which the meta-object lists them. A new one
     // follows the others of its kind.
 Q_SIGNALS:
-    /** For the accepting thread only. */
+    /** Internal: tells the accepting thread to listen. */
     void startListening(quint16 listeningPort = 0);
-    /** For the accepting thread only. */
+    /** Internal: tells the accepting thread to listen. */
     void startListening(const QString& unixSocket);
     /**
      * Listening could not start or has ended by itself; errorString() says why. listen() may be

@@ -87,7 +87,7 @@ void BwaFcgiListenerThread::internalListen(const QString& address)
     if (!m_stopRequested && m_drainRequested) {
         m_whenDrained();
     }
-    m_stopRequested = false; // the last that the thread does with this object
+    m_stopRequested = false; // must be the thread's last access to this object
 }
 
 bool BwaFcgiListenerThread::openSocket(const QString& address)
@@ -110,8 +110,8 @@ bool BwaFcgiListenerThread::openSocket(const QString& address)
     if (descriptor < 0) {
         return false;
     }
-    // Another process may share a socket that was handed over. When it accepts the connection that
-    // this one was told of, accepting must fail, not wait.
+    // Another process may share a socket that was handed over, and may accept a connection before
+    // this one does. Then accept() must fail, not wait.
     ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_descriptor = descriptor;
@@ -119,7 +119,8 @@ bool BwaFcgiListenerThread::openSocket(const QString& address)
     return true;
 }
 
-// Why no more can be accepted; null when that was wanted.
+// Accepts requests until it is told to stop. Returns why it cannot go on; null when it was told to
+// stop.
 QString BwaFcgiListenerThread::acceptRequests()
 {
     BwaFcgiAcceptLoop loop(m_descriptor, m_connections.data(), {m_stopRequested, m_drainRequested},

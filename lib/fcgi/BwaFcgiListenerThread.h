@@ -43,9 +43,9 @@ public:
     // follows the others of its kind.
 Q_SIGNALS:
     /**
-     * A request has been accepted; made by plain new, the receiver owns it. When a directly
-     * connected slot throws a std::exception, the request is dropped: the slot must not have
-     * deleted it.
+     * A request has been accepted. The receiver owns @a request, which was made by plain new. When
+     * a directly connected slot throws a std::exception, the request is dropped: the slot must not
+     * have deleted it.
      */
     void newRequest(FCGX_Request* request);
     /** Listening could not start or has ended by itself. */
@@ -76,7 +76,7 @@ private:
     bool m_isRunning;                   // listen() has opened its socket; under m_mutex
     QString m_errorString;              // null: no error; under m_mutex
     QSharedPointer<BwaFcgiConnections> m_connections; // shared with the listener
-    std::function<void()> m_whenDrained; // called when listen() has ended after stopAccepting()
+    std::function<void()> m_whenDrained;              // called when listen() has ended by draining
 };
 
 #endif

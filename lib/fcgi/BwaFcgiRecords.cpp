@@ -15,7 +15,7 @@ std::size_t byteAt(const char* bytes, std::size_t index)
     return static_cast<unsigned char>(bytes[index]);
 }
 
-// How many bytes the length in front of a name or a value takes.
+// How many bytes the length of a name or a value takes in a record: one or four.
 std::size_t sizeOfLength(const char* bytes)
 {
     return byteAt(bytes, 0) > 127 ? 4 : 1;
@@ -35,7 +35,7 @@ QByteArray recordOf(char type, const QByteArray& content)
 }
 
 // Whether @a name is among the names and values in the content of a record. Each pair is two
-// lengths and two texts. A length above 127 takes four bytes; nothing that is looked for is as
+// lengths and two texts. A length above 127 takes four bytes. No name that is searched for is that
 // long, so the search ends at such a pair.
 bool hasName(const char* content, std::size_t size, const char* name)
 {
@@ -107,7 +107,7 @@ Verdict HeaderScan::scan(const char* bytes, std::size_t size)
     return m_isBroken ? Verdict::Broken : isComplete() ? Verdict::Complete : Verdict::Incomplete;
 }
 
-// Takes bytes of one kind, and returns how many.
+// Takes bytes of one kind (content, padding or a record's header), and returns how many.
 std::size_t HeaderScan::take(const char* bytes, std::size_t size)
 {
     if (m_contentLeft > 0) {
@@ -163,7 +163,7 @@ bool isWholeInput(const char* bytes, std::size_t size, int requestId)
 
 QByteArray answerToManagement(const Record& record, const char* content, int mostRequests)
 {
-    if (record.type != GetValues) { // answered with the type UNKNOWN_TYPE
+    if (record.type != GetValues) { // the answer has the type UNKNOWN_TYPE
         return recordOf(11, QByteArray(1, static_cast<char>(record.type)) + QByteArray(7, '\0'));
     }
     QByteArray values;

@@ -8,8 +8,7 @@
 
 #include <cstddef>
 
-/** The records of the FastCGI specification 1.0, as far as they are read before libfcgi is asked.
- */
+/** The records of FastCGI 1.0, as far as this library reads them itself. */
 namespace BwaFcgiRecords {
 
 const std::size_t headerSize = 8; // bytes of each record's own header
@@ -33,8 +32,8 @@ struct Record {
 };
 
 /**
- * Follows the lengths of the names and values in a request's header. libfcgi allocates what a
- * length announces before it has come, and ends the process when it cannot.
+ * Checks the lengths of the names and values in a request's header. libfcgi allocates memory for an
+ * announced length at once, and ends the process when it gets none.
  */
 class LengthScan
 {

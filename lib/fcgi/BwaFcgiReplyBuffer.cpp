@@ -13,7 +13,7 @@
 
 namespace {
 
-const qint64 mostUnwatched = 8000; // bytes; libfcgi writes to the connection when it has 8192
+const qint64 mostUnwatched = 8000; // bytes before writing may wait; libfcgi sends every 8192
 
 bool startsWith(const char* line, const char* prefix, std::size_t size)
 {

@@ -13,19 +13,19 @@
 class BwaFcgiExchange;
 
 /**
- * What a reply is written to. It counts bytes, reads the status, and spares the web server flushes
- * that it cannot use.
+ * The stream buffer that a reply is written to. It counts bytes, reads the status, and holds back
+ * flushes that are of no use to the web server.
  *
- * Nothing of a header block is of use before its empty line. So the flushes within a header block,
- * the one that comes with its last line end, and those of a page that is written in one go, wait
- * for what follows: the next flush, a full buffer or the end of the reply.
+ * A web server can use nothing of a header block before its empty line. So three kinds of flushes
+ * wait for the next flush, a full buffer or the end of the reply: those within a header block, the
+ * one that comes with its last line end, and those of a page that is written in one go.
  */
 class BwaFcgiReplyBuffer : public fcgi_streambuf
 {
     Q_DISABLE_COPY(BwaFcgiReplyBuffer)
 
 public:
-    /** Lets no flush out as long as it lives. */
+    /** Holds back all flushes as long as it exists. */
     class FlushHolder
     {
         Q_DISABLE_COPY(FlushHolder)

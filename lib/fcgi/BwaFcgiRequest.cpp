@@ -100,7 +100,7 @@ BwaFcgiRequest::ErrorStream::ErrorStream(FCGX_Stream* errors)
 {
 }
 
-// For an exception that no request's log can take any more.
+// Logs an exception on Qt's debug channel, for requests whose err() can no longer be used.
 void BwaFcgiRequest::logException(const std::exception& exception)
 {
     try {
@@ -108,18 +108,19 @@ void BwaFcgiRequest::logException(const std::exception& exception)
         qDebug("An exception occurs while processing a FastCGI request: %s",
                what.toUtf8().constData());
     } catch (const std::exception&) {
-        // Without memory there is no line, but serving goes on.
+        // Memory is short. The line is lost, but serving goes on.
     }
 }
 
-// The request comes from a listener's connection.
+// Called for a request that comes from a listener's connection.
 void BwaFcgiRequest::join(const QSharedPointer<BwaFcgiConnections>& connections, bool inputIsWhole)
 {
     m_exchange->join(connections, inputIsWhole);
     m_input->m_exchange = m_exchange.get();
 }
 
-// The request has outlived its hook. Its client is not to wait for what has been written already.
+// Called when the request still exists after its hook has returned: sends what has been written so
+// far, so that the client need not wait for it.
 void BwaFcgiRequest::goOn()
 {
     m_outBuffer->sendAll();
@@ -134,7 +135,8 @@ void BwaFcgiRequest::tellGone()
     }
 }
 
-// A hook that forgets the reply leaves an empty one, which the web server makes 500 or 502 of.
+// Logs that a hook has deleted the request without a reply. The web server then answers with 500 or
+// 502.
 void BwaFcgiRequest::logMissingReply()
 {
     if (!m_request || !m_exchange->listener() || m_outBuffer->size() > 0) {
@@ -146,7 +148,7 @@ void BwaFcgiRequest::logMissingReply()
                                      "with path info \"%2\" was deleted without a reply")
                      .arg(environment.scriptName(), environment.pathInfo());
     } catch (const std::exception&) {
-        // Without memory there is no line.
+        // Memory is short. The line is lost.
     }
 }
 
@@ -175,8 +177,8 @@ void BwaFcgiRequest::finish(const QString& path)
     }
 }
 
-// Finishes while somebody may still hold the request: the streams take nothing and the body gives
-// nothing any more.
+// Finishes a request to which a service may still have a pointer. From then on its streams drop
+// what is written, and its body is empty.
 void BwaFcgiRequest::abandon()
 {
     std::ostream* const streams[] = {&out(), &err()};

@@ -95,16 +95,16 @@ public:
     /** The status code and reason phrase of @a error; those of 500 for a value that is no member.
      */
     static QPair<unsigned short, QString> standardHttpErrorParameters(StandardHttpError error);
-    /** Replies with the page of @a error. The request stays the caller's. */
+    /** Replies with the page of @a error. The caller still owns the request. */
     void sendHttpError(StandardHttpError error);
     /**
-     * Replies with a status and a small page that shows it. The request stays the caller's.
-     * @a reasonPhrase is not escaped. A std::exception is logged on err() and goes no further.
+     * Replies with a status and a small page that shows it. The caller still owns the request.
+     * @a reasonPhrase is not escaped. A std::exception is caught and logged on err().
      */
     void sendHttpError(unsigned short statusCode, const QString& reasonPhrase);
     /**
      * Replies with a header that makes the web server send the file at @a filePath (X-Sendfile).
-     * Whether it exists is the web server's business. The request stays the caller's. A
+     * The library does not check whether it exists. The caller still owns the request. A
      * std::exception is logged on err() and answered with 500.
      */
     void sendStaticFile(const QString& filePath, const QString& contentType,
@@ -114,8 +114,8 @@ public:
     QString fullPath() const;
 
     /**
-     * Up to @a most bytes of the body that have come and have not been read: for bodies that are
-     * taken piece by piece while other requests are served. Empty when nothing has come yet and
+     * The bytes of the body that have arrived and have not been read, @a most at most: for reading
+     * a body piece by piece while other requests are served. Empty when nothing has arrived yet and
      * when bodyIsOver(). Unlike BwaCgiRequest::readFromBody() it does not wait when the request
      * comes from a BwaFcgiListener. No limit applies. Not to be mixed with processBodyContent().
      */
@@ -124,27 +124,28 @@ public:
     bool bodyIsOver() const;
 
     /**
-     * Calls @a function once, in the thread of the request, when the web server has closed the
-     * connection or aborted the request: nobody waits for the reply any more. It may delete the
-     * request. It is only called for a request that is still to be answered when its hook has
-     * returned. A function set before is replaced.
+     * Has @a function called once, in the thread of the request, when the web server has closed the
+     * connection or aborted the request, so that nobody waits for the reply any more. The function
+     * may delete the request. It is called only for a request that still exists when its hook has
+     * returned. It replaces a function that was set before.
      *
      * nginx, Apache and HAProxy close the connection when their client goes away; lighttpd does
-     * not. What @a function throws ends the process.
+     * not. An exception that leaves @a function ends the process.
      */
     void onGone(const std::function<void()>& function);
     /** Whether the web server has closed the connection or aborted the request. */
     bool isGone() const;
     /**
-     * Whether the web server takes more of the reply at once. It does not while its client is slow
-     * and its own buffers are full: a stream then leaves something out instead of waiting, as every
-     * other request would wait, too. Room for 16 KiB may be counted on.
+     * Whether at least 16 KiB of the reply can be written without waiting. They cannot while the
+     * client is slow and the buffers of the web server are full. A stream of events should then
+     * leave something out: while a write waits, every other request waits, too.
      */
     bool canWrite() const;
     /**
-     * The descriptor of the connection, for a QSocketNotifier that tells when readAvailable() or
-     * canWrite() is worth asking again; -1 once finished. Not to be read, written or closed. Wait
-     * only after readAvailable() has returned nothing: readFromBody() reads ahead.
+     * The descriptor of the connection, for a QSocketNotifier that waits until readAvailable() or
+     * canWrite() may have a new result; -1 once finished. Do not read from it, write to it or close
+     * it. Wait for input only after readAvailable() has returned nothing, because readFromBody()
+     * reads ahead.
      */
     int connection() const;
 
@@ -159,7 +160,7 @@ public:
     BwaCgiRequest* cgiRequest() { return m_cgiRequest.get(); }
     /** The reply: a header block, then the body. */
     std::ostream& out() { return m_out; }
-    /** Messages for the web server's log, without line ends. */
+    /** Messages for the web server's log. Write no line ends. */
     std::ostream& err();
 
 private:

@@ -27,9 +27,10 @@ namespace BwaFcgiSocket {
 
 namespace {
 
-const int longestAddress = 1023; // bytes; libfcgi ends the process beyond
+const int longestAddress = 1023; // bytes; libfcgi ends the process when an address is longer
 
-// Binds once and lets go again. Nobody can connect meanwhile, as nothing listens.
+// Whether a socket can be bound to @a address. It is closed again at once; nobody can connect to
+// it, because it does not listen.
 bool canBind(int family, const sockaddr* address, socklen_t size)
 {
     const int descriptor = ::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -125,7 +126,7 @@ int open(const QByteArray& address, int backlog, QString* reason)
                       .arg(QString::fromLatin1(text), QString::fromLocal8Bit(std::strerror(errno)));
         return -1;
     }
-    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // a program that is started must not hold it open
+    ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // child programs must not inherit it
     return descriptor;
 }
 
@@ -154,7 +155,7 @@ int accept(int listening, const QByteArray& webServers)
         ::close(connection);
         return -ECONNABORTED;
     }
-    const int on = 1; // the end of a reply is not to wait for an acknowledgement of its beginning
+    const int on = 1; // or the end of a reply waits until its beginning is acknowledged
     ::setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     return connection;
 }

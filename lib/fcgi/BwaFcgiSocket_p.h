@@ -8,8 +8,8 @@
 #include <QString>
 
 /**
- * Sockets that libfcgi listens on. Its own function ends the process when it cannot bind, so
- * everything that can go wrong is tried first.
+ * Opens and accepts sockets. libfcgi's function to open one ends the process when it cannot bind,
+ * so everything that may fail in it is tried before.
  */
 namespace BwaFcgiSocket {
 
@@ -29,8 +29,8 @@ bool isListening(int descriptor);
  * @param webServers the only IPv4 addresses that may connect, separated by commas without blanks;
  *        everybody may when it is empty. As with FCGI_WEB_SERVER_ADDRS of libfcgi, connections that
  *        are not IPv4 are not checked: neither those of Unix sockets nor those of IPv6 ones.
- * @return the error number, negative, on failure; -EAGAIN when nobody has connected, -ECONNABORTED
- *         when somebody has who may not
+ * @return the descriptor; on failure the error number as a negative one: -EAGAIN when no connection
+ *         waits, and -ECONNABORTED for an address that is not allowed to connect
  */
 int accept(int listening, const QByteArray& webServers);
 

@@ -8,7 +8,7 @@
 
 #include <QString>
 
-/** A comment. The text must not hold "--", which nothing checks. */
+/** A comment. Its text must not contain "--", which nothing checks. */
 class BWA_EXPORT BwaHtmlComment : public BwaAbstractHtmlNode
 {
 public:

@@ -46,7 +46,7 @@ QLatin1String latin1(std::string_view text)
 // that belongs to the text, put another one in front, for Qt to drop.
 QString stringOf(std::string_view text)
 {
-    if (isAscii(text)) { // most texts are, and the conversion is faster then
+    if (isAscii(text)) { // as most texts are; converting ASCII is faster
         return latin1(text);
     }
     const std::string_view mark(byteOrderMark);
@@ -62,7 +62,7 @@ QVariant integerOf(qlonglong number)
     return number < 0 ? QVariant(number) : QVariant(static_cast<qulonglong>(number));
 }
 
-/** Turns a parsed text into variants. It calls itself as deep as the text is nested. */
+/** Turns a parsed text into variants. The recursion is as deep as the text is nested. */
 class VariantBuilder
 {
 public:

@@ -83,8 +83,8 @@ public:
     /** @} */
 
     /**
-     * Any number. One beyond the largest finite float is out of the range of a float. NaN and
-     * infinity, which no JSON text but a variant may hold, are always refused.
+     * Any number. A float takes no number beyond its largest finite one. NaN and infinity are
+     * always refused: no JSON text has them, but a variant may.
      * @{
      */
     static bool realNumberValue(const QVariant& value, float& out);

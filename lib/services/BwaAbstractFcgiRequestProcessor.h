@@ -30,9 +30,9 @@ public:
      * Reads and parses a JSON body: an object becomes a QVariantMap, an array a QVariantList.
      *
      * This function answers and logs two failures: a media type other than "application/json" or a
-     * charset other than "utf-8" with 415, a body that processBodyContent() refuses, also one
-     * beyond a limit, with 400. When the text is not what BwaJson::parse() accepts, the caller
-     * answers. The caller deletes the request in every case.
+     * charset other than "utf-8" with 415, a body for which processBodyContent() returns false,
+     * also for being beyond a limit, with 400. When the text is not what BwaJson::parse() accepts,
+     * the caller answers. The caller deletes the request in every case.
      *
      * @a ok, which may be null, becomes false when there is no value; the result is then invalid.
      */

@@ -12,7 +12,7 @@
 class BwaDispatcherFcgiService;
 class BwaFcgiRequest;
 
-/** A node of the tree that answers requests. */
+/** A node of the tree of services, which answer requests. */
 class BWA_EXPORT BwaAbstractFcgiService : public QObject
 {
     Q_OBJECT

@@ -31,7 +31,8 @@ public:
 
     /**
      * A std::exception that leaves a child is logged and answered with 500, and the request is
-     * deleted. When the child has deleted it already, only Qt's debug channel tells the exception.
+     * deleted. When the child has deleted it already, the exception is only logged on Qt's debug
+     * channel.
      */
     void processRequest(BwaFcgiRequest* request) override;
     /** Answers a request for the path of this dispatcher itself, here with 403. */
@@ -54,7 +55,7 @@ public:
      * then.
      */
     BwaAbstractFcgiService* removeService(const QString& name);
-    /** The first name of @a service here; null when it is no child. */
+    /** The first name of @a service in this dispatcher; null when it is no child. */
     QString childServiceName(const BwaAbstractFcgiService* service) const;
 
 private Q_SLOTS:
@@ -66,8 +67,9 @@ private:
     BWA_HIDDEN void forgetName(const QString& name);
 
     QSignalMapper m_destroyedMapper; // calls serviceDestroyed() with the name of the child
-    QMap<QString, BwaAbstractFcgiService*> m_children;          // owned as QObject children
-    QMultiHash<const BwaAbstractFcgiService*, QString> m_names; // m_children the other way round
+    QMap<QString, BwaAbstractFcgiService*> m_children; // owned as QObject children
+    QMultiHash<const BwaAbstractFcgiService*, QString>
+        m_names; // the keys in m_children of each child
 };
 
 #endif

@@ -23,9 +23,9 @@ class BwaWebSession;
  *
  * A hook takes the request over and deletes it as its last act. A std::exception that leaves a hook
  * is logged and answered with 500, and the request is deleted. When the hook has deleted it
- * already, only Qt's debug channel tells the exception. A hook may also keep the request and have
- * it answered later: the code that does so must catch its own exceptions, which otherwise end the
- * process.
+ * already, the exception is only logged on Qt's debug channel. A hook may also keep the request and
+ * have it answered later: the code that does so must catch its own exceptions, which otherwise end
+ * the process.
  */
 class BWA_EXPORT BwaStandardFcgiRequestProcessor : public BwaAbstractFcgiRequestProcessor
 {

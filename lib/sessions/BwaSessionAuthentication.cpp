@@ -10,7 +10,7 @@
 
 namespace {
 
-// Looks at all bytes, even when the first ones differ.
+// Compares all bytes, even when the first ones differ, so that the time tells nothing.
 bool areEqual(const QUuid& first, const QUuid& second)
 {
     static_assert(sizeof(QUuid) == 16, "a UUID is its 16 bytes and nothing else");

@@ -8,7 +8,7 @@ class BwaWebSession;
 class BwaWebSessionManager;
 struct BwaSessionCredentials;
 
-/** What the session identifiers have in common. */
+/** The look-up that all session identifiers use. */
 namespace BwaSessionAuthentication {
 
 /**

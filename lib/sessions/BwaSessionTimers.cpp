@@ -11,7 +11,7 @@
 // timer again, which nearly every request does, leaves Qt's timer alone.
 //
 // Qt's timer counts whole milliseconds, so it wakes the queue up within the last millisecond before
-// a timer is due. Until the timer is due, the queue is then woken up each time around the event
+// a timer is due. Until the timer is due, the queue is then woken up in every turn of the event
 // loop. If it were woken up later instead, a timer of Qt that was started later could fire first.
 
 #include "sessions/BwaSessionTimers_p.h"
@@ -59,7 +59,7 @@ private:
     void wakeUpBy(Clock::time_point due);
 
     std::map<Turn, QTimer*> m_queue;           // not owned
-    std::unordered_map<QTimer*, Turn> m_turns; // m_queue the other way round
+    std::unordered_map<QTimer*, Turn> m_turns; // the key in m_queue of each timer
     Clock::time_point m_wakeUp;
     quint64 m_starts = 0;
 };
@@ -67,7 +67,7 @@ private:
 TimerQueue::TimerQueue()
 {
     setSingleShot(true);
-    setTimerType(Qt::PreciseTimer); // others may fire 5 % early
+    setTimerType(Qt::PreciseTimer); // timers of other types may fire 5 % early
 }
 
 // Everything that can fail when memory is short is done before the queue changes.
@@ -105,12 +105,12 @@ void TimerQueue::timerEvent(QTimerEvent* /*event*/)
     stop();
     if (!fireDue()) {
         wakeUpForFirst();
-        fireDue(); // what became due before Qt's timer was started again
+        fireDue(); // timers that became due before Qt's timer was started again
     }
     wakeUpForFirst();
 }
 
-// Fires what is due; false when nothing is.
+// Fires the timers that are due; false when none is.
 bool TimerQueue::fireDue()
 {
     const Clock::time_point now = Clock::now();

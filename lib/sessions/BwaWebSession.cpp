@@ -95,8 +95,8 @@ void BwaWebSession::expireToken()
     }
 }
 
-// Most renewals come while the token is valid, when no removal timer runs. The flag saves them the
-// search for it.
+// Most tokens are renewed while they are valid, when no removal timer runs. The flag saves the
+// search for the timer.
 void BwaWebSession::stopRemoval()
 {
     if (m_removalStarted) {

@@ -27,8 +27,8 @@ public:
     /**
      * A session with an id and a token of its own, both 122 random bits of the system's generator.
      *
-     * @a tokenLifetime is the milliseconds until a token expires, @a removalDelay those from then
-     * to the removal; negative: never.
+     * @a tokenLifetime is how many milliseconds a token is valid, @a removalDelay how many more
+     * pass until the session is removed; negative: for ever.
      */
     BwaWebSession(const QString& username, int tokenLifetime, int removalDelay,
                   QObject* parent = nullptr);
@@ -86,7 +86,7 @@ private:
     QUuid m_sessionId;
     QUuid m_token;
     bool m_tokenExpired;
-    bool m_removalStarted; // where padding was, so that the layout stayed the same
+    bool m_removalStarted; // lies in former padding, so the layout is unchanged
     QTimer m_removalTimer;
     QTimer m_tokenTimer;
     QString m_username;

@@ -93,10 +93,10 @@ BwaWebSession* BwaWebSessionManager::adopt(BwaWebSession* session)
     return session;
 }
 
-// The session whose signal called this slot. The manager connects itself to a session before the
-// application can, so its slot is the first to take the sender. When the sender that was taken is
-// not in the map, another session has got its id, or it belongs to another manager. Then this asks
-// Qt's sender(), which is slower.
+// The session whose signal called this slot. The manager connects its slots to a session before the
+// application can, so its slot is called first and takes the sender from BwaSessionSignalSender. If
+// that session is not in the map, another session has the same id, or the session belongs to
+// another manager. Then this function asks Qt's sender(), which is slower.
 BwaWebSession* BwaWebSessionManager::senderSession() const
 {
     BwaWebSession* const session = BwaSessionSignalSender::take();
