@@ -65,7 +65,7 @@ void Accounts::addTo(BwaRestGroup& group)
 }
 
 //! [login]
-// In a thread of the pool, since a hash takes long. For a user who is unknown it takes as long.
+// Checks the password on the pool, because a hash takes long. It takes as long for an unknown user.
 BwaRestReply Accounts::logIn(const BwaRestCall& call, const QString& user, const QString& password)
 {
     const Account account = m_accounts.value(user, {m_unusedHash, {}});

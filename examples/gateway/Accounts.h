@@ -8,7 +8,7 @@
 
 #include <bwebapi/rest.h>
 
-/** Who may log in, and the sessions of those who have. */
+/** The users who may log in, and their sessions. */
 class Accounts
 {
 public:
@@ -18,14 +18,18 @@ public:
      */
     explicit Accounts(const QString& file);
 
-    /** A salted hash of @a password for such a file; takes its time, and 19 MiB, on purpose. */
+    /**
+     * A salted hash of @a password for such a file. It is slow and takes 19 MiB of memory on
+     * purpose, so that guessing passwords is expensive.
+     */
     static QByteArray hash(const QByteArray& password);
 
     /**
-     * Adds the login, which gives browsers cookies and programs a token, its renewal and its end.
+     * Adds the routes to log in (cookies for browsers, a token for programs), to renew and to log
+     * out.
      */
     void addTo(BwaRestGroup& group);
-    /** For the groups that need a login. */
+    /** The sessions, for groups that need a login. */
     BwaRestSessions& sessions() { return m_sessions; }
 
 private:

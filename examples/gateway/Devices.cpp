@@ -29,7 +29,8 @@ const auto queryFields =
         .add("search", &DeviceQuery::search, BwaRestRule::length(0, 64).orDefault());
 
 //! [tag]
-// Of the content, so that the same tag never stands for two of them, also after a restart.
+// The tag is made of the content, so that two states never have the same tag, not even after a
+// restart.
 QByteArray tagOf(const Device& device)
 {
     return QCryptographicHash::hash(BwaJson::write(deviceFields.json(device)),

@@ -12,8 +12,8 @@
 
 /** A device on one of the gateway's buses. */
 struct Device {
-    qint64 id = 0; // given by the gateway, never again
-    QString name;  // no two have the same
+    qint64 id = 0; // given by the gateway, never used twice
+    QString name;  // unique
     int bus = 0;
     int address = 1;
     bool enabled = true;
@@ -21,13 +21,13 @@ struct Device {
     std::optional<QString> note;
 };
 
-/** What a client asks of the list. */
+/** The query of a client for the list. */
 struct DeviceQuery {
     int first = 0;
     int count = 20;
-    std::optional<bool> enabled;  // only such
-    std::optional<QString> label; // only those that have it
-    QString search; // only those with this in their name or note, in upper or lower case
+    std::optional<bool> enabled;  // only devices in this state
+    std::optional<QString> label; // only devices with this label
+    QString search;               // only devices with this text in name or note, in any case
 };
 
 /** The devices, and the routes to them. They are in memory: your database goes here. */

@@ -17,7 +17,7 @@ constexpr int mostImages = 8;
 
 } // namespace
 
-// What has come of uploads when the process was killed is of no use.
+// Removes incomplete uploads, which an earlier process left when it was killed.
 Firmware::Firmware(const QString& folder, BwaRestEvents& events)
     : m_folder(folder)
     , m_events(events)
@@ -83,7 +83,7 @@ BwaRestReply Firmware::keep(const QList<BwaRestPart>& parts, const QString& dige
     return BwaRestReply::created("/firmware/" + digest, json);
 }
 
-// A path is made of names that this has given, never of what a client has sent.
+// Paths are made only of names that this class has given, never of texts from clients.
 BwaRestReply Firmware::remove(const QString& digest) const
 {
     if (!digests().contains(digest) || !QFile::remove(m_folder + '/' + digest)) {

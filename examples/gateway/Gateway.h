@@ -13,10 +13,12 @@
 /** Finds the addresses at which devices answer on a bus; blocks, in a thread of the pool. */
 using BusScan = std::function<QVariantList(qint64 bus, const BwaRestCancel& cancel)>;
 
-/** Stands for a driver: asks one address after another, as long as somebody waits for the reply. */
+/**
+ * In place of a driver: asks one address after another, as long as somebody waits for the reply.
+ */
 QVariantList scanBus(qint64 bus, const BwaRestCancel& cancel);
 
-/** What an operator sets. */
+/** The settings that the operator chooses. */
 struct GatewaySettings {
     QString accounts;        // a file: see Accounts
     QString folder;          // for firmware images
@@ -26,7 +28,7 @@ struct GatewaySettings {
     int scanTime = 10000; // milliseconds that a client waits for a scan at most
 };
 
-/** The whole API without its listener, so that the tests can have it, too. */
+/** The whole API without its listener, so that tests can use it. */
 class Gateway
 {
 public:
@@ -39,7 +41,7 @@ private:
     void addScan(BwaRestGroup& operators, const BusScan& scan, int scanTime);
     void addDescription();
 
-    // Each outlives what stands below it.
+    // Each member must outlive the members below it.
     BwaRestEvents m_events{BwaRestEvents::DropOldest, 100};
     Accounts m_accounts;
     Devices m_devices{m_events};

@@ -14,7 +14,7 @@
 namespace {
 
 //! [static]
-// The names are ours: a path is never made of what the client sent.
+// The names come from this table: no path is made of what the client has sent.
 void sendManual(BwaFcgiRequest* request)
 {
     static const QHash<QString, QString> files = {

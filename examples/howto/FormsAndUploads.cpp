@@ -42,7 +42,7 @@ void search(BwaFcgiRequest* request)
 //! [query]
 
 //! [refuse]
-// Answers a body that processBodyContent() has not taken, and logs why.
+// Answers a body that processBodyContent() has refused, and logs why.
 void refuseBody(BwaFcgiRequest* request)
 {
     using Failure = BwaCgiRequest::BodyFailure;

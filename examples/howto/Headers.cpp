@@ -14,7 +14,7 @@
 namespace {
 
 //! [own]
-// 201 Created with the place of the new thing, a path in ASCII.
+// 201 Created with the location of the new resource, a path in ASCII.
 class CreatedHeader : public BwaHttpStatusContentHeader
 {
 public:

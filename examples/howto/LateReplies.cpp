@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    // Nobody catches for us here: an exception would end the process.
+    // The library does not catch exceptions here: one would end the process.
     static void answer(BwaFcgiRequest* request, const Readings& readings)
     {
         try {
@@ -77,7 +77,7 @@ protected:
     void processGetMethod(BwaFcgiRequest* request) override
     {
         if (m_waiting.size() < m_mostWaiting) {
-            m_waiting.append(request); // ours until it is answered
+            m_waiting.append(request); // owned until it is answered
             request->onGone([this, request] { forget(request); });
         } else {
             request->sendHttpError(BwaFcgiRequest::ServiceUnavailable);

@@ -15,7 +15,7 @@
 
 namespace {
 
-// Stands for the check of a salted, slow password hash, on the pool: see BwaRestCall::onPoolThen().
+// In place of the check of a salted, slow password hash on the pool: see BwaRestCall::onPoolThen().
 QStringList rolesOf(const QString& user, const QString& password)
 {
     if (user == QLatin1String("broken")) {

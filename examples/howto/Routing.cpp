@@ -17,7 +17,7 @@
 
 namespace {
 
-// Answers with a word, so that one sees who answered.
+// Answers with a fixed word, so that the tests see which processor has answered.
 class Word : public BwaStandardFcgiRequestProcessor
 {
 public:
@@ -86,7 +86,7 @@ public:
     {
         const QString path = request->cgiRequest()->environment().pathInfo();
         const QString name = path.mid(servicePath().size() + 1);
-        const uint id = name.toUInt(); // takes "+12", "012" and " 12", too: so compare
+        const uint id = name.toUInt(); // accepts "+12", "012" and " 12", too: so compare
         if (QString::number(id) == name) {
             ArticleProcessor(id).processRequest(request);
         } else {

@@ -60,7 +60,7 @@ protected:
         delete request;
     }
 
-    // Renews the token; the only hook that takes an expired one.
+    // Renews the token; the only hook that accepts an expired one.
     void processPutMethod(BwaFcgiRequest* request) override
     {
         const bool acceptExpiredToken = true;

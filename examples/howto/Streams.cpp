@@ -20,10 +20,10 @@ public:
     {
         //! [join]
         service.get("/temperature", [this](const BwaRestCall& call) {
-            return m_temperature.join(call); // a client that is slow gets the last value alone
+            return m_temperature.join(call); // a slow client gets only the last value
         });
         service.get("/alarms", [this](const BwaRestCall& call) {
-            return m_alarms.join(call); // one that is slow comes back, and gets the last 100
+            return m_alarms.join(call); // a slow client connects again, and gets the last 100
         });
         //! [join]
         service.get("/broken", [this](const BwaRestCall& call) -> BwaRestReply {

@@ -48,7 +48,7 @@ public:
 protected:
     void processGetMethod(BwaFcgiRequest* request) override
     {
-        m_held = request; // ours until it is answered
+        m_held = request; // owned until it is answered
         m_timer.start(0);
     }
 

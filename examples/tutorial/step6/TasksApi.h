@@ -18,7 +18,7 @@ public:
 private:
     void addLogin();
 
-    // Each outlives what stands below it.
+    // Each member must outlive the members below it.
     BwaRestSessions m_sessions{"tasks"};
     Tasks m_tasks;
     BwaRestService m_service;
