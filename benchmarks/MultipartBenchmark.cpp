@@ -14,7 +14,7 @@ namespace {
 
 const int fileSize = 10 * 1024 * 1024; // bytes
 
-/** A multipart request that stands in memory. */
+/** The input of a multipart request, in memory. */
 class UploadInput : public BwaAbstractCgiInput
 {
 public:

@@ -46,7 +46,8 @@ bool literalHeaderIsRight(const QString& header)
     return pattern.exactMatch(header) && areRight(pattern.cap(1), pattern.cap(2));
 }
 
-// Each name's last cookie before both had been seen counts.
+// The cookies up to the one at which both names have been seen count; of several with one name, the
+// last.
 bool literalCookiesAreRight(const QString& header)
 {
     QString presentedId;

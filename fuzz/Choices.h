@@ -17,7 +17,7 @@ public:
 
     /** A number from 0 to @a limit - 1; @a limit is 256 at most. */
     int below(int limit) { return (isAtEnd() ? 0 : quint8(m_input.at(m_position++))) % limit; }
-    /** The bytes up to the next line feed, which is left behind. */
+    /** The bytes up to the next line feed, which is skipped. */
     QByteArray line()
     {
         const int end = m_input.indexOf('\n', m_position);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// A Cookie header: the list agrees with a literal model, and a single cookie's two parts joined
-// again give the text.
+// Parses a Cookie header. The list of cookies equals that of a literal model; name and value of a
+// single cookie, joined again, give its text.
 
 #include "Fuzzing.h"
 #include "Texts.h"

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Bytes on the listener's socket: whatever they are, the next good request is answered. Only the
-// lengths of parameters are kept below 8 MiB: libfcgi ends the process when it gets no memory for
-// what a length announces, and may get none for two of 2 GiB.
+// Sends arbitrary bytes to the listener's socket: the next good request must be answered. Lengths
+// of parameters are kept below 8 MiB, because libfcgi ends the process when it gets no memory for
+// an announced length, and may get none for two of 2 GiB.
 
 #include "Fuzzing.h"
 #include "cgi/BwaCgiRequest.h"
@@ -25,7 +25,7 @@
 
 namespace {
 
-/** Reads whatever body there is, answers, and says that it has. */
+/** Reads the body, if there is one, and answers "answered". */
 void readAndAnswer(BwaFcgiRequest* request)
 {
     request->cgiRequest()->processBodyContent();
@@ -33,7 +33,7 @@ void readAndAnswer(BwaFcgiRequest* request)
     delete request;
 }
 
-/** A listener in the middle of its work, with the clients' ends of two connections. */
+/** A listener that is serving, and clients that send it bytes. */
 class Server
 {
 public:

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// A body, for declared fields of every type. It is taken when the JSON Schema of the fields takes
-// it, by a literal checker; what is written of it reads as the same; and a patch gives what RFC
-// 7396 makes of the members. Nothing is ever a 500.
+// Sends a body to a route with fields of every type. It is accepted exactly when a literal checker
+// finds it valid by the JSON Schema of the fields; what is written of it reads as the same value; a
+// patch gives what RFC 7396 says; and no reply is a 500.
 
 #include "Fuzzing.h"
 #include "json/BwaJson.h"
@@ -222,7 +222,7 @@ bool hasUnknown(const QVariantMap& schema, const QVariant& patch)
     return false;
 }
 
-// In UTC its year may have other than four digits, which the schema cannot say.
+// Whether the time may be outside the years 1 to 9999 in UTC, which the schema cannot tell.
 bool hasTimeAtAnEnd(const QVariant& json)
 {
     const QString time = json.toMap().value(QStringLiteral("h")).toString();

@@ -7,8 +7,8 @@
 #include <QByteArray>
 
 /**
- * One run of a fuzzer, which each of them defines: does something with @a input and states by
- * GoogleTest's expectations what must hold. One that does not hold throws, which ends the run as a
+ * One run of a fuzzer; each fuzzer defines this function. It does something with @a input and
+ * checks the result by GoogleTest's expectations. One that fails throws, which ends the run as a
  * crash does.
  */
 void fuzz(const QByteArray& input);

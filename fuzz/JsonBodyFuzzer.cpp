@@ -69,7 +69,8 @@ int keptMembers(const QVariant& value)
     return members;
 }
 
-// Of several members of the same name Qt takes any, and loses memory.
+// Compares the value with that of Qt's parser, unless an object has a name twice: Qt then keeps any
+// of the members, and leaks memory.
 void expectQtAgrees(const QByteArray& text, const QVariant& value)
 {
     if (writtenMembers(text) != keptMembers(value)) {
@@ -142,7 +143,7 @@ void extractAllWithin(const QVariant& value, int depth)
     }
 }
 
-// What no JSON text yields: other types of numbers, lone surrogates, what is no number.
+// Writes values that no JSON text has: other types of numbers, lone surrogates, NaN and infinity.
 void expectForeignValuesWritten(const QByteArray& bytes)
 {
     const int size = static_cast<int>(bytes.size());

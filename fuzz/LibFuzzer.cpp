@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// The door through which libFuzzer comes in.
+// The functions that libFuzzer calls.
 
 #include "Fuzzing.h"
 

@@ -10,10 +10,10 @@
 #include <numeric>
 #include <random>
 
-// An input is a body as it stands, so that bodies from elsewhere can be tried. All else follows
-// from it.
+// An input of the multipart fuzzers is only a body, so that bodies from elsewhere can be tried. The
+// boundary and all choices are derived from it.
 
-/** The boundary that the first line of @a body shows; "B" without one. */
+/** The boundary in the first line of @a body; "B" when there is none. */
 inline QByteArray boundaryOf(const QByteArray& body)
 {
     const QByteArray line = body.left(body.indexOf("\r\n"));
@@ -25,7 +25,7 @@ inline QByteArray boundaryOf(const QByteArray& body)
     return isUsable ? line.mid(2) : QByteArray("B");
 }
 
-/** Where the choices beside @a body come from: the same for the same body. */
+/** A generator for choices; the same for the same body. */
 inline std::minstd_rand choicesFor(const QByteArray& body)
 {
     const auto withByte = [](unsigned int sum, char byte) {

@@ -32,7 +32,7 @@ void compareAtRandom(MultipartComparison& comparison, std::minstd_rand& choices)
     for (int left = 30, after = 3; left > 0 && after > 0; --left) {
         auto operation = static_cast<int>(below(8, choices));
         if (operation == 1 && comparison.failed()) {
-            operation = 0; // nothing is said about skipping behind a failure
+            operation = 0; // it is not defined what skipping does after a failure
         }
         const auto results = comparison.act(operation, sizes[below(8, choices)]);
         ASSERT_EQ(results.first, results.second);

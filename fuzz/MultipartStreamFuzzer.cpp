@@ -16,7 +16,8 @@
 
 namespace {
 
-// One read of the kind that is chosen; what has come is appended. False at the end.
+// Makes one read, of a kind that @a choices selects, and appends the result to @a content. False at
+// the end.
 bool readPiece(std::streambuf& buffer, std::minstd_rand& choices, std::string* content)
 {
     char bytes[5000];

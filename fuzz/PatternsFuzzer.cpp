@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Patterns, a line each, and behind an empty line a path: a literal model refuses the same
-// patterns, and names the same route and parameters.
+// Adds routes and finds one. The input has a pattern a line and, after an empty line, a path. A
+// literal model refuses the same patterns and finds the same route and parameters.
 
 #include "Choices.h"
 #include "Fuzzing.h"
@@ -35,7 +35,7 @@ bool isParameter(const Place& place)
     return !place.kind.isNull();
 }
 
-// Nothing when it is no pattern.
+// The parsed pattern; nothing when it is invalid.
 std::optional<Pattern> patternOf(const QByteArray& bytes)
 {
     const QRegularExpression form(
@@ -63,7 +63,8 @@ std::optional<Pattern> patternOf(const QByteArray& bytes)
     return isWell ? std::optional<Pattern>(pattern) : std::nullopt;
 }
 
-// They match the same paths, or have two kinds of parameters at one place.
+// Whether the two patterns cannot both be added: they match the same paths, or have different kinds
+// of parameters at the same place.
 bool areAtOdds(const Pattern& one, const Pattern& other)
 {
     for (std::size_t i = 0; i < one.size() && i < other.size(); ++i) {
@@ -124,7 +125,7 @@ std::optional<QVariantList> matched(const Pattern& pattern, const QString& path)
     return parameters;
 }
 
-// At the first place where they differ, a literal wins.
+// Whether @a one is tried before @a other: at the first place where they differ, a literal wins.
 bool winsOver(const Pattern& one, const Pattern& other)
 {
     for (std::size_t i = 0; i < one.size() && i < other.size(); ++i) {
@@ -135,7 +136,7 @@ bool winsOver(const Pattern& one, const Pattern& other)
     return false;
 }
 
-// What the model replies; a null text for 404.
+// The body with which the model replies; null for 404.
 QByteArray expected(const std::vector<Pattern>& patterns, const QString& path)
 {
     const Pattern* winner = nullptr;
@@ -170,7 +171,7 @@ bool isAdded(BwaRestService& service, const QByteArray& text, const std::optiona
     return true;
 }
 
-// Up to the first pattern that is refused.
+// Adds a route for each pattern, up to the first one that is refused.
 std::vector<Pattern> addAll(BwaRestService& service, Choices& choices)
 {
     std::vector<Pattern> patterns;

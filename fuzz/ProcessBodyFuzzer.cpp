@@ -3,8 +3,8 @@
 
 // A request with a body: CONTENT_TYPE in the first line, CONTENT_LENGTH in the second (the true one
 // when it is empty), then the body. What is kept agrees with literal models, reading again does
-// nothing, and nothing is read beyond the announced length. With limits a body within them is taken
-// as without, and any other fails.
+// nothing, and nothing is read beyond the announced length. With limits, a body within them is read
+// as without limits, and any other fails.
 
 #include "Choices.h"
 #include "Fuzzing.h"

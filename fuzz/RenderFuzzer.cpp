@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Brindo Web API authors
 // SPDX-License-Identifier: MIT
 
-// Cookies, header blocks and HTML of any texts, one a line behind the byte that chooses what is
-// made of them: they write the bytes that a literal model puts together, and write them twice.
+// Renders cookies, header blocks and HTML of arbitrary texts. Bytes of the input choose what is
+// rendered; its lines are the texts. The result equals that of a literal model, also when it is
+// rendered a second time.
 
 #include "Choices.h"
 #include "Fuzzing.h"
@@ -33,7 +34,7 @@ QString nextText(Choices& choices)
     return QString::fromUtf8(bytes.constData(), bytes.size()); // with its NULs
 }
 
-// Latin-1 up to the first U+0000, with "?" for what it does not hold.
+// @a text in Latin-1 up to the first U+0000, with "?" for characters that Latin-1 does not have.
 std::string bytesOf(const QString& text)
 {
     std::string bytes;

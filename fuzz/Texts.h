@@ -9,8 +9,8 @@
 #include <QString>
 
 /**
- * The texts that @a bytes may reach a parser as: every one in Latin-1, as variables do, and in
- * UTF-8, as the headers within a multipart body do, where that differs. NULs are kept.
+ * The texts that a parser may get for @a bytes: decoded from Latin-1, as variables are, and from
+ * UTF-8, as headers in a multipart body are, if that differs. NULs are kept.
  */
 inline QList<QString> textsOf(const QByteArray& bytes)
 {
@@ -22,7 +22,7 @@ inline QList<QString> textsOf(const QByteArray& bytes)
     return texts;
 }
 
-/** What a variable of that value gives: Latin-1 up to the first NUL. */
+/** The text of a variable with that value: Latin-1 up to the first NUL. */
 inline QString variableText(const QByteArray& bytes)
 {
     return QString::fromLatin1(bytes.constData());

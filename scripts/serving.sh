@@ -14,7 +14,7 @@ port=
 program= # the application, if the front server is to start it
 application_port=
 showcase=
-deployment_edit= # for sed: what else deployed() changes
+deployment_edit= # a sed script: what else deployed() changes
 nginx_processes="master_process off;" # how many nginx starts; its configuration begins with this
 
 # Builds the showcase and sets $showcase to its path. Without a release build, it uses a build of its

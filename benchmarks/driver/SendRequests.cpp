@@ -104,7 +104,7 @@ std::string replyTo(const std::string& records, Connection& connection)
     }
 }
 
-// What stands behind the header block, whose lines may hold the time of day.
+// The body only, because header lines may contain the time of day.
 std::string bodyOf(const std::string& reply)
 {
     const std::size_t lineFeeds = reply.find("\n\n");

@@ -10,7 +10,7 @@
 #include "services/BwaStandardFcgiRequestProcessor.h"
 #include "sessions/BwaWebSession.h"
 
-/** Tells who asks. */
+/** Replies with the user of the request's session. */
 class ProfileProcessor : public BwaStandardFcgiRequestProcessor
 {
 public:
