@@ -14,6 +14,7 @@ port=
 program= # the application, if the front server is to start it
 application_port=
 showcase=
+renderer=
 deployment_edit= # a sed script: what else deployed() changes
 nginx_processes="master_process off;" # how many nginx starts; its configuration begins with this
 
@@ -29,6 +30,19 @@ build_showcase()
         build demo --preset release -DBWA_BUILD_TESTS=OFF
     fi
     showcase=$root/build/$tree/examples/showcase/showcase
+}
+
+# Sets $renderer to the folder of what shows the API, swagger-ui-dist (Apache License 2.0), which npm
+# fetches once. Its dependency is a script for counting installations, which is not run.
+fetch_renderer()
+{
+    local folder=$root/build/api-page source=$root/examples/showcase/api-page
+    renderer=$folder/node_modules/swagger-ui-dist
+    if [ ! -d "$renderer" ] || ! cmp -s "$source/package-lock.json" "$folder/package-lock.json"; then
+        mkdir -p "$folder"
+        cp "$source/package.json" "$source/package-lock.json" "$folder"
+        (cd "$folder" && npm ci --ignore-scripts --no-audit --no-fund) || return 1
+    fi
 }
 
 begin_serving()

@@ -16,5 +16,11 @@ void addUpload(BwaRestGroup& api);
 void addFiles(BwaRestGroup& api, const QString& folder);
 /** Adds "/app", a web page that uses the API, and "/page", one made of HTML nodes. */
 void addPages(BwaRestGroup& api);
+/**
+ * Adds "/docs", a page that shows the document of the API. @a rendererFolder has swagger-ui.css and
+ * swagger-ui-bundle.js of the npm package swagger-ui-dist; if it is empty, the page only has a link
+ * to the document.
+ */
+void addApiPage(BwaRestGroup& api, const QString& rendererFolder);
 
 #endif

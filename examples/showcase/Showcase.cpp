@@ -40,6 +40,7 @@ void Showcase::addRoutes(BwaRestGroup& api, const ShowcaseSettings& settings)
     addUpload(api);
     addFiles(api, settings.files);
     addPages(api);
+    addApiPage(api, settings.renderer);
     if (settings.hasDiagnostics) {
         m_diagnostics.addTo(api);
     }

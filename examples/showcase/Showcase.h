@@ -20,7 +20,8 @@
 struct ShowcaseSettings {
     QString scriptName = "/api"; // what the web server calls the API; empty: paths begin with /api
     QString database;
-    QString files; // the folder that the web server may send from
+    QString files;    // the folder that the web server may send from
+    QString renderer; // the folder of swagger-ui-dist, for a page that shows the API; may be empty
     SessionSettings sessions;
     bool hasDemoAccounts = false;
     bool hasDiagnostics = false;

@@ -6,6 +6,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
 
 #include <algorithm>
 #include <cstdio>
@@ -32,6 +33,7 @@ void addOptions(QCommandLineParser& parser)
         {"database", "The file that keeps accounts and notes, or postgresql: and its address.",
          "path"},
         {"files", "The folder that the front server may send from.", "path"},
+        {"renderer", "The folder of swagger-ui-dist, for the page /docs.", "path"},
         {"token-lifetime", "Until a token expires; 10 minutes.", "ms", "600000"},
         {"session-age", "From the login to the session's end; 8 hours.", "ms", "28800000"},
         {"allow-http", "Cookies go over plain HTTP, too."},
@@ -68,6 +70,7 @@ ShowcaseSettings showcaseSettings(const QCommandLineParser& parser)
     settings.scriptName = parser.value("script-name");
     settings.database = parser.value("database");
     settings.files = QString::fromUtf8(parser.value("files").toLatin1());
+    settings.renderer = QFile::decodeName(parser.value("renderer").toLatin1());
     settings.sessions = sessionSettings(parser);
     settings.hasDemoAccounts = parser.isSet("demo-accounts");
     settings.hasDiagnostics = parser.isSet("diagnostics");

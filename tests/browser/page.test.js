@@ -55,7 +55,8 @@ async function open(options = {}) {
     }
   });
   page.on("request", (request) => {
-    if (!request.url().startsWith(new URL("/api/", address).href)) {
+    const isFromElsewhere = !request.url().startsWith(new URL("/api/", address).href);
+    if (isFromElsewhere && !request.url().startsWith("data:")) {
       complaints.push(request.url());
     }
   });
@@ -338,6 +339,29 @@ test("WhenRequestsAreMadeTheChartCountsThem", async () => {
 
   await eventually(async () => (await countedReplies(404)) >= refusals + 5);
   assert.match(await page.locator("#chart-refused").getAttribute("d"), /^M[\d.]+ [\d.]+h/);
+});
+
+test("GivenTheDocumentOfTheApiItsPageListsEachOperation", async () => {
+  const document = await (await page.request.get(new URL("openapi.json", address).href)).json();
+  const described = Object.entries(document.paths).flatMap(([path, item]) =>
+    Object.keys(item).map((method) => `${method.toUpperCase()} ${path}`),
+  );
+
+  await page.getByRole("link", { name: "The API" }).click();
+  await page.locator(".opblock").first().waitFor();
+
+  const shown = await page
+    .locator(".opblock")
+    .evaluateAll((blocks) =>
+      blocks.map((block) =>
+        [".opblock-summary-method", ".opblock-summary-path"]
+          .map((part) => block.querySelector(part).textContent.replace(/\u200b/g, ""))
+          .join(" "),
+      ),
+    );
+  assert.ok(described.length > 15, `operations: ${described}`);
+  assert.deepEqual(shown.sort(), described.sort());
+  await takePicture("api");
 });
 
 for (const scheme of ["Light", "Dark"]) {

@@ -30,7 +30,9 @@ protected:
         }
         BwaTestReply reply;
         const QByteArray user = "nobody " + QByteArray::number(others);
-        loginOf(user, "tea").sendTo([&](BwaFcgiRequest* request) {
+        BwaTestRequest login = loginOf(user, "tea");
+        login.setTimeout(60000); // a hash takes its time
+        login.sendTo([&](BwaFcgiRequest* request) {
             showcase->service().processRequest(request);
             reply = replyAmong(others - 1);
         });

@@ -5,6 +5,10 @@
 
 #include "ShowcaseFixture.h"
 
+#include <QFile>
+
+#include <stdexcept>
+
 namespace {
 
 class RoutesTest : public ShowcaseFixture
@@ -93,6 +97,34 @@ TEST_F(RoutesTest, PagesEscapeWhatTheClientSent)
 
     EXPECT_TRUE(reply.body.contains("<h1>Hello, &lt;b&gt;José</h1>")) << reply.body.constData();
     EXPECT_TRUE(reply.header("Content-Security-Policy").startsWith("default-src 'none';"));
+}
+
+TEST_F(RoutesTest, WithoutARendererThePageOfTheApiHasALink)
+{
+    EXPECT_TRUE(send("GET", "/docs").body.contains("<a href=\"openapi.json\">"));
+    EXPECT_EQ(statusOf("GET", "/docs/swagger-ui.css"), 404);
+}
+
+TEST_F(RoutesTest, GivenARendererItsFilesAreServedAndNoOthers)
+{
+    for (const char* name : {"swagger-ui.css", "swagger-ui-bundle.js", "secret"}) {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QFile::WriteOnly));
+        file.write(name);
+    }
+    settings.renderer = folder.path();
+    start();
+
+    EXPECT_EQ(send("GET", "/docs/swagger-ui-bundle.js").body, "swagger-ui-bundle.js");
+    EXPECT_EQ(statusOf("GET", "/docs/secret"), 404);
+    EXPECT_EQ(statusOf("GET", "/docs/%2E%2E"), 404);
+}
+
+TEST_F(RoutesTest, GivenARendererThatIsMissingSaysSo)
+{
+    settings.renderer = folder.filePath("missing");
+
+    EXPECT_THROW(start(), std::runtime_error);
 }
 
 TEST_F(RoutesTest, FailuresTellTheLogAndNotTheClient)
