@@ -4,6 +4,7 @@
 #include "rest/BwaRestProblem.h"
 #include "rest/RestReplies.h"
 #include "support/Application.h"
+#include "support/Skips.h"
 
 #include <QThread>
 #include <QThreadPool>
@@ -184,10 +185,9 @@ TEST_F(BwaRestPoolTest, GivenTheLargestNumberOfWaitingCallsTakesThem)
 
 TEST_F(BwaRestPoolTest, WhenTooMuchWaitsIs503WithRetryAfter)
 {
-#ifdef __SANITIZE_THREAD__
-    GTEST_SKIP()
-        << "Qt's pool hands queued work over under a lock that ThreadSanitizer does not see";
-#endif
+    if (underThreadSanitizer()) {
+        GTEST_SKIP() << "it does not see the lock under which Qt's pool hands queued work over";
+    }
     pool.setMaxThreadCount(1);
     service->setPool(&pool, 1);
     std::promise<void> go;

@@ -11,6 +11,7 @@
 #include "rest/BwaRestService.h"
 #include "support/Application.h"
 #include "support/FcgiClient.h"
+#include "support/Skips.h"
 
 #include <QTemporaryDir>
 
@@ -218,6 +219,9 @@ TEST_F(BwaRestServerTest, WhenTheClientGoesFinishesTheWorkOnThePool)
 
 TEST_F(BwaRestServerTest, AnswersManyCallsFromThePoolAtOnce)
 {
+    if (underThreadSanitizer()) {
+        GTEST_SKIP() << "it does not see the lock under which Qt's pool hands queued work over";
+    }
     api.get("/jobs/{n:int}", [](const BwaRestCall& call) {
         return call.onPool([n = call.number("n")](const BwaRestCancel&) {
             return BwaRestReply::bytes(QByteArray::number(n), "text/plain");

@@ -39,6 +39,16 @@ constexpr bool underSanitizer()
 #endif
 }
 
+/** Whether this is built with ThreadSanitizer, which does not see the locks of Qt. */
+constexpr bool underThreadSanitizer()
+{
+#ifdef __SANITIZE_THREAD__
+    return true;
+#else
+    return false;
+#endif
+}
+
 /** Whether this is built with Qt 6, whose conversions and null variants differ from those of Qt 5.
  */
 constexpr bool withQt6()
