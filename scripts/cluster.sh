@@ -79,7 +79,8 @@ redis()
 }
 
 # start_redis NUMBER: number 1 is the primary at first, the others are its replicas. A primary that has
-# died comes back only after the Sentinels have promoted a replica, or it would take over again.
+# died comes back only after the Sentinels have promoted a replica. Otherwise some processes would use the
+# one and some the other, until the Sentinels tell the former primary that it is a replica.
 start_redis()
 {
     local folder=$work/redis/$1
@@ -88,7 +89,7 @@ start_redis()
     sed -e "s|^port .*|port ${redis_port[$1]}|" -e "s|^dir .*|dir $folder|" \
         "$root/examples/scale-out/redis/redis.conf" >"$folder/redis.conf"
     [ "$1" = 1 ] || echo "replicaof 127.0.0.1 ${redis_port[1]}" >>"$folder/redis.conf"
-    keep "redis-$1" TERM 3 redis-server "$folder/redis.conf"
+    keep "redis-$1" TERM 10 redis-server "$folder/redis.conf"
 }
 
 # start_sentinel NUMBER

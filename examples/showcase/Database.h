@@ -14,7 +14,8 @@ class DatabaseConnection;
 
 /**
  * A connection to a SQLite file or to PostgreSQL, for SQL that both understand. Every failure is a
- * std::runtime_error, which is answered with 500; a lost connection comes back by itself.
+ * std::runtime_error, which is answered with 500; while PostgreSQL cannot be reached it is a
+ * BwaRestProblem with 503. A lost connection comes back by itself.
  */
 class Database
 {

@@ -3,8 +3,11 @@
 
 #include "PostgreSqlConnection.h"
 
+#include "rest/BwaRestProblem.h"
+
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QtDebug>
 
 #include <stdexcept>
 #include <vector>
@@ -61,7 +64,7 @@ public:
         : m_connection(connect(address), &PQfinish)
     {
         if (PQstatus(m_connection.get()) != CONNECTION_OK) {
-            fail();
+            throw std::runtime_error("cannot open the database: " + message());
         }
     }
 
@@ -124,7 +127,7 @@ private:
             return;
         }
         if (m_isLocked || !m_pause.hasExpired()) {
-            throw std::runtime_error("database: the connection has been lost");
+            fail();
         }
         QElapsedTimer attempt;
         attempt.start();
@@ -133,17 +136,33 @@ private:
             m_pause.setRemainingTime(attempt.elapsed());
             fail();
         }
+        qWarning("The database answers again");
+        m_isAway = false;
     }
 
-    [[noreturn]] void fail() const
+    // A client may come back when there is a connection again, but not when the statement is wrong.
+    [[noreturn]] void fail()
     {
-        const QByteArray message = PQerrorMessage(m_connection.get());
-        throw std::runtime_error("database: " + message.trimmed().toStdString());
+        if (PQstatus(m_connection.get()) == CONNECTION_OK) {
+            throw std::runtime_error("database: " + message());
+        }
+        if (!m_isAway) {
+            qWarning("The database does not answer: %s", message().c_str());
+            m_isAway = true;
+        }
+        throw BwaRestProblem(BwaRestProblem(503, QStringLiteral("The database cannot be reached"))
+                                 .header("Retry-After", "1"));
+    }
+
+    std::string message() const
+    {
+        return QByteArray(PQerrorMessage(m_connection.get())).trimmed().toStdString();
     }
 
     std::unique_ptr<PGconn, decltype(&PQfinish)> m_connection;
     QDeadlineTimer m_pause{0}; // until then there is no other attempt to connect
     bool m_isLocked = false;
+    bool m_isAway = false; // and the log says so
 };
 
 } // namespace

@@ -17,6 +17,10 @@
  * which then goes over a new one. A statement during which the connection is lost fails, and is not
  * sent again: it may have been carried out.
  *
+ * Without a connection, statements throw a BwaRestProblem with 503, and the log gets one line, as
+ * it does when there is one again. When the first connection cannot be made, that is a
+ * std::runtime_error.
+ *
  * Statements fail after 5 seconds, waits for locks after one, attempts to connect after two. After
  * an attempt that has failed the next one is made once as much time has passed as it took; until
  * then statements fail at once.
