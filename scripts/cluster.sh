@@ -79,8 +79,8 @@ redis()
 }
 
 # start_redis NUMBER: number 1 is the primary at first, the others are its replicas. A primary that has
-# died comes back only after the Sentinels have promoted a replica. Otherwise some processes would use the
-# one and some the other, until the Sentinels tell the former primary that it is a replica.
+# died comes back only after the Sentinels have promoted a replica. Otherwise it could be the primary again
+# before they notice.
 start_redis()
 {
     local folder=$work/redis/$1
