@@ -8,22 +8,11 @@
 
 # shellcheck source-path=SCRIPTDIR source=common.sh
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source-path=SCRIPTDIR source=gateway-client.sh
+. "$(dirname "${BASH_SOURCE[0]}")/gateway-client.sh"
 
 deployment_edit='s/client_max_body_size 16m;/client_max_body_size 301m; fastcgi_request_buffering off;/
     s/server.max-request-size = 16384 /server.max-request-size = 308224 server.stream-request-body = 1 /'
-streams=20
-
-# The token of a new session.
-log_in()
-{
-    curl -s --json '{"user": "olga", "password": "tea and biscuits"}' "$api/session" | session_header
-}
-
-# operate [CURL-ARGUMENT...]: as a user who may do everything
-operate()
-{
-    curl -s --max-time 60 -H "$auth" "$@"
-}
 
 # expect_refused STATUS [CURL-ARGUMENT...]: by the application, as a problem
 expect_refused()
@@ -50,39 +39,6 @@ check_hostile_input()
     head -c 100000 /dev/zero | tr '\0' 1 >"$work/large.json"
     expect_equal "100 KB of JSON" 413 "$(status_of -H "$auth" --json @"$work/large.json" "$api/devices")"
     expect_equal "devices after that" '{"devices":[],"total":2}' "$(operate "$api/devices?first=2")"
-}
-
-# Each has got as many lines with $awaited as $times says.
-every_stream_has_it()
-{
-    local stream
-    for stream in "$work"/stream.*; do
-        [ "$(grep -c "$awaited" "$stream")" -ge "${times-1}" ] || return 1
-    done
-}
-
-# await_streams TEXT [TIMES]
-await_streams()
-{
-    awaited=$1 times=${2-1}
-    await every_stream_has_it || fail "a stream has no $1: $(tail -n 3 "$work/stream.1")"
-}
-
-open_streams()
-{
-    local stream
-    clients=()
-    for stream in $(seq $streams); do
-        setpriv --pdeathsig TERM curl -sN -H "$auth" "$api/events" >"$work/stream.$stream" &
-        clients+=($!)
-    done
-    await_streams '^:'
-}
-
-check_streams()
-{
-    operate -o /dev/null --json '{"name": "valve", "bus": 1, "address": 9}' "$api/devices"
-    await_streams '"name":"valve"'
 }
 
 upload_is_gone()
@@ -130,11 +86,7 @@ check_stop()
 }
 
 begin_serving
-printf 'olga %s operator\n' "$("$1" --hash <<<"tea and biscuits")" >"$work/accounts"
-start_application "$1" --socket "$work/api.sock" --accounts "$work/accounts" --folder "$work/firmware" \
-    --origin https://app.example --allow-http
-start_front "$2"
-api=http://127.0.0.1:$port/api
+start_gateway_behind "$2" "$1"
 
 auth=$(log_in)
 open_streams
