@@ -112,12 +112,19 @@ disable_service()
     $elevate systemctl disable --now $1 || true
 }
 
+# configure CMAKE-ARGUMENT...: without ccache, which would repeat what the compiler said of its folders in
+# another clone
+configure()
+{
+    CCACHE_DISABLE=1 cmake "$@"
+}
+
 # build FOLDER CMAKE-ARGUMENT...: builds build/FOLDER; configures it first if that has not been done
 build()
 {
     (
         cd "$root" &&
-            { [ -f "build/$1/build.ninja" ] || cmake -B "build/$1" "${@:2}"; } &&
+            { [ -f "build/$1/build.ninja" ] || configure -B "build/$1" "${@:2}"; } &&
             cmake --build "build/$1"
     ) || fail "the $1 build failed"
 }

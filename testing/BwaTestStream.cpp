@@ -46,24 +46,27 @@ std::runtime_error failure(const std::string& what)
     return std::runtime_error("BwaTestStream: " + what);
 }
 
+} // namespace
+
 /** Hands requests to the service that their client has named. */
-class StreamServer : public BwaAbstractFcgiService
+class BwaTestStreamServer : public BwaAbstractFcgiService
 {
 public:
-    StreamServer(const QString& scriptName, const QTemporaryDir& folder)
+    BwaTestStreamServer(const QString& scriptName, const QTemporaryDir& folder)
         : m_folder(folder)
         , m_listener({{scriptName, this}})
     {
         m_listener.listen(QString::fromLocal8Bit(path()));
     }
 
-    static StreamServer& of(const QByteArray& scriptName)
+    static BwaTestStreamServer& of(const QByteArray& scriptName)
     {
-        static auto& servers = *new std::map<QByteArray, StreamServer*>;
+        static auto& servers = *new std::map<QByteArray, BwaTestStreamServer*>;
         static std::list<QTemporaryDir> folders; // which are removed when the process exits
-        StreamServer*& server = servers[scriptName];
+        BwaTestStreamServer*& server = servers[scriptName];
         if (!server) {
-            server = new StreamServer(QString::fromLatin1(scriptName), folders.emplace_back());
+            server =
+                new BwaTestStreamServer(QString::fromLatin1(scriptName), folders.emplace_back());
         }
         return *server;
     }
@@ -91,6 +94,8 @@ private:
     std::map<QByteArray, BwaAbstractFcgiService*> m_services; // not owned
     BwaFcgiListener m_listener;
 };
+
+namespace {
 
 QByteArray record(RecordType type, const QByteArray& content)
 {
@@ -150,7 +155,7 @@ int connectedTo(const QByteArray& path)
 } // namespace
 
 struct BwaTestStream::Connection {
-    explicit Connection(StreamServer& streamServer)
+    explicit Connection(BwaTestStreamServer& streamServer)
         : server(streamServer)
         , descriptor(connectedTo(streamServer.path()))
         , reader(*this)
@@ -185,7 +190,7 @@ struct BwaTestStream::Connection {
     bool receive();
     void takeRecords();
 
-    StreamServer& server;
+    BwaTestStreamServer& server;
     int descriptor; // owned; -1 once closed
     Reader reader;
     QByteArray number;
@@ -265,7 +270,7 @@ void BwaTestStream::Connection::takeRecords()
 
 BwaTestStream::BwaTestStream(BwaAbstractFcgiService& service,
                              const QMap<QByteArray, QByteArray>& variables, const QByteArray& body)
-    : m_connection(new Connection(StreamServer::of(variables.value("SCRIPT_NAME"))))
+    : m_connection(new Connection(BwaTestStreamServer::of(variables.value("SCRIPT_NAME"))))
 {
     static int count = 0;
     m_connection->number = QByteArray::number(++count);
